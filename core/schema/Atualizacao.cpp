@@ -1,0 +1,411 @@
+#include "schema/Atualizacao.h"
+
+#include <QCryptographicHash>
+#include <QDateTime>
+
+namespace esquema {
+
+using db::Banco;
+using db::Transacao;
+
+namespace {
+
+Mudanca dominio(const QString &d) { return {Mudanca::CriarDominio, d, {}, d, {}}; }
+Mudanca coluna(const QString &t, const QString &c, const QString &d, const QString &preencher = {})
+{
+    return {Mudanca::AdicionarColuna, t, c, d, preencher};
+}
+Mudanca novaTabela(const QString &t) { return {Mudanca::CriarTabela, t, {}, {}, {}}; }
+
+} // namespace
+
+QString Mudanca::descricao() const
+{
+    switch (tipo) {
+    case CriarDominio: return QString("Criar domínio %1").arg(tabela);
+    case AdicionarColuna: return QString("%1: adicionar coluna %2 (%3)").arg(tabela, coluna, dominio);
+    case CriarTabela: return QString("Criar tabela %1").arg(tabela);
+    case MudarDominio: return QString("%1: mudar coluna %2 para %3").arg(tabela, coluna, dominio);
+    case RemoverColuna: return QString("%1: remover coluna %2").arg(tabela, coluna);
+    case CriarRestricao: return QString("%1: criar restrição %2").arg(tabela, coluna);
+    case CriarSequencia: return QString("Criar sequência %1").arg(tabela);
+    }
+    return {};
+}
+
+const QList<Mudanca> &mudancas()
+{
+    static const QList<Mudanca> m = {
+        dominio("TEXTO1024"),
+        coluna("TBSTATUSMED", "COR", "INTEIRO"),
+        coluna("TBCAD", "CRV", "STRING15"),
+        coluna("TBCOMST", "IDSTATUS", "INTEIRO"),
+        coluna("TBCOMST", "GERAFIN", "CARACTERE1"),
+        coluna("TBCOMST", "GERAEST", "CARACTERE1"),
+        coluna("TBCOMST", "FINAL", "CARACTERE1"),
+        coluna("TBPARSERVICOS", "EXMENSINICIAL", "CARACTERE1"),
+        coluna("TBPARSERVICOS", "EXCAT", "CARACTERE1"),
+        coluna("TBPARVENDAS", "EXCAT", "CARACTERE1"),
+        coluna("TBPARVENDAS", "EXCATVE", "CARACTERE1"),
+        coluna("TBPARCOMPRAS", "EXCAT", "CARACTERE1"),
+        coluna("TBCOM", "DATAPREVENTREGA", "DATAHORA", "DATAPREVENTREGA = DATA + 7"),
+        coluna("TBCOM", "OBSPREVENTREGA", "STRING240"),
+        coluna("TBFUNCOES", "CBO", "STRING10"),
+        novaTabela("TBITENSCOMP"),
+        coluna("TBCOM", "ANAMNESE", "TEXTO1024"),
+        {Mudanca::MudarDominio, "TBCOM", "OBSERVACOES", "TEXTO1024", "TEXTO"},
+        novaTabela("TBCONSULTORIOS"),
+        novaTabela("TBPROCEDIMENTOS"),
+        novaTabela("TBMEDICAMENTOS"),
+        novaTabela("TBLABORATORIOS"),
+        novaTabela("TBEXAMES"),
+        novaTabela("TBFUNCOESSAL"),
+        novaTabela("TBATENDIMENTOS"),
+        coluna("TBATENDIMENTOS", "DATAINICIOINT", "DATAHORA"),
+        coluna("TBATENDIMENTOS", "DATAFINALINT", "DATAHORA"),
+        coluna("TBATENDIMENTOS", "SUBTOTAL", "NUMERO2"),
+        coluna("TBATENDIMENTOS", "DESCDESCONTOS", "STRING100"),
+        coluna("TBATENDIMENTOS", "DESCONTOS", "NUMERO2"),
+        coluna("TBATENDIMENTOS", "DESCACRESCIMOS", "STRING100"),
+        coluna("TBATENDIMENTOS", "ACRESCIMOS", "NUMERO2"),
+        coluna("TBATENDIMENTOS", "TOTAL", "NUMERO2"),
+        coluna("TBCOM", "PRIORIDADE", "CARACTERE1"),
+        coluna("TBPARSERVICOS", "MENSINICIAL", "STRING240"),
+        coluna("TBCAD", "MD", "CARACTERE1"),
+        coluna("TBCAD", "LA", "CARACTERE1"),
+        coluna("TBCAD", "CV", "CARACTERE1"),
+        coluna("TBCOM", "KILOM", "INTEIRO"),
+        coluna("TBCOMITENS", "GARANTIAKM", "INTEIRO"),
+        coluna("TBCOMITENS", "IDCONVENIO", "INTEIRO"),
+        coluna("TBCOMITENS", "GARANTIADIAS", "INTEIRO"),
+        {Mudanca::RemoverColuna, "TBCOMITENS", "DESCRICAOLIVRE", {}, "STRING255"},
+        coluna("TBPARGLOBAIS", "MONOSPUB", "CARACTERE1"),
+        coluna("TBPARGLOBAIS", "MONOSINT", "INTEIRO"),
+        coluna("TBPARGLOBAIS", "MONOSDATAPUB", "DATAHORA"),
+        coluna("TBPARGLOBAIS", "MONOSREMID", "INTEIRO"),
+        coluna("TBAGENDA", "IDCAD", "INTEIRO"),
+        coluna("TBITENS", "IDFABRICANTE", "INTEIRO"),
+        coluna("TBITENS", "IDGRADE", "INTEIRO"),
+        coluna("TBITENSFORN", "PERCCOMISSAO", "NUMERO2"),
+        coluna("TBPEDFORN", "IDUSUARIO", "INTEIRO"),
+        coluna("TBPEDFORN", "DATA", "DATA"),
+        coluna("TBPEDFORN", "PCNAME", "STRING30"),
+        coluna("TBPEDFORN", "PCLOCALIP", "STRING15"),
+        coluna("TBPEDFORN", "PCREMIP", "STRING15"),
+        coluna("TBITENS", "QTDEMB", "NUMERO2"),
+        coluna("TBAGENDA", "IDLOCAL", "INTEIRO"),
+        coluna("TBGRUPOSSUB", "TIPO", "CARACTERE1"),
+        {Mudanca::CriarRestricao, "TBGRUPOSSUB", "UNQ1_TBGRUPOSSUBSUBGRUPO", {}, "UNIQUE (SUBGRUPO)"},
+        // The machine-reading tables arrive with the route operators' module.
+        novaTabela("TBFL_AREAS"),
+        novaTabela("TBFL_ROTAS"),
+        novaTabela("TBFL_OPER"),
+        novaTabela("TBFL_PONTOS"),
+        novaTabela("TBFL_MAQ"),
+        novaTabela("TBFL_LEITURAS"),
+        coluna("TBFL_MAQ", "NUMSERIE", "STRING20"),
+        novaTabela("TBPEDFORNST"),
+        novaTabela("TBESPEC"),
+        novaTabela("TBCONVENIOS"),
+        novaTabela("TBETAPASCOM"),
+        {Mudanca::CriarSequencia, "GN_TBUSUARIOS_ID2", {}, {}, {}},
+    };
+    return m;
+}
+
+// ------------------------------------------------------------------ metadata
+
+Metadados Metadados::ler(Banco &b)
+{
+    Metadados m;
+    Transacao t(b, db::Modo::Leitura);
+    {
+        db::Consulta q(t, "select trim(rdb$field_name) from rdb$fields "
+                          "where coalesce(rdb$system_flag, 0) = 0 and rdb$field_name not starting with 'RDB$'");
+        q.executar();
+        while (q.proxima()) m.dominios.insert(q.valor(0).toString());
+    }
+    {
+        db::Consulta q(t, "select trim(rf.rdb$relation_name), trim(rf.rdb$field_name), trim(rf.rdb$field_source), "
+                          "rf.rdb$field_position from rdb$relation_fields rf "
+                          "join rdb$relations r on r.rdb$relation_name = rf.rdb$relation_name "
+                          "where coalesce(r.rdb$system_flag, 0) = 0");
+        q.executar();
+        while (q.proxima()) {
+            const QString tb = q.valor(0).toString();
+            m.colunas[tb].insert(q.valor(1).toString(), q.valor(2).toString());
+            m.posicoes[tb].insert(q.valor(1).toString(), q.valor(3).toInt());
+        }
+    }
+    {
+        db::Consulta q(t, "select trim(rdb$relation_name) from rdb$relations where coalesce(rdb$system_flag, 0) = 0");
+        q.executar();
+        while (q.proxima()) m.tabelas.insert(q.valor(0).toString());
+    }
+    {
+        db::Consulta q(t, "select trim(rdb$generator_name) from rdb$generators where coalesce(rdb$system_flag, 0) = 0");
+        q.executar();
+        while (q.proxima()) m.geradores.insert(q.valor(0).toString());
+    }
+    {
+        db::Consulta q(t, "select trim(rdb$constraint_name) from rdb$relation_constraints");
+        q.executar();
+        while (q.proxima()) m.restricoes.insert(q.valor(0).toString());
+    }
+    {
+        db::Consulta q(t, "select trim(rdb$trigger_name) from rdb$triggers where coalesce(rdb$system_flag, 0) = 0");
+        q.executar();
+        while (q.proxima()) m.gatilhos.insert(q.valor(0).toString());
+    }
+    t.commit();
+    return m;
+}
+
+// ------------------------------------------------------------------ applying
+
+ErroAtualizacao::ErroAtualizacao(const Mudanca &m, const QString &causa)
+    : std::runtime_error(QString("Falha na atualização do banco de dados (%1): %2").arg(m.descricao(), causa).toStdString()),
+      m_(m), mensagem_(QString("Falha na atualização do banco de dados.\nAlteração: %1\nMotivo: %2").arg(m.descricao(), causa))
+{
+}
+
+namespace {
+
+// Runs DDL statements in one transaction and commits, so the next step can use what they made.
+void ddl(Banco &b, const QStringList &comandos)
+{
+    Transacao t(b);
+    for (const QString &c : comandos) db::executar(t, c);
+    t.commit();
+}
+
+// A domain missing from an older database is created before the first column that needs it.
+void garantirDominios(Banco &b, Metadados &m, const QStringList &dominios)
+{
+    QStringList faltam;
+    for (const QString &d : dominios)
+        if (!m.dominios.contains(d) && !faltam.contains(d)) faltam << d;
+    QStringList cmds;
+    for (const QString &d : faltam) cmds << ddlDominio(d);
+    if (cmds.isEmpty()) return;
+    ddl(b, cmds);
+    for (const QString &d : faltam) m.dominios.insert(d);
+}
+
+// Makes table t whole: generator, table, key and trigger, each only when missing.
+bool completarTabela(Banco &b, Metadados &m, const Tabela &t)
+{
+    bool mudou = false;
+    if (!m.tabelas.contains(t.nome)) {
+        QStringList doms;
+        for (const Coluna &c : t.colunas) doms << c.dominio;
+        garantirDominios(b, m, doms);
+        ddl(b, {ddlCriarTabela(t)});
+        m.tabelas.insert(t.nome);
+        for (int i = 0; i < t.colunas.size(); ++i) {
+            m.colunas[t.nome].insert(t.colunas[i].nome, t.colunas[i].dominio);
+            m.posicoes[t.nome].insert(t.colunas[i].nome, i);
+        }
+        mudou = true;
+    }
+    if (t.chave().isEmpty()) return mudou;
+    if (!m.restricoes.contains(t.restricaoChave())) {
+        ddl(b, {ddlChave(t)});
+        m.restricoes.insert(t.restricaoChave());
+        mudou = true;
+    }
+    if (!t.temId()) return mudou;
+    if (!m.geradores.contains(t.gerador())) {
+        ddl(b, {ddlGerador(t)});
+        m.geradores.insert(t.gerador());
+        mudou = true;
+    }
+    if (!m.gatilhos.contains(t.gatilho())) {
+        ddl(b, {ddlGatilho(t)});
+        m.gatilhos.insert(t.gatilho());
+        mudou = true;
+    }
+    return mudou;
+}
+
+// A blob column cannot be retyped in place: it moves through a new column, as
+// add, copy, drop, rename and reposition; every stage can be resumed after a crash.
+bool moverColuna(Banco &b, Metadados &m, const Mudanca &mu)
+{
+    const QString tmp = mu.coluna.left(24) + "_NOVO";
+    const bool temVelha = m.temColuna(mu.tabela, mu.coluna);
+    const bool temNova = m.temColuna(mu.tabela, tmp);
+    if (temVelha && m.colunas[mu.tabela][mu.coluna] == mu.dominio && !temNova) return false;
+    garantirDominios(b, m, {mu.dominio});
+    const int posicao = m.posicoes[mu.tabela].value(mu.coluna, m.posicoes[mu.tabela].value(tmp));
+    if (temVelha) {
+        if (!temNova) {
+            ddl(b, {QString("ALTER TABLE %1 ADD %2 %3").arg(mu.tabela, tmp, mu.dominio)});
+            m.colunas[mu.tabela].insert(tmp, mu.dominio);
+        }
+        Transacao t(b);
+        db::executar(t, QString("UPDATE %1 SET %2 = %3").arg(mu.tabela, tmp, mu.coluna));
+        t.commit();
+        ddl(b, {QString("ALTER TABLE %1 DROP %2").arg(mu.tabela, mu.coluna),
+                QString("ALTER TABLE %1 ALTER COLUMN %2 TO %3").arg(mu.tabela, tmp, mu.coluna),
+                QString("ALTER TABLE %1 ALTER COLUMN %2 POSITION %3").arg(mu.tabela, mu.coluna).arg(posicao + 1)});
+    } else {
+        ddl(b, {QString("ALTER TABLE %1 ALTER COLUMN %2 TO %3").arg(mu.tabela, tmp, mu.coluna),
+                QString("ALTER TABLE %1 ALTER COLUMN %2 POSITION %3").arg(mu.tabela, mu.coluna).arg(posicao + 1)});
+    }
+    m.colunas[mu.tabela].remove(tmp);
+    m.colunas[mu.tabela].insert(mu.coluna, mu.dominio);
+    return true;
+}
+
+bool aplicar(Banco &b, Metadados &m, const Mudanca &mu)
+{
+    switch (mu.tipo) {
+    case Mudanca::CriarDominio:
+        if (m.dominios.contains(mu.tabela)) return false;
+        garantirDominios(b, m, {mu.tabela});
+        return true;
+    case Mudanca::AdicionarColuna: {
+        if (m.temColuna(mu.tabela, mu.coluna)) return false;
+        garantirDominios(b, m, {mu.dominio});
+        ddl(b, {QString("ALTER TABLE %1 ADD %2 %3").arg(mu.tabela, mu.coluna, mu.dominio)});
+        m.colunas[mu.tabela].insert(mu.coluna, mu.dominio);
+        if (!mu.extra.isEmpty()) {
+            Transacao t(b);
+            db::executar(t, QString("UPDATE %1 SET %2").arg(mu.tabela, mu.extra));
+            t.commit();
+        }
+        return true;
+    }
+    case Mudanca::CriarTabela: {
+        const Tabela *t = tabela(mu.tabela);
+        if (!t) throw std::logic_error(("tabela sem definição: " + mu.tabela).toStdString());
+        return completarTabela(b, m, *t);
+    }
+    case Mudanca::MudarDominio:
+        return moverColuna(b, m, mu);
+    case Mudanca::RemoverColuna:
+        if (!m.temColuna(mu.tabela, mu.coluna)) return false;
+        ddl(b, {QString("ALTER TABLE %1 DROP %2").arg(mu.tabela, mu.coluna)});
+        m.colunas[mu.tabela].remove(mu.coluna);
+        return true;
+    case Mudanca::CriarRestricao:
+        if (m.restricoes.contains(mu.coluna)) return false;
+        ddl(b, {QString("ALTER TABLE %1 ADD CONSTRAINT %2 %3").arg(mu.tabela, mu.coluna, mu.extra)});
+        m.restricoes.insert(mu.coluna);
+        return true;
+    case Mudanca::CriarSequencia:
+        if (m.geradores.contains(mu.tabela)) return false;
+        ddl(b, {"CREATE SEQUENCE " + mu.tabela});
+        m.geradores.insert(mu.tabela);
+        return true;
+    }
+    return false;
+}
+
+} // namespace
+
+QStringList atualizar(Banco &b, const Progresso &progresso)
+{
+    Metadados m = Metadados::ler(b);
+    QStringList feitas;
+    const QList<Mudanca> &lista = mudancas();
+    for (int i = 0; i < lista.size(); ++i) {
+        const Mudanca &mu = lista[i];
+        if (progresso) progresso(i, int(lista.size()), mu.descricao());
+        try {
+            if (aplicar(b, m, mu)) feitas << mu.descricao();
+        } catch (const db::ErroBanco &e) {
+            throw ErroAtualizacao(mu, e.tecnico().isEmpty() ? e.mensagem() : e.tecnico());
+        }
+    }
+    if (progresso) progresso(int(lista.size()), int(lista.size()), {});
+    return feitas;
+}
+
+QList<Tabela> tabelasBase()
+{
+    QSet<QString> criadas;
+    QHash<QString, QSet<QString>> adicionadas;
+    QHash<QString, QHash<QString, QString>> dominioAnterior, removidas;
+    for (const Mudanca &mu : mudancas()) {
+        switch (mu.tipo) {
+        case Mudanca::CriarTabela: criadas.insert(mu.tabela); break;
+        case Mudanca::AdicionarColuna: adicionadas[mu.tabela].insert(mu.coluna); break;
+        case Mudanca::MudarDominio: dominioAnterior[mu.tabela].insert(mu.coluna, mu.extra); break;
+        case Mudanca::RemoverColuna: removidas[mu.tabela].insert(mu.coluna, mu.extra); break;
+        default: break;
+        }
+    }
+    QList<Tabela> r;
+    for (const Tabela &t : tabelas()) {
+        if (criadas.contains(t.nome)) continue;
+        Tabela b{t.nome, {}};
+        for (Coluna c : t.colunas) {
+            if (adicionadas.value(t.nome).contains(c.nome)) continue;
+            if (dominioAnterior.value(t.nome).contains(c.nome)) c.dominio = dominioAnterior[t.nome][c.nome];
+            b.colunas << c;
+        }
+        const QHash<QString, QString> rem = removidas.value(t.nome);
+        for (auto it = rem.begin(); it != rem.end(); ++it) b.colunas << Coluna{it.key(), it.value(), false, {}};
+        r << b;
+    }
+    return r;
+}
+
+void criarEsquemaBase(Banco &b)
+{
+    const QList<Tabela> base = tabelasBase();
+    QStringList doms;
+    for (const Tabela &t : base)
+        for (const Coluna &c : t.colunas)
+            if (!doms.contains(c.dominio)) doms << c.dominio;
+    QStringList cmds;
+    for (const QString &d : doms) cmds << ddlDominio(d);
+    ddl(b, cmds);
+    cmds.clear();
+    for (const Tabela &t : base) {
+        cmds << ddlCriarTabela(t);
+        if (t.temId()) cmds << ddlGerador(t);
+    }
+    ddl(b, cmds);
+    cmds.clear();
+    for (const Tabela &t : base) {
+        if (!t.chave().isEmpty()) cmds << ddlChave(t);
+        if (t.temId()) cmds << ddlGatilho(t);
+    }
+    ddl(b, cmds);
+}
+
+void semear(Banco &b)
+{
+    Transacao t(b);
+    const QDateTime agora = QDateTime::currentDateTime();
+    const QVariant empresa = db::escalar(t,
+        "INSERT INTO TBCAD (CODIGO, NOME, RAZAOSOCIAL, APELIDO, PESSOA, EM, DATACADASTRO) "
+        "VALUES (1, :NOME, :NOME, :APELIDO, 'J', 'S', :AGORA) RETURNING ID",
+        {{"NOME", "SUA EMPRESA AQUI"}, {"APELIDO", "SUA EMPRESA"}, {"AGORA", agora}});
+    const QVariant nivel = db::escalar(t,
+        "INSERT INTO TBNIVEIS (NIVEL, DESCRICAO) VALUES (999, :DESCRICAO) RETURNING ID",
+        {{"DESCRICAO", "ADMINISTRADOR"}});
+    const QString senha = QCryptographicHash::hash(kSenhaInicialAdmin, QCryptographicHash::Md5).toHex().toUpper();
+    db::executar(t,
+        "INSERT INTO TBCAD (CODIGO, NOME, RAZAOSOCIAL, APELIDO, USUARIO, SENHA, IDNIVEL, TIPOUSUARIO, PESSOA, US, "
+        "DATACADASTRO) VALUES (2, :NOME, :NOME, 'ADMIN', 'ADMIN', :SENHA, :NIVEL, 'D', 'F', 'S', :AGORA)",
+        {{"NOME", "ADMINISTRADOR"}, {"SENHA", senha}, {"NIVEL", nivel}, {"AGORA", agora}});
+    db::executar(t, "INSERT INTO TBPARGLOBAIS (RAMO, IDEMPRESA) VALUES ('CO', :EMPRESA)", {{"EMPRESA", empresa}});
+    db::executar(t, "INSERT INTO TBCCOR (CONTA, NUMERO, IDEMPRESA) VALUES ('CAIXA', 'CAIXA', :EMPRESA)",
+                 {{"EMPRESA", empresa}});
+    t.commit();
+}
+
+std::unique_ptr<Banco> criarBanco(const db::Conexao &c, const Progresso &progresso)
+{
+    std::unique_ptr<Banco> b = Banco::criar(c);
+    criarEsquemaBase(*b);
+    atualizar(*b, progresso);
+    semear(*b);
+    return b;
+}
+
+} // namespace esquema

@@ -1,0 +1,57 @@
+#include "apoio/BancoTeste.h"
+
+#include "schema/Atualizacao.h"
+
+#include <QFile>
+#include <stdexcept>
+
+namespace teste {
+
+namespace {
+
+// Creating the schema takes about a second; each binary does it once per form.
+QString modelo(Forma f)
+{
+    static QTemporaryDir dir;
+    static QString caminhos[2];
+    QString &c = caminhos[f == Forma::Atual ? 0 : 1];
+    if (!c.isEmpty()) return c;
+    const QString arq = dir.filePath(f == Forma::Atual ? "modelo_atual.fdb" : "modelo_antigo.fdb");
+    db::Conexao con;
+    con.banco = arq;
+    if (f == Forma::Atual) {
+        esquema::criarBanco(con);
+    } else {
+        auto b = db::Banco::criar(con);
+        esquema::criarEsquemaBase(*b);
+    }
+    c = arq;
+    return c;
+}
+
+} // namespace
+
+BancoTemporario::BancoTemporario(Forma f)
+{
+    caminho_ = dir_.filePath("ORBManager.fdb");
+    if (!QFile::copy(modelo(f), caminho_)) throw std::runtime_error("não foi possível copiar o banco modelo");
+    QFile::setPermissions(caminho_, QFile::ReadOwner | QFile::WriteOwner);
+    reabrir();
+}
+
+BancoTemporario::~BancoTemporario() { banco_.reset(); }
+
+db::Conexao BancoTemporario::conexao() const
+{
+    db::Conexao c;
+    c.banco = caminho_;
+    return c;
+}
+
+void BancoTemporario::reabrir()
+{
+    banco_.reset();
+    banco_ = db::Banco::abrir(conexao());
+}
+
+} // namespace teste

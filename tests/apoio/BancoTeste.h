@@ -1,0 +1,35 @@
+#pragma once
+// Real Firebird databases for tests: a template made once per test binary and copied per test.
+
+#include "db/Banco.h"
+
+#include <QTemporaryDir>
+#include <memory>
+
+namespace teste {
+
+enum class Forma {
+    Atual,   // a new installation: whole schema, upgrade and first records
+    Antiga   // an older installation: the schema before the upgrade's changes, empty
+};
+
+// An embedded database file of the test's own, removed at the end.
+class BancoTemporario {
+public:
+    explicit BancoTemporario(Forma f = Forma::Atual);
+    ~BancoTemporario();
+
+    db::Banco &banco() { return *banco_; }
+    db::Conexao conexao() const;
+    QString caminho() const { return caminho_; }
+    // Closes and opens the file again (a program restart).
+    void reabrir();
+    void fechar() { banco_.reset(); }
+
+private:
+    QTemporaryDir dir_;
+    QString caminho_;
+    std::unique_ptr<db::Banco> banco_;
+};
+
+} // namespace teste
