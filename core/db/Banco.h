@@ -116,6 +116,7 @@ public:
     QVariant valor(int i) const;
     QVariant valor(const QString &coluna) const;  // throws std::out_of_range for an unknown name
     QVariant operator[](const QString &coluna) const { return valor(coluna); }
+    QVariant operator[](int i) const { return valor(i); }
 
     // Rows changed by the last insert, update or delete.
     qint64 afetadas();

@@ -30,7 +30,9 @@ QList<Tabela> lerEsquema(const QString &texto)
         const QString l = linhas[i].trimmed();
         if (l.isEmpty() || l.startsWith('#')) continue;
         const QStringList p = l.split(' ', Qt::SkipEmptyParts);
-        if (p[0] == "TABELA") {
+        if (!linhas[i].front().isSpace()) {  // tables start at the margin; columns are indented
+            if (p[0] != "TABELA")
+                throw std::runtime_error(QString("esquema: linha %1 inválida").arg(i + 1).toStdString());
             r.append(Tabela{p.value(1), {}});
             continue;
         }

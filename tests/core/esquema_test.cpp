@@ -1,0 +1,186 @@
+// Creating a database and bringing older ones up to date, against real database files.
+
+#include "apoio/BancoTeste.h"
+#include "schema/Atualizacao.h"
+
+#include <gtest/gtest.h>
+
+using namespace esquema;
+using db::Decimal;
+
+namespace {
+
+// Everything the program declares is in the database, on its domain, with key, generator and trigger.
+void confereEsquemaCompleto(db::Banco &b)
+{
+    const Metadados m = Metadados::ler(b);
+    for (const Tabela &t : tabelas()) {
+        SCOPED_TRACE(t.nome.toStdString());
+        ASSERT_TRUE(m.tabelas.contains(t.nome));
+        const auto cols = m.colunas.value(t.nome);
+        EXPECT_EQ(cols.size(), t.colunas.size());
+        for (const Coluna &c : t.colunas) EXPECT_EQ(cols.value(c.nome), c.dominio) << c.nome.toStdString();
+        if (!t.chave().isEmpty()) {
+            EXPECT_TRUE(m.restricoes.contains(t.restricaoChave()));
+        }
+        if (t.temId()) {
+            EXPECT_TRUE(m.geradores.contains(t.gerador()));
+            EXPECT_TRUE(m.gatilhos.contains(t.gatilho()));
+        }
+    }
+    EXPECT_EQ(m.tabelas.size(), tabelas().size());
+    EXPECT_TRUE(m.geradores.contains("GN_TBUSUARIOS_ID2"));
+    EXPECT_TRUE(m.restricoes.contains("UNQ1_TBGRUPOSSUBSUBGRUPO"));
+}
+
+QString texto1024Info(db::Banco &b)
+{
+    db::Transacao t(b, db::Modo::Leitura);
+    db::Consulta q(t, "select f.rdb$field_sub_type, f.rdb$segment_length, trim(cs.rdb$character_set_name) "
+                      "from rdb$fields f join rdb$character_sets cs on cs.rdb$character_set_id = f.rdb$character_set_id "
+                      "where f.rdb$field_name = 'TEXTO1024'");
+    q.executar();
+    if (!q.proxima()) return {};
+    return QString("%1/%2/%3").arg(q.valor(0).toInt()).arg(q.valor(1).toInt()).arg(q.valor(2).toString());
+}
+
+TEST(Esquema, NewDatabaseHasTheWholeSchemaAndTheFirstRecords)
+{
+    teste::BancoTemporario bt;
+    confereEsquemaCompleto(bt.banco());
+    EXPECT_EQ(texto1024Info(bt.banco()), "1/1024/WIN1252");
+    EXPECT_TRUE(atualizar(bt.banco()).isEmpty());
+
+    db::Transacao t(bt.banco());
+    EXPECT_EQ(db::escalar(t, "select rdb$character_set_name from rdb$database").toString().trimmed(), "WIN1252");
+    EXPECT_EQ(db::escalar(t, "select p.RAMO || '/' || c.NOME || '/' || c.EM from TBPARGLOBAIS p "
+                             "join TBCAD c on c.ID = p.IDEMPRESA").toString(), "CO/SUA EMPRESA AQUI/S");
+    EXPECT_EQ(db::escalar(t, "select n.NIVEL from TBCAD u join TBNIVEIS n on n.ID = u.IDNIVEL "
+                             "where u.USUARIO = 'ADMIN' and u.US = 'S'").toInt(), 999);
+    EXPECT_EQ(db::escalar(t, "select count(*) from TBCCOR where NUMERO = 'CAIXA'").toInt(), 1);
+    // The trigger numbers a row inserted without ID from the table's generator.
+    const int id = db::escalar(t, "insert into TBFERIADOS (DESCRICAO) values ('Natal') returning ID").toInt();
+    EXPECT_EQ(db::escalar(t, "select gen_id(GN_TBFERIADOS_ID, 0) from rdb$database").toInt(), id);
+}
+
+TEST(Esquema, OlderInstallationIsUpgradedInPlaceKeepingEveryValue)
+{
+    teste::BancoTemporario bt(teste::Forma::Antiga);
+    db::Banco &b = bt.banco();
+    const QString obs = "Cliente pediu entrega à tarde; troca de peça ç/ã\n" + QString(3000, 'x');
+    {
+        db::Transacao t(b);
+        db::executar(t, "insert into TBCOM (ID, OP, DATA, OBSERVACOES, TOTAL) values (10, 1, :D, :O, :T)",
+                     {{"D", QDateTime(QDate(2026, 1, 30), QTime(10, 0))}, {"O", obs},
+                      {"T", QVariant::fromValue(Decimal("1234.56"))}});
+        db::executar(t, "insert into TBCOM (ID, OP) values (11, 2)");  // no date: stays without a forecast
+        db::executar(t, "insert into TBCOMITENS (ID, FK, DESCRICAO, DESCRICAOLIVRE) values (1, 10, 'Parafuso', 'livre')");
+        db::executar(t, "insert into TBCAD (ID, NOME) values (50, 'Padaria Pão Quente')");
+        db::executar(t, "insert into TBGRUPOSSUB (ID, FK, SUBGRUPO) values (1, 1, 'Ferragens')");
+        db::executar(t, "insert into TBGRUPOSSUB (ID, FK, SUBGRUPO) values (2, 1, 'Tintas')");
+        t.commit();
+    }
+    const int posicao = Metadados::ler(b).posicoes["TBCOM"]["OBSERVACOES"];
+    EXPECT_TRUE(texto1024Info(b).isEmpty());
+
+    // Every change applies, but for columns of tables that the upgrade itself creates whole.
+    QSet<QString> criadas;
+    QStringList esperadas;
+    for (const Mudanca &mu : mudancas()) {
+        if (mu.tipo == Mudanca::CriarTabela) criadas.insert(mu.tabela);
+        if (!(mu.tipo == Mudanca::AdicionarColuna && criadas.contains(mu.tabela))) esperadas << mu.descricao();
+    }
+    EXPECT_EQ(atualizar(b), esperadas);
+    confereEsquemaCompleto(b);
+    EXPECT_EQ(Metadados::ler(b).posicoes["TBCOM"]["OBSERVACOES"], posicao);
+
+    bt.reabrir();
+    EXPECT_TRUE(atualizar(bt.banco()).isEmpty());
+    db::Transacao t(bt.banco());
+    db::Consulta q(t, "select OBSERVACOES, DATAPREVENTREGA, TOTAL from TBCOM order by ID");
+    q.executar();
+    ASSERT_TRUE(q.proxima());
+    EXPECT_EQ(q["OBSERVACOES"].toString(), obs);
+    EXPECT_EQ(q["DATAPREVENTREGA"].toDateTime(), QDateTime(QDate(2026, 2, 6), QTime(10, 0)));
+    EXPECT_EQ(q["TOTAL"].value<Decimal>(), Decimal("1234.56"));
+    ASSERT_TRUE(q.proxima());
+    EXPECT_TRUE(q["DATAPREVENTREGA"].isNull());
+    EXPECT_EQ(db::escalar(t, "select NOME from TBCAD where ID = 50").toString(), "Padaria Pão Quente");
+    EXPECT_EQ(db::escalar(t, "select DESCRICAO from TBCOMITENS where ID = 1").toString(), "Parafuso");
+}
+
+TEST(Esquema, FailingChangeIsReportedAndLeavesTheDatabaseAsItWas)
+{
+    teste::BancoTemporario bt(teste::Forma::Antiga);
+    db::Banco &b = bt.banco();
+    {
+        db::Transacao t(b);
+        db::executar(t, "insert into TBGRUPOSSUB (ID, FK, SUBGRUPO) values (1, 1, 'Tintas')");
+        db::executar(t, "insert into TBGRUPOSSUB (ID, FK, SUBGRUPO) values (2, 2, 'Tintas')");
+        t.commit();
+    }
+    try {
+        atualizar(b);
+        FAIL() << "a restrição não poderia ser criada com nomes repetidos";
+    } catch (const ErroAtualizacao &e) {
+        EXPECT_EQ(e.mudanca().coluna, "UNQ1_TBGRUPOSSUBSUBGRUPO");
+        EXPECT_TRUE(e.mensagem().contains("UNQ1_TBGRUPOSSUBSUBGRUPO")) << e.mensagem().toStdString();
+    }
+    Metadados m = Metadados::ler(b);
+    EXPECT_FALSE(m.restricoes.contains("UNQ1_TBGRUPOSSUBSUBGRUPO"));
+    EXPECT_TRUE(m.temColuna("TBGRUPOSSUB", "TIPO"));  // the changes before it stay applied
+    {
+        db::Transacao t(b);
+        EXPECT_EQ(db::escalar(t, "select count(*) from TBGRUPOSSUB").toInt(), 2);
+        db::executar(t, "update TBGRUPOSSUB set SUBGRUPO = 'Tintas 2' where ID = 2");
+        t.commit();
+    }
+    atualizar(b);
+    confereEsquemaCompleto(b);
+}
+
+// A start interrupted in the middle of moving the blob column finishes the move at the next start.
+TEST(Esquema, InterruptedColumnMoveIsFinishedNextTime)
+{
+    const QString dominio = ddlDominio("TEXTO1024");
+    const QStringList estagios[] = {
+        {dominio, "ALTER TABLE TBCOM ADD OBSERVACOES_NOVO TEXTO1024"},
+        {dominio, "ALTER TABLE TBCOM ADD OBSERVACOES_NOVO TEXTO1024", "#copiar",
+         "ALTER TABLE TBCOM DROP OBSERVACOES"},
+    };
+    for (const QStringList &estagio : estagios) {
+        teste::BancoTemporario bt(teste::Forma::Antiga);
+        db::Banco &b = bt.banco();
+        {
+            db::Transacao t(b);
+            db::executar(t, "insert into TBCOM (ID, OBSERVACOES) values (1, 'texto que não se perde')");
+            t.commit();
+        }
+        for (const QString &cmd : estagio) {
+            db::Transacao t(b);
+            db::executar(t, cmd == "#copiar" ? "UPDATE TBCOM SET OBSERVACOES_NOVO = OBSERVACOES" : cmd);
+            t.commit();
+        }
+        atualizar(b);
+        confereEsquemaCompleto(b);
+        db::Transacao t(b);
+        EXPECT_EQ(db::escalar(t, "select OBSERVACOES from TBCOM where ID = 1").toString(), "texto que não se perde");
+    }
+}
+
+TEST(Esquema, SchemaTextParsing)
+{
+    const QList<Tabela> t = lerEsquema("# comentário\nTABELA TBX\n  ID INTEIRO NOT NULL\n  N STRING5 DEFAULT 0 NOT NULL\n"
+                                       "TABELA TBY\n  CODIGO INTEIRO NOT NULL\n  TABELA STRING50\n");
+    ASSERT_EQ(t.size(), 2);
+    EXPECT_EQ(t[1].colunas.size(), 2);
+    EXPECT_EQ(ddlColuna(t[0].colunas[1]), "N STRING5 DEFAULT 0 NOT NULL");
+    EXPECT_EQ(t[1].chave(), "CODIGO");
+    EXPECT_FALSE(t[1].temId());
+    EXPECT_EQ(tipoDominio("STRING240"), "VARCHAR(240)");
+    EXPECT_EQ(tipoDominio("CARACTERE2"), "CHAR(2)");
+    EXPECT_TRUE(tipoDominio("STRINGX").isEmpty());
+    EXPECT_THROW(lerEsquema("  SEMTABELA INTEIRO"), std::runtime_error);
+}
+
+} // namespace
