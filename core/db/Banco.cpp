@@ -5,6 +5,7 @@
 
 #include <QMetaObject>
 #include <QMutex>
+#include <QRegularExpression>
 #include <cstring>
 #include <stdexcept>
 
@@ -238,6 +239,10 @@ void Transacao::rollback()
 SqlPosicional converterParametros(const QString &sql)
 {
     SqlPosicional r;
+    // In PSQL bodies (EXECUTE BLOCK, procedures, triggers) ":name" is a local variable, not ours.
+    static const QRegularExpression psql("^\\s*(EXECUTE\\s+BLOCK|CREATE|ALTER|RECREATE)\\b",
+                                         QRegularExpression::CaseInsensitiveOption);
+    if (psql.match(sql).hasMatch()) return {sql, {}};
     r.sql.reserve(sql.size());
     const int n = int(sql.size());
     for (int i = 0; i < n;) {

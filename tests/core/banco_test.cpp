@@ -102,6 +102,7 @@ TEST_F(BancoTest, NamedParametersIgnoreLiteralsAndRepeat)
     EXPECT_EQ(p.nomes, (QStringList{"A", "A", "B", "B_2"}));
     EXPECT_EQ(p.sql, "select ':NAO' || ?, \":X\", ? -- :COMENTARIO\n from T where x = ? /* :C */ and y = ?");
 
+    EXPECT_TRUE(db::converterParametros("execute block as declare i int = 0; begin i = :i; end").nomes.isEmpty());
     db::Consulta q(t, "select cast(:X as integer) + cast(:X as integer) from rdb$database");
     q.bind(":x", 21);
     EXPECT_EQ(q.escalar().toLongLong(), 42);

@@ -1,0 +1,151 @@
+// Data layer and upgrade costs, printed as ratios against a floor measured in the same run.
+
+#include "dados/Tabs.h"
+#include "db/Banco.h"
+#include "schema/Atualizacao.h"
+
+#include <benchmark/benchmark.h>
+#include <firebird/Interface.h>
+#include <cstring>
+
+#include <QTemporaryDir>
+#include <cstdio>
+#include <map>
+
+using namespace Firebird;
+
+namespace {
+
+QTemporaryDir pasta;
+std::unique_ptr<db::Banco> banco;
+
+db::Banco &base()
+{
+    if (!banco) {
+        db::Conexao c;
+        c.banco = pasta.filePath("bench.fdb");
+        banco = esquema::criarBanco(c);
+        // 100,000 colours with codes, for the numbering benchmark.
+        db::Transacao t(*banco);
+        db::executar(t, "execute block as declare i integer = 0; begin "
+                        "while (i < 100000) do begin insert into TBCORES (CODIGO, COR) values (:i, 'cor'); i = i + 1; end end");
+        t.commit();
+    }
+    return *banco;
+}
+
+constexpr int kLinhas = 10000;
+
+void PisoMetadados(benchmark::State &st)
+{
+    db::Banco &b = base();
+    for (auto _ : st) {
+        db::Transacao t(b, db::Modo::Leitura);
+        db::Consulta q(t, "select trim(rdb$relation_name), trim(rdb$field_name), trim(rdb$field_source) "
+                          "from rdb$relation_fields where coalesce(rdb$system_flag, 0) = 0");
+        q.executar();
+        int n = 0;
+        while (q.proxima()) ++n;
+        benchmark::DoNotOptimize(n);
+    }
+}
+
+void AtualizacaoEmDia(benchmark::State &st)
+{
+    db::Banco &b = base();
+    for (auto _ : st) benchmark::DoNotOptimize(esquema::atualizar(b));
+}
+
+void PisoInsercoesApi(benchmark::State &st)
+{
+    db::Banco &b = base();
+    IMaster *m = db::mestre();
+    for (auto _ : st) {
+        ThrowStatusWrapper s(m->getStatus());
+        ITransaction *tr = b.api()->startTransaction(&s, 0, nullptr);
+        IStatement *stmt = b.api()->prepare(&s, tr, 0, "insert into TBCORES (CODIGO, COR) values (?, ?)", 3, 0);
+        IMessageMetadata *meta = stmt->getInputMetadata(&s);
+        std::vector<unsigned char> buf(meta->getMessageLength(&s));
+        const unsigned oCod = meta->getOffset(&s, 0), nCod = meta->getNullOffset(&s, 0);
+        const unsigned oCor = meta->getOffset(&s, 1), nCor = meta->getNullOffset(&s, 1);
+        static const char cor[] = "Azul celeste";
+        for (int i = 0; i < kLinhas; ++i) {
+            *reinterpret_cast<short *>(&buf[nCod]) = 0;
+            std::memcpy(&buf[oCod], &i, sizeof i);
+            *reinterpret_cast<short *>(&buf[nCor]) = 0;
+            const unsigned short len = sizeof cor - 1;
+            std::memcpy(&buf[oCor], &len, sizeof len);
+            std::memcpy(&buf[oCor + 2], cor, len);
+            stmt->execute(&s, tr, meta, buf.data(), nullptr, nullptr);
+        }
+        meta->release();
+        stmt->free(&s);
+        tr->rollback(&s);
+        s.dispose();
+    }
+}
+
+void InsercoesCamada(benchmark::State &st)
+{
+    db::Banco &b = base();
+    for (auto _ : st) {
+        db::Transacao t(b);
+        db::Consulta q(t, "insert into TBCORES (CODIGO, COR) values (:CODIGO, :COR)");
+        for (int i = 0; i < kLinhas; ++i) {
+            q.bind("CODIGO", i).bind("COR", QStringLiteral("Azul celeste"));
+            q.executar();
+        }
+        t.rollback();
+    }
+}
+
+void PisoIdaEVolta(benchmark::State &st)
+{
+    db::Banco &b = base();
+    db::Transacao t(b);
+    for (auto _ : st) benchmark::DoNotOptimize(db::escalar(t, "select 1 from rdb$database"));
+}
+
+void NovoCodigo100Mil(benchmark::State &st)
+{
+    db::Banco &b = base();
+    orb::TTabs tabs;
+    tabs.conectar(db::Banco::abrir(b.conexao()));
+    for (auto _ : st) benchmark::DoNotOptimize(tabs.NovoCodigo("TBCORES", "CODIGO", ""));
+}
+
+// Keeps each benchmark's time per iteration for the ratios printed at the end.
+struct Coletor : benchmark::ConsoleReporter {
+    std::map<std::string, double> tempos;
+    void ReportRuns(const std::vector<Run> &runs) override
+    {
+        for (const Run &r : runs) tempos[r.benchmark_name()] = r.GetAdjustedRealTime();
+        ConsoleReporter::ReportRuns(runs);
+    }
+};
+
+} // namespace
+
+BENCHMARK(PisoMetadados)->Unit(benchmark::kMillisecond);
+BENCHMARK(AtualizacaoEmDia)->Unit(benchmark::kMillisecond);
+BENCHMARK(PisoInsercoesApi)->Unit(benchmark::kMillisecond);
+BENCHMARK(InsercoesCamada)->Unit(benchmark::kMillisecond);
+BENCHMARK(PisoIdaEVolta)->Unit(benchmark::kMicrosecond);
+BENCHMARK(NovoCodigo100Mil)->Unit(benchmark::kMillisecond);
+
+int main(int argc, char **argv)
+{
+    benchmark::Initialize(&argc, argv);
+    Coletor c;
+    benchmark::RunSpecifiedBenchmarks(&c);
+    auto razao = [&](const char *a, const char *b) {
+        if (c.tempos.count(a) && c.tempos.count(b) && c.tempos[b] > 0)
+            std::printf("%-60s %8.2f\n", (std::string(a) + " / " + b).c_str(), c.tempos[a] / c.tempos[b]);
+    };
+    std::printf("\nRazões (tempo / piso medido nesta execução):\n");
+    razao("AtualizacaoEmDia", "PisoMetadados");
+    razao("InsercoesCamada", "PisoInsercoesApi");
+    razao("NovoCodigo100Mil", "PisoIdaEVolta");
+    banco.reset();
+    return 0;
+}

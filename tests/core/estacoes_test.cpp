@@ -1,0 +1,103 @@
+// Several workstations on one database through a real Firebird server on 127.0.0.1.
+
+#include "apoio/ServidorFirebird.h"
+#include "db/Banco.h"
+#include "schema/Atualizacao.h"
+
+#include <QCoreApplication>
+#include <QSignalSpy>
+#include <gtest/gtest.h>
+
+namespace {
+
+using teste::ServidorFirebird;
+
+QCoreApplication &app()
+{
+    static int argc = 1;
+    static char nome[] = "estacoes_test";
+    static char *argv[] = {nome, nullptr};
+    if (!QCoreApplication::instance()) new QCoreApplication(argc, argv);
+    return *QCoreApplication::instance();
+}
+
+struct EstacoesTest : ::testing::Test {
+    static inline std::unique_ptr<ServidorFirebird> servidor;
+    static inline db::Conexao conexao;
+
+    static void SetUpTestSuite()
+    {
+        app();
+        if (!ServidorFirebird::disponivel()) return;
+        servidor = std::make_unique<ServidorFirebird>();
+        conexao.banco = servidor->endereco("ORBManager.fdb");
+        conexao.usuario = servidor->usuario();
+        conexao.senha = servidor->senha();
+        esquema::criarBanco(conexao);
+    }
+    static void TearDownTestSuite() { servidor.reset(); }
+    void SetUp() override
+    {
+        if (!servidor) GTEST_SKIP() << ServidorFirebird::motivoIndisponivel().toStdString();
+    }
+};
+
+TEST_F(EstacoesTest, SecondWorkstationIsToldAtOnceAndNothingIsLost)
+{
+    auto estacao1 = db::Banco::abrir(conexao);
+    auto estacao2 = db::Banco::abrir(conexao);
+    db::Transacao t1(*estacao1), t2(*estacao2);
+    db::executar(t1, "update TBCAD set NOME = 'ALTERADO NA ESTAÇÃO 1' where ID = 1");
+    try {
+        db::executar(t2, "update TBCAD set NOME = 'ALTERADO NA ESTAÇÃO 2' where ID = 1");
+        FAIL() << "a segunda estação deveria ser recusada";
+    } catch (const db::ErroBanco &e) {
+        EXPECT_EQ(e.tipo(), db::TipoErro::Conflito) << e.tecnico().toStdString();
+        EXPECT_TRUE(e.mensagem().contains("outra estação de trabalho"));
+    }
+    t2.rollback();
+    t1.commit();
+    db::Transacao t3(*estacao2);
+    EXPECT_EQ(db::escalar(t3, "select NOME from TBCAD where ID = 1").toString(), "ALTERADO NA ESTAÇÃO 1");
+    db::executar(t3, "update TBCAD set NOME = 'SUA EMPRESA AQUI' where ID = 1");  // free again
+    t3.commit();
+}
+
+TEST_F(EstacoesTest, EventsPostedByOneArriveAtTheOther)
+{
+    auto ouvinte = db::Banco::abrir(conexao);
+    auto outra = db::Banco::abrir(conexao);
+    db::Eventos ev(*ouvinte, {"AGENDA", "OUTRO"});
+    QSignalSpy spy(&ev, &db::Eventos::evento);
+    QCoreApplication::processEvents();  // the registration callback reports nothing
+    for (int i = 0; i < 2; ++i) {
+        db::Transacao t(*outra);
+        db::executar(t, "execute block as begin post_event 'AGENDA'; end");
+        t.commit();
+        ASSERT_TRUE(spy.count() > i || spy.wait(5000)) << "evento " << i;
+    }
+    EXPECT_EQ(spy.count(), 2);
+    EXPECT_EQ(spy.at(0).at(0).toString(), "AGENDA");
+    EXPECT_EQ(spy.at(0).at(1).toInt(), 1);
+}
+
+TEST_F(EstacoesTest, ServerThatWentAwayIsReportedAsSuch)
+{
+    auto proprio = std::make_unique<ServidorFirebird>();
+    db::Conexao c{proprio->endereco("curto.fdb"), proprio->usuario(), proprio->senha()};
+    auto b = db::Banco::criar(c);
+    db::Transacao t(*b);
+    EXPECT_EQ(db::escalar(t, "select 1 from rdb$database").toInt(), 1);
+    t.commit();
+    proprio.reset();
+    try {
+        db::Transacao t2(*b);
+        db::escalar(t2, "select 1 from rdb$database");
+        FAIL() << "o servidor caiu; a consulta não poderia responder";
+    } catch (const db::ErroBanco &e) {
+        EXPECT_EQ(e.tipo(), db::TipoErro::Conexao) << e.tecnico().toStdString();
+    }
+    EXPECT_FALSE(b->vivo());
+}
+
+} // namespace
