@@ -12,22 +12,12 @@ namespace {
 
 using teste::ServidorFirebird;
 
-QCoreApplication &app()
-{
-    static int argc = 1;
-    static char nome[] = "estacoes_test";
-    static char *argv[] = {nome, nullptr};
-    if (!QCoreApplication::instance()) new QCoreApplication(argc, argv);
-    return *QCoreApplication::instance();
-}
-
 struct EstacoesTest : ::testing::Test {
     static inline std::unique_ptr<ServidorFirebird> servidor;
     static inline db::Conexao conexao;
 
     static void SetUpTestSuite()
     {
-        app();
         if (!ServidorFirebird::disponivel()) return;
         servidor = std::make_unique<ServidorFirebird>();
         conexao.banco = servidor->endereco("ORBManager.fdb");
