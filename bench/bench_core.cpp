@@ -1,5 +1,6 @@
 // Data layer and upgrade costs, printed as ratios against a floor measured in the same run.
 
+#include "acesso/Permissoes.h"
 #include "dados/Tabs.h"
 #include "db/Banco.h"
 #include "schema/Atualizacao.h"
@@ -8,6 +9,7 @@
 #include <firebird/Interface.h>
 #include <cstring>
 
+#include <QProcess>
 #include <QTemporaryDir>
 #include <cstdio>
 #include <map>
@@ -114,6 +116,33 @@ void NovoCodigo100Mil(benchmark::State &st)
     for (auto _ : st) benchmark::DoNotOptimize(tabs.NovoCodigo("TBCORES", "CODIGO", ""));
 }
 
+// A user of a restricted level: the check reads the user's row and the level's tree.
+void AcessoModulosUmaVez(benchmark::State &st)
+{
+    db::Banco &b = base();
+    orb::TTabs tabs;
+    orb::Tabs = &tabs;
+    tabs.conectar(db::Banco::abrir(b.conexao()));
+    orb::Sessao &s = orb::sessao();
+    {
+        db::Transacao t(tabs.DbORB());
+        orb::sincronizarCatalogo(t, {{"Sistema1", "&Sistema", {{"Usuarios1", "&Usuários...", "TUsuarios"}}}});
+        const int nivel = db::escalar(t, "insert into TbNiveis (Nivel, Descricao) values (10, 'X') returning Id").toInt();
+        orb::completarArvoreNivel(t, nivel);
+        db::executar(t, "update TbNiveisMenusModOp set Permitido = 'S'");
+        s.idUsuario = db::escalar(t, "insert into TbCad (Usuario, Us, IdNivel) values ('B', 'S', :N) returning Id",
+                                  {{"N", nivel}}).toInt();
+        s.idNivel = nivel;
+        s.nivel = 10;
+        t.commit();
+    }
+    s.menuAtual = "Sistema";
+    s.moduloAtual = "TUsuarios";
+    for (auto _ : st) benchmark::DoNotOptimize(orb::AcessoModulos("Incluir"));
+    tabs.desconectar();
+    orb::Tabs = nullptr;
+}
+
 // Keeps each benchmark's time per iteration for the ratios printed at the end.
 struct Coletor : benchmark::ConsoleReporter {
     std::map<std::string, double> tempos;
@@ -132,6 +161,7 @@ BENCHMARK(PisoInsercoesApi)->Unit(benchmark::kMillisecond);
 BENCHMARK(InsercoesCamada)->Unit(benchmark::kMillisecond);
 BENCHMARK(PisoIdaEVolta)->Unit(benchmark::kMicrosecond);
 BENCHMARK(NovoCodigo100Mil)->Unit(benchmark::kMillisecond);
+BENCHMARK(AcessoModulosUmaVez)->Unit(benchmark::kMicrosecond);
 
 int main(int argc, char **argv)
 {
@@ -146,6 +176,7 @@ int main(int argc, char **argv)
     razao("AtualizacaoEmDia", "PisoMetadados");
     razao("InsercoesCamada", "PisoInsercoesApi");
     razao("NovoCodigo100Mil", "PisoIdaEVolta");
+    razao("AcessoModulosUmaVez", "PisoIdaEVolta");
     banco.reset();
     return 0;
 }

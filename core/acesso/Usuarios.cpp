@@ -1,0 +1,77 @@
+#include "acesso/Usuarios.h"
+
+#include <QCryptographicHash>
+
+namespace orb {
+
+namespace {
+QString md5(const QString &s) { return QCryptographicHash::hash(s.toLatin1(), QCryptographicHash::Md5).toHex().toUpper(); }
+} // namespace
+
+int salvarUsuario(db::Transacao &t, const DadosUsuario &u, const Sessao &atual)
+{
+    const QString login = u.usuario.trimmed().toUpper();
+    if (login.isEmpty()) throw Recusa("Digite o nome de usuário primeiro!", "usuario");
+    if (u.nome.trimmed().isEmpty()) throw Recusa("Digite o nome primeiro!", "nome");
+    if (u.id == 0 && u.senha.isEmpty()) throw Recusa("Digite a senha primeiro!", "senha");
+    if (u.senha.size() > 10) throw Recusa("A senha deve ter no máximo 10 caracteres!", "senha");
+    if (u.idNivel == 0) throw Recusa("Selecione o nível de acesso primeiro!", "nivel");
+    if (!QStringList{"A", "S", "U", "D"}.contains(u.tipoUsuario)) throw Recusa("Selecione o tipo de usuário primeiro!", "tipo");
+    // Who may create whom: administrators ("A") only by "A" or "D"; supervisors ("S") by "A", "S" or "D".
+    const bool podeA = atual.tipoUsuario == "A" || atual.tipoUsuario == "D";
+    const bool podeS = podeA || atual.tipoUsuario == "S";
+    if ((u.tipoUsuario == "A" && !podeA) || (u.tipoUsuario == "S" && !podeS) || (u.tipoUsuario == "D" && atual.tipoUsuario != "D"))
+        throw Recusa("Você não tem permissão para criar usuários deste tipo!", "tipo");
+    const QVariant outro = db::escalar(t, "Select Id From TbCad Where (Us = 'S') and (Upper(Usuario) = :U) and (Id <> :ID)",
+                                       {{"U", login}, {"ID", u.id}});
+    if (!outro.isNull()) throw Recusa("Nome de usuário já existente!", "usuario");
+
+    std::map<QString, QVariant> p = {{"USUARIO", login}, {"NOME", u.nome.trimmed()}, {"APELIDO", u.apelido.trimmed()},
+                                     {"TIPO", u.tipoUsuario}, {"NIVEL", u.idNivel}};
+    if (u.id == 0) {
+        p["SENHA"] = md5(u.senha);
+        return db::escalar(t, "Insert Into TbCad (Usuario, Nome, RazaoSocial, Apelido, Senha, TipoUsuario, IdNivel, Us, "
+                              "Pessoa, DataCadastro) Values (:USUARIO, :NOME, :NOME, :APELIDO, :SENHA, :TIPO, :NIVEL, 'S', "
+                              "'F', Current_Timestamp) Returning Id", p).toInt();
+    }
+    p["ID"] = u.id;
+    db::executar(t, "Update TbCad Set Usuario = :USUARIO, Nome = :NOME, Apelido = :APELIDO, TipoUsuario = :TIPO, "
+                    "IdNivel = :NIVEL Where Id = :ID", p);
+    if (!u.senha.isEmpty())
+        db::executar(t, "Update TbCad Set Senha = :SENHA Where Id = :ID", {{"SENHA", md5(u.senha)}, {"ID", u.id}});
+    return u.id;
+}
+
+void excluirUsuario(db::Transacao &t, int id)
+{
+    if (db::escalar(t, "Select Usuario From TbCad Where Id = :ID", {{"ID", id}}).toString() == "ADMIN")
+        throw Recusa("O usuário ADMIN não pode ser excluído!");
+    db::executar(t, "Update TbCad Set Us = 'N' Where Id = :ID", {{"ID", id}});
+}
+
+int salvarNivel(db::Transacao &t, const DadosNivel &n)
+{
+    if (n.nivel <= 0) throw Recusa("Digite o número do nível primeiro!", "nivel");
+    if (n.descricao.trimmed().isEmpty()) throw Recusa("Digite a descrição do nível primeiro!", "descricao");
+    if (!db::escalar(t, "Select Id From TbNiveis Where Nivel = :N and Id <> :ID", {{"N", n.nivel}, {"ID", n.id}}).isNull())
+        throw Recusa("Número de nível já existente!", "nivel");
+    if (n.id == 0)
+        return db::escalar(t, "Insert Into TbNiveis (Nivel, Descricao) Values (:N, :D) Returning Id",
+                           {{"N", n.nivel}, {"D", n.descricao.trimmed()}}).toInt();
+    db::executar(t, "Update TbNiveis Set Nivel = :N, Descricao = :D Where Id = :ID",
+                 {{"N", n.nivel}, {"D", n.descricao.trimmed()}, {"ID", n.id}});
+    return n.id;
+}
+
+void excluirNivel(db::Transacao &t, int id)
+{
+    if (db::escalar(t, "Select Count(*) From TbCad Where IdNivel = :ID and Us = 'S'", {{"ID", id}}).toInt() > 0)
+        throw Recusa("Este nível não pode ser excluído, pois existem usuários nele!");
+    db::executar(t, "Delete From TbNiveisMenusModOp Where Fk In (Select Nmo.Id From TbNiveisMenusMod Nmo "
+                    "Join TbNiveisMenus Nm On Nm.Id = Nmo.Fk Where Nm.Fk = :ID)", {{"ID", id}});
+    db::executar(t, "Delete From TbNiveisMenusMod Where Fk In (Select Id From TbNiveisMenus Where Fk = :ID)", {{"ID", id}});
+    db::executar(t, "Delete From TbNiveisMenus Where Fk = :ID", {{"ID", id}});
+    db::executar(t, "Delete From TbNiveis Where Id = :ID", {{"ID", id}});
+}
+
+} // namespace orb

@@ -1,0 +1,322 @@
+#include "ui/FormCadastro.h"
+
+#include "acesso/Permissoes.h"
+#include "dados/Tabs.h"
+#include "ui/Mensagens.h"
+#include "ui/Recusa.h"
+
+#include <QComboBox>
+#include <QFormLayout>
+#include <QLineEdit>
+#include <QTimer>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QShortcut>
+#include <QTableView>
+#include <QVBoxLayout>
+
+namespace orb {
+
+FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const QString &area, QWidget *parent)
+    : QWidget(parent), classe_(classe), titulo_(titulo), area_(area)
+{
+    setObjectName(classe);
+    setWindowTitle(titulo);
+    auto *layout = new QVBoxLayout(this);
+
+    auto *barra = new QHBoxLayout;
+    struct B { const char *nome, *texto, *tecla; void (FormCadastro::*h)(); };
+    const B defs[] = {{"Incluir", "Incluir (F2)", "F2", &FormCadastro::BtIncluirClick},
+                      {"Alterar", "Alterar (F3)", "F3", &FormCadastro::BtAlterarClick},
+                      {"Salvar", "Salvar (F10)", "F10", &FormCadastro::BtSalvarClick},
+                      {"Cancelar", "Cancelar (Esc)", nullptr, &FormCadastro::BtCancelarClick},
+                      {"Excluir", "Excluir (F5)", "F5", &FormCadastro::BtExcluirClick},
+                      {"Fechar", "Fechar", nullptr, &FormCadastro::BtFecharClick}};
+    for (const B &d : defs) {
+        auto *b = new QPushButton(QString::fromUtf8(d.texto), this);
+        b->setObjectName(QString("Bt") + d.nome);
+        b->setFocusPolicy(Qt::TabFocus);
+        connect(b, &QPushButton::clicked, this, d.h);
+        if (d.tecla) {
+            auto *s = new QShortcut(QKeySequence(d.tecla), this, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
+            connect(s, &QShortcut::activated, b, &QPushButton::animateClick);
+        }
+        barra->addWidget(b);
+        botoes_.insert(d.nome, b);
+    }
+    barra->addStretch();
+    layout->addLayout(barra);
+    // Esc cancels an edit, or closes the form while browsing.
+    auto *esc = new QShortcut(QKeySequence(Qt::Key_Escape), this, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
+    connect(esc, &QShortcut::activated, this, [this] { estado_ == Estado::Navegando ? BtFecharClick() : BtCancelarClick(); });
+    auto *ctrlEnter = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Return), this, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
+    connect(ctrlEnter, &QShortcut::activated, this, [this] { if (estado_ != Estado::Navegando) BtSalvarClick(); });
+
+    // The search line: order and incremental search over the grid.
+    auto *linha = new QHBoxLayout;
+    ordem_ = new QComboBox(this);
+    ordem_->setObjectName("CbOrdem");
+    busca_ = new QLineEdit(this);
+    busca_->setObjectName("EdBusca");
+    busca_->setPlaceholderText("Pesquisar...");
+    busca_->setClearButtonEnabled(true);
+    linha->addWidget(new QLabel("Ordem:", this));
+    linha->addWidget(ordem_);
+    linha->addWidget(busca_, 1);
+    layout->addLayout(linha);
+    auto *espera = new QTimer(this);
+    espera->setSingleShot(true);
+    espera->setInterval(150);
+    connect(busca_, &QLineEdit::textChanged, espera, qOverload<>(&QTimer::start));
+    connect(espera, &QTimer::timeout, this, &FormCadastro::pesquisar);
+    connect(ordem_, &QComboBox::currentIndexChanged, this, &FormCadastro::pesquisar);
+    connect(busca_, &QLineEdit::returnPressed, this, [this] { grade_->setFocus(); });
+
+    corpo_ = new QVBoxLayout;
+    layout->addLayout(corpo_, 1);
+    modelo_ = new ModeloConsulta(Tabs->DbORB(), this);
+    grade_ = new QTableView(this);
+    grade_->setModel(modelo_);
+    grade_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    grade_->setSelectionMode(QAbstractItemView::SingleSelection);
+    grade_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    grade_->verticalHeader()->hide();
+    grade_->horizontalHeader()->setStretchLastSection(true);
+    grade_->setAlternatingRowColors(true);
+    connect(grade_, &QTableView::doubleClicked, this, [this] { BtAlterarClick(); });
+    corpo_->addWidget(grade_, 2);
+    connect(grade_->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] { mostrarRegistro(); });
+
+    areaEdicao_ = new QWidget(this);
+    form_ = new QFormLayout(areaEdicao_);
+    corpo_->addWidget(areaEdicao_, 1);
+
+    status_ = new QLabel(this);
+    layout->addWidget(status_);
+    habilitarEdicao(false);
+}
+
+FormCadastro::~FormCadastro()
+{
+    if (Tabs && Tabs->conectado() && Tabs->Tr(area_).ativa()) Tabs->Tr(area_).rollback();
+}
+
+QPushButton *FormCadastro::botao(const QString &nome) const { return botoes_.value(nome); }
+
+void FormCadastro::definirConsulta(const QString &sql, const QList<QPair<QString, QString>> &colunas,
+                                   const QList<QPair<QString, QString>> &ordens)
+{
+    sqlBase_ = sql;
+    ordens_ = ordens;
+    const QSignalBlocker b(ordem_);
+    for (const auto &o : ordens) ordem_->addItem(o.first, o.second);
+    ordem_->setVisible(!ordens.isEmpty());
+    busca_->setVisible(!ordens.isEmpty());
+    modelo_->definirColunas(colunas);
+    pesquisar();
+}
+
+void FormCadastro::adicionarCampo(const QString &nome, const QString &rotulo, QWidget *w)
+{
+    w->setObjectName(nome);
+    form_->addRow(rotulo, w);
+    campos_.insert(nome, w);
+    w->installEventFilter(this);
+}
+
+void FormCadastro::pesquisar()
+{
+    if (ordens_.isEmpty()) {
+        modelo_->consultar(sqlBase_);
+    } else {
+        // Only a field from the declared list goes into the text; what was typed goes as a parameter.
+        const QString campo = ordem_->currentData().toString();
+        QString sql = "Select * From (" + sqlBase_ + ") X";
+        std::map<QString, QVariant> p;
+        if (!busca_->text().trimmed().isEmpty()) {
+            sql += " Where Upper(X." + campo + ") Starting With Upper(:BUSCA)";
+            p["BUSCA"] = busca_->text().trimmed();
+        }
+        modelo_->consultar(sql + " Order By X." + campo, p);
+    }
+    if (modelo_->rowCount() > 0) grade_->selectRow(0);
+    mostrarRegistro();
+}
+
+int FormCadastro::idAtual() const
+{
+    const QModelIndex i = grade_->currentIndex();
+    return i.isValid() ? modelo_->idDaLinha(i.row()) : 0;
+}
+
+db::Transacao &FormCadastro::transacao() { return Tabs->Tr(area_); }
+
+void FormCadastro::recarregar(int selecionar)
+{
+    modelo_->recarregar();
+    const int linha = selecionar ? modelo_->linhaDoId(selecionar) : (modelo_->rowCount() ? 0 : -1);
+    if (linha >= 0) grade_->selectRow(linha);
+    mostrarRegistro();
+    Botoes();
+}
+
+void FormCadastro::Botoes()
+{
+    const bool navegando = estado_ == Estado::Navegando;
+    const bool temRegistro = idAtual() != 0;
+    botoes_["Incluir"]->setEnabled(navegando);
+    botoes_["Alterar"]->setEnabled(navegando && temRegistro);
+    botoes_["Excluir"]->setEnabled(navegando && temRegistro);
+    botoes_["Salvar"]->setEnabled(!navegando);
+    botoes_["Cancelar"]->setEnabled(!navegando);
+    botoes_["Fechar"]->setEnabled(navegando);
+    grade_->setEnabled(navegando);
+    const int n = modelo_->rowCount();
+    status_->setText(navegando ? QString("%1 registro(s)%2").arg(n).arg(modelo_->canFetchMore({}) ? "+" : "")
+                               : (estado_ == Estado::Incluindo ? "Incluindo novo registro" : "Alterando registro"));
+}
+
+void FormCadastro::habilitarEdicao(bool sim)
+{
+    for (QWidget *w : std::as_const(campos_)) w->setEnabled(sim);
+}
+
+void FormCadastro::mostrarRegistro()
+{
+    if (estado_ != Estado::Navegando) return;
+    const int id = idAtual();
+    if (!id) {
+        limpar();
+    } else {
+        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+        carregar(t, id);
+    }
+    Botoes();
+}
+
+bool FormCadastro::permitido(const QString &operacao)
+{
+    Sessao &s = sessao();
+    s.menuAtual = menu_;
+    s.moduloAtual = classe_;
+    if (AcessoModulos(operacao)) return true;
+    if (s.logado()) SemPermissao();
+    return false;
+}
+
+void FormCadastro::BtIncluirClick()
+{
+    Tabs->Deb("procedure " + classe_ + ".BtIncluirClick(Sender: TObject)");
+    if (estado_ != Estado::Navegando || !permitido("Incluir")) return;
+    transacao().iniciar();
+    estado_ = Estado::Incluindo;
+    idEditado_ = 0;
+    limpar();
+    habilitarEdicao(true);
+    Botoes();
+    if (form_->rowCount() > 0)
+        if (QWidget *w = form_->itemAt(0, QFormLayout::FieldRole)->widget()) w->setFocus();
+}
+
+void FormCadastro::BtAlterarClick()
+{
+    Tabs->Deb("procedure " + classe_ + ".BtAlterarClick(Sender: TObject)");
+    const int id = idAtual();
+    if (estado_ != Estado::Navegando || !id || !permitido("Alterar")) return;
+    db::Transacao &t = transacao();
+    t.iniciar();
+    try {
+        // Touching the record takes its lock now: a second workstation is told at once.
+        db::executar(t, QString("Update %1 Set Id = Id Where Id = :ID").arg(tabela()), {{"ID", id}});
+        carregar(t, id);
+    } catch (const db::ErroBanco &e) {
+        t.rollback();
+        Atencao(e.mensagem());
+        return;
+    }
+    estado_ = Estado::Alterando;
+    idEditado_ = id;
+    habilitarEdicao(true);
+    Botoes();
+    if (form_->rowCount() > 0)
+        if (QWidget *w = form_->itemAt(0, QFormLayout::FieldRole)->widget()) w->setFocus();
+}
+
+void FormCadastro::BtSalvarClick()
+{
+    Tabs->Deb("procedure " + classe_ + ".BtSalvarClick(Sender: TObject)");
+    if (estado_ == Estado::Navegando) return;
+    db::Transacao &t = transacao();
+    try {
+        const int id = gravar(t, idEditado_);
+        Registro r{"select * from " + tabela(), {{"ID", id}}};
+        Tabs->Log(t, r, estado_ == Estado::Incluindo ? QStringLiteral("INCLUSÃO") : QStringLiteral("ALTERAÇÃO"));
+        t.commit();
+        estado_ = Estado::Navegando;
+        habilitarEdicao(false);
+        recarregar(id);
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+        if (QWidget *w = campo(r.campo)) w->setFocus();
+    } catch (const db::ErroBanco &e) {
+        Atencao(e.mensagem());
+    }
+}
+
+void FormCadastro::BtCancelarClick()
+{
+    Tabs->Deb("procedure " + classe_ + ".BtCancelarClick(Sender: TObject)");
+    if (estado_ == Estado::Navegando) return;
+    transacao().rollback();
+    estado_ = Estado::Navegando;
+    habilitarEdicao(false);
+    mostrarRegistro();
+}
+
+void FormCadastro::BtExcluirClick()
+{
+    Tabs->Deb("procedure " + classe_ + ".BtExcluirClick(Sender: TObject)");
+    const int id = idAtual();
+    if (estado_ != Estado::Navegando || !id || !permitido("Excluir")) return;
+    if (!Pergunta(perguntaExclusao())) return;
+    db::Transacao &t = transacao();
+    t.iniciar();
+    try {
+        apagar(t, id);
+        Tabs->Log(t, Registro{"select * from " + tabela(), {{"ID", id}}}, QStringLiteral("EXCLUSÃO"));
+        t.commit();
+        recarregar();
+    } catch (const Recusa &r) {
+        t.rollback();
+        Atencao(r.texto);
+    } catch (const db::ErroBanco &e) {
+        t.rollback();
+        Atencao(e.mensagem());
+    }
+}
+
+bool FormCadastro::eventFilter(QObject *o, QEvent *e)
+{
+    // Enter moves to the next field, as users of this kind of program expect.
+    if (e->type() == QEvent::KeyPress) {
+        auto *k = static_cast<QKeyEvent *>(e);
+        if ((k->key() == Qt::Key_Return || k->key() == Qt::Key_Enter) && k->modifiers() == Qt::NoModifier
+            && !o->inherits("QPlainTextEdit") && !o->inherits("QTextEdit")) {
+            focusNextChild();
+            return true;
+        }
+    }
+    return QWidget::eventFilter(o, e);
+}
+
+void FormCadastro::BtFecharClick()
+{
+    Tabs->Deb("procedure " + classe_ + ".BtFecharClick(Sender: TObject)");
+    if (estado_ != Estado::Navegando) return;
+    emit fechar();
+}
+
+} // namespace orb

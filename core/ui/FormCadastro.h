@@ -1,0 +1,101 @@
+#pragma once
+// The one registry-form mechanism: toolbar with the standard buttons and keys, the browse grid,
+// the edit area, the area transaction started at Incluir/Alterar, committed at Salvar and rolled
+// back at Cancelar, the record locked at Alterar, permissions checked before each action.
+// A registry is a subclass that declares its query and fields and supplies its own rules.
+
+#include "db/Banco.h"
+#include "ui/ModeloConsulta.h"
+
+#include <QHash>
+#include <QWidget>
+
+class QComboBox;
+class QFormLayout;
+class QLineEdit;
+class QLabel;
+class QPushButton;
+class QTableView;
+class QVBoxLayout;
+
+namespace orb {
+
+class FormCadastro : public QWidget {
+    Q_OBJECT
+public:
+    enum class Estado { Navegando, Incluindo, Alterando };
+
+    // classe: the form's class name (its module name in the permissions); area: its transaction.
+    FormCadastro(const QString &classe, const QString &titulo, const QString &area, QWidget *parent = nullptr);
+    ~FormCadastro() override;
+
+    Estado estado() const { return estado_; }
+    int idAtual() const;
+    QTableView *grade() const { return grade_; }
+    ModeloConsulta *modelo() const { return modelo_; }
+    QPushButton *botao(const QString &nome) const;  // "Incluir", "Alterar", "Salvar", ...
+
+    // The menu the form was opened from, for the permission checks.
+    void definirMenu(const QString &menuCaption) { menu_ = menuCaption; }
+
+    // Handlers, public so that tests and shortcuts drive them as the buttons do.
+    void BtIncluirClick();
+    void BtAlterarClick();
+    void BtSalvarClick();
+    void BtCancelarClick();
+    void BtExcluirClick();
+    void BtFecharClick();
+
+signals:
+    void fechar();
+
+protected:
+    // Declaration
+    // The browse query (without ORDER BY) and the grid's columns (field, caption); `ordens` are
+    // the search orders offered (caption, field), the first one is used at start.
+    void definirConsulta(const QString &sql, const QList<QPair<QString, QString>> &colunas,
+                         const QList<QPair<QString, QString>> &ordens = {});
+    QFormLayout *formulario() const { return form_; }
+    // Adds a field to the edit area under a caption; `nome` is how Recusa names it.
+    void adicionarCampo(const QString &nome, const QString &rotulo, QWidget *w);
+    QWidget *campo(const QString &nome) const { return campos_.value(nome); }
+    QVBoxLayout *corpo() const { return corpo_; }
+
+    // Rules of each registry
+    virtual void limpar() = 0;                                   // Incluir: empty fields and defaults
+    virtual void carregar(db::Transacao &t, int id) = 0;        // fields from the record
+    virtual int gravar(db::Transacao &t, int id) = 0;           // id 0 = new; returns the ID; throws Recusa
+    virtual void apagar(db::Transacao &t, int id) = 0;
+    virtual QString perguntaExclusao() const { return QStringLiteral("Tem certeza que deseja excluir este registro?"); }
+    virtual QString tabela() const = 0;                          // locked at Alterar
+
+    db::Transacao &transacao();
+    void Botoes();
+    void recarregar(int selecionar = 0);
+
+    bool eventFilter(QObject *o, QEvent *e) override;
+
+private:
+    void pesquisar();
+    bool permitido(const QString &operacao);
+    void mostrarRegistro();
+    void habilitarEdicao(bool sim);
+
+    QString classe_, titulo_, area_, menu_;
+    Estado estado_ = Estado::Navegando;
+    int idEditado_ = 0;
+    QHash<QString, QPushButton *> botoes_;
+    QHash<QString, QWidget *> campos_;
+    QTableView *grade_ = nullptr;
+    ModeloConsulta *modelo_ = nullptr;
+    QFormLayout *form_ = nullptr;
+    QWidget *areaEdicao_ = nullptr;
+    QVBoxLayout *corpo_ = nullptr;
+    QLabel *status_ = nullptr;
+    QString sqlBase_;
+    QList<QPair<QString, QString>> ordens_;
+    QComboBox *ordem_ = nullptr;
+    QLineEdit *busca_ = nullptr;
+};
+
+} // namespace orb

@@ -1,0 +1,82 @@
+#pragma once
+// A registry as a declaration: its table, grid, search orders, fields with their required-field
+// messages in screen order, and whatever rules of its own it adds. FormRegistro turns the
+// declaration into the standard form; the plain routines below are what tests exercise.
+
+#include "ui/FormCadastro.h"
+
+#include <functional>
+#include <map>
+
+namespace orb {
+
+using Valores = std::map<QString, QVariant>;  // column -> value, as the form gathered them
+
+struct CampoForm {
+    enum Tipo { Texto, Inteiro, Decimal, Data, Hora, Memo, Lista, Consulta };
+    QString coluna;
+    QString rotulo;
+    Tipo tipo = Texto;
+    QString obrigatorio;                    // the message when left empty; empty = optional
+    int tamanho = 0;                        // text: maximum length
+    int escala = 2;                         // decimals
+    QList<QPair<QString, QString>> itens;   // Lista: (stored value, caption)
+    QString sqlLista;                       // Consulta: "Select Id, <caption> From ..." (LigaCombo)
+    QString mascara;                        // input mask of a text field
+};
+
+struct DeclaracaoRegistro {
+    QString classe;                 // "TCidades"
+    QString titulo;                 // tab caption
+    QString area;                   // its transaction: "TrCidades"
+    QString tabela;                 // "TBCIDADES"
+    QString filtro;                 // rows of a larger table ("Cv = 'S'")
+    Valores fixos;                  // written on every insert (PESSOA "J", CV "S")
+    QString sqlGrade;               // browse query with joins; default: the table (and filter)
+    QList<QPair<QString, QString>> colunas;  // grid: field, caption
+    QList<QPair<QString, QString>> ordens;   // search: caption, field
+    QList<CampoForm> campos;
+    QString perguntaExclusao = QStringLiteral("Tem certeza que deseja excluir este registro?");
+    QString traco;                  // trace line of a deletion: traco + id + ")"
+    // The registry's own rules, after the required fields; throw Recusa.
+    std::function<void(db::Transacao &t, int id, const Valores &v)> validar;
+    // Values derived before writing (a plan's nickname from its name, ...).
+    std::function<void(Valores &v, bool novo)> completar;
+};
+
+// The first empty required field, in screen order, stops the save.
+void conferirObrigatorios(const DeclaracaoRegistro &d, const Valores &v);
+// Checks and writes; returns the record's ID.
+int gravarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v);
+Valores lerRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id);
+void excluirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id);
+// The browse query of a declaration.
+QString sqlGrade(const DeclaracaoRegistro &d);
+// Whether a value counts as filled (a blank mask such as "  :  " does not).
+bool preenchido(const QVariant &v);
+
+class FormRegistro : public FormCadastro {
+    Q_OBJECT
+public:
+    explicit FormRegistro(DeclaracaoRegistro d, QWidget *parent = nullptr);
+    const DeclaracaoRegistro &declaracao() const { return d_; }
+    // The value a field's widget holds, as it is written to the database.
+    QVariant valorDoCampo(const QString &coluna) const;
+    void definirValor(const QString &coluna, const QVariant &v);
+
+protected:
+    void limpar() override;
+    void carregar(db::Transacao &t, int id) override;
+    int gravar(db::Transacao &t, int id) override;
+    void apagar(db::Transacao &t, int id) override;
+    QString perguntaExclusao() const override { return d_.perguntaExclusao; }
+    QString tabela() const override { return d_.tabela; }
+
+private:
+    DeclaracaoRegistro d_;
+};
+
+// Registers a declared registry's form under its class name.
+void registrarRegistro(const DeclaracaoRegistro &d);
+
+} // namespace orb
