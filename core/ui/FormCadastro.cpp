@@ -42,7 +42,7 @@ FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const Q
         connect(b, &QPushButton::clicked, this, d.h);
         if (d.tecla) {
             auto *s = new QShortcut(QKeySequence(d.tecla), this, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
-            connect(s, &QShortcut::activated, b, &QPushButton::animateClick);
+            connect(s, &QShortcut::activated, b, [b] { if (b->isEnabled()) b->click(); });
         }
         barra->addWidget(b);
         botoes_.insert(d.nome, b);

@@ -32,6 +32,11 @@ void conferirObrigatorios(const DeclaracaoRegistro &d, const Valores &v)
     }
 }
 
+int proximoCodigo(db::Transacao &t, const QString &tabela, const QString &campo)
+{
+    return db::escalar(t, QString("Select Coalesce(Max(%1), 0) + 1 From %2").arg(campo, tabela)).toInt();
+}
+
 QString sqlGrade(const DeclaracaoRegistro &d)
 {
     if (!d.sqlGrade.isEmpty()) return d.sqlGrade;
@@ -42,7 +47,7 @@ int gravarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valore
 {
     conferirObrigatorios(d, v);
     if (d.validar) d.validar(t, id, v);
-    if (d.completar) d.completar(v, id == 0);
+    if (d.completar) d.completar(t, v, id == 0);
     if (id == 0)
         for (const auto &[k, x] : d.fixos) v[k] = x;
     // Column names come from the declaration, never from what was typed.
@@ -153,7 +158,14 @@ QVariant FormRegistro::valorDoCampo(const QString &coluna) const
         if (!d) throw Recusa("Valor inválido!", coluna);
         return QVariant::fromValue(d->comEscala(c->escala));
     }
-    default: return c->mascara.isEmpty() ? s : static_cast<QLineEdit *>(w)->text();
+    case CampoForm::Hora: return s;  // "hh:mm" is stored with its colon
+    default: {
+        // Masked numbers (CEP, phones, CPF) are stored as their digits only.
+        if (c->mascara.isEmpty()) return s;
+        QString digitos = s;
+        digitos.remove(QRegularExpression("[^0-9A-Za-z]"));
+        return digitos;
+    }
     }
 }
 

@@ -41,7 +41,7 @@ struct DeclaracaoRegistro {
     // The registry's own rules, after the required fields; throw Recusa.
     std::function<void(db::Transacao &t, int id, const Valores &v)> validar;
     // Values derived before writing (a plan's nickname from its name, ...).
-    std::function<void(Valores &v, bool novo)> completar;
+    std::function<void(db::Transacao &t, Valores &v, bool novo)> completar;
 };
 
 // The first empty required field, in screen order, stops the save.
@@ -52,6 +52,8 @@ Valores lerRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id);
 void excluirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id);
 // The browse query of a declaration.
 QString sqlGrade(const DeclaracaoRegistro &d);
+// Next code of a numbered column, in the caller's transaction.
+int proximoCodigo(db::Transacao &t, const QString &tabela, const QString &campo = QStringLiteral("CODIGO"));
 // Whether a value counts as filled (a blank mask such as "  :  " does not).
 bool preenchido(const QVariant &v);
 

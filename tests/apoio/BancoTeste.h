@@ -6,6 +6,12 @@
 #include <QTemporaryDir>
 #include <memory>
 
+#include <ostream>
+
+// Readable QString in test failure messages.
+inline void PrintTo(const QString &s, std::ostream *os) { *os << '"' << s.toStdString() << '"'; }
+inline void PrintTo(const QStringList &l, std::ostream *os) { *os << '[' << l.join(" | ").toStdString() << ']'; }
+
 namespace teste {
 
 enum class Forma {

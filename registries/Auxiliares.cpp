@@ -1,0 +1,243 @@
+// The small lookup registries: each one a declaration of its table, grid, search orders,
+// required fields (in screen order, with their messages) and deletion question.
+
+#include "Auxiliares.h"
+
+#include "ui/Recusa.h"
+
+namespace orb {
+
+namespace {
+
+using C = CampoForm;
+
+const QList<QPair<QString, QString>> kUfs = [] {
+    QList<QPair<QString, QString>> r;
+    for (const char *uf : {"AC", "AL", "AM", "AP", "BA", "CE", "DF", "ES", "GO", "MA", "MG", "MS", "MT", "PA", "PB",
+                           "PE", "PI", "PR", "RJ", "RN", "RO", "RR", "RS", "SC", "SE", "SP", "TO"})
+        r.append(qMakePair(QString(uf), QString(uf)));
+    return r;
+}();
+
+const QList<QPair<QString, QString>> kTiposGrupo = {{"M", "Mercadorias"}, {"S", "Serviços"}, {"P", "Patrimônio"}, {"C", "Consumo"}};
+
+// A registry whose only field is a name, numbered by CODIGO when the table requires one.
+DeclaracaoRegistro simples(const QString &classe, const QString &titulo, const QString &tabela, const QString &coluna,
+                           const QString &rotulo, int tamanho, const QString &msg, bool numerar = false)
+{
+    DeclaracaoRegistro d;
+    d.classe = classe;
+    d.titulo = titulo;
+    d.area = "Tr" + classe.mid(1);
+    d.tabela = tabela;
+    d.colunas = {{coluna, rotulo}};
+    d.ordens = {{rotulo, coluna}};
+    d.campos = {{coluna, rotulo, C::Texto, msg, tamanho}};
+    if (numerar)
+        d.completar = [tabela](db::Transacao &t, Valores &v, bool novo) {
+            if (novo) v["CODIGO"] = proximoCodigo(t, tabela);
+        };
+    return d;
+}
+
+QList<DeclaracaoRegistro> montar()
+{
+    QList<DeclaracaoRegistro> r;
+
+    DeclaracaoRegistro cidades;
+    cidades.classe = "TCidades";
+    cidades.titulo = "Cidades";
+    cidades.area = "TrCidades";
+    cidades.tabela = "TBCIDADES";
+    cidades.colunas = {{"CIDADE", "Cidade"}, {"UF", "UF"}, {"CEP", "CEP"}, {"CODIGO", "Código"}};
+    cidades.ordens = {{"CIDADE", "CIDADE"}, {"CEP", "CEP"}};
+    cidades.campos = {{"CIDADE", "Cidade", C::Texto, "Digite o nome da cidade primeiro!", 50},
+                      {"UF", "Estado", C::Lista, "Digite o estado primeiro!", 0, 2, kUfs},
+                      {"CEP", "CEP", C::Texto, "Digite o Cep primeiro!", 8, 2, {}, {}, "99999-999;_"},
+                      {"CODIGO", "Código IBGE", C::Inteiro}};
+    cidades.perguntaExclusao = "Tem certeza que deseja excluir esta Cidade?";
+    cidades.traco = "Cidade Excluída (";
+    r << cidades;
+
+    DeclaracaoRegistro bancos;
+    bancos.classe = "TBancos";
+    bancos.titulo = "Bancos";
+    bancos.area = "TrBancos";
+    bancos.tabela = "TBBANCOS";
+    bancos.colunas = {{"NUMERO", "Nº"}, {"BANCO", "Banco"}, {"NOMEBANCO", "Razão social"}, {"SITE", "Site"}};
+    bancos.ordens = {{"Banco", "BANCO"}, {"Nº", "NUMERO"}};
+    bancos.campos = {{"NUMERO", "Nº do banco", C::Texto, "Digite o Nº do Banco primeiro!", 5},
+                     {"DIG", "Dígito", C::Texto, {}, 1},
+                     {"BANCO", "Banco", C::Texto, "Digite o nome do banco primeiro!", 30},
+                     {"NOMEBANCO", "Razão social", C::Texto, {}, 50},
+                     {"SITE", "Site", C::Texto, {}, 50}};
+    bancos.perguntaExclusao = "Tem certeza que deseja excluir este Banco?";
+    bancos.traco = "Banco Excluído (";
+    r << bancos;
+
+    DeclaracaoRegistro grupos;
+    grupos.classe = "TGrupos";
+    grupos.titulo = "Grupos";
+    grupos.area = "TrGrupos";
+    grupos.tabela = "TBGRUPOS";
+    grupos.colunas = {{"CODIGO", "Código"}, {"GRUPO", "Grupo"}, {"TIPO", "Tipo"}};
+    grupos.ordens = {{"Grupo", "GRUPO"}};
+    grupos.campos = {{"CODIGO", "Código", C::Inteiro, "Digite o código do grupo primeiro!"},
+                     {"GRUPO", "Grupo", C::Texto, "Digite o nome do grupo primeiro!", 20},
+                     {"TIPO", "Tipo", C::Lista, "Defina o tipo do Grupo primeiro!", 0, 2, kTiposGrupo}};
+    grupos.perguntaExclusao = "Tem certeza que deseja excluir este Grupo?";
+    grupos.traco = "Grupo Excluído (";
+    r << grupos;
+
+    DeclaracaoRegistro sub;
+    sub.classe = "TSubgrupos";
+    sub.titulo = "Subgrupos";
+    sub.area = "TrSubgrupos";
+    sub.tabela = "TBGRUPOSSUB";
+    sub.sqlGrade = "Select S.*, G.Grupo Z_Grupo From TbGruposSub S Left Join TbGrupos G On (G.Id = S.Fk)";
+    sub.colunas = {{"Z_GRUPO", "Grupo"}, {"CODIGO", "Código"}, {"SUBGRUPO", "Subgrupo"}, {"TIPO", "Tipo"}};
+    sub.ordens = {{"Subgrupo", "SUBGRUPO"}};
+    sub.campos = {{"FK", "Grupo", C::Consulta, {}, 0, 2, {}, "Select Id, Grupo From TbGrupos Order By Grupo"},
+                  {"CODIGO", "Código", C::Inteiro, "Digite o código do subgrupo primeiro!"},
+                  {"SUBGRUPO", "Subgrupo", C::Texto, "Digite o nome do subgrupo primeiro!", 50},
+                  {"TIPO", "Tipo", C::Lista, "Defina o tipo do subgrupo primeiro!", 0, 2, kTiposGrupo}};
+    sub.perguntaExclusao = "Tem certeza que deseja excluir esta Subgrupo?";
+    sub.traco = "Subgrupo Excluído (";
+    r << sub;
+
+    DeclaracaoRegistro cat;
+    cat.classe = "TCategorias";
+    cat.titulo = "Categorias";
+    cat.area = "TrCategorias";
+    cat.tabela = "TBCAT";
+    cat.colunas = {{"COD", "Código"}, {"CATEGORIA", "Categoria"}};
+    cat.ordens = {{"Código", "COD"}, {"Categoria", "CATEGORIA"}};
+    cat.campos = {{"COD", "Código", C::Texto, "Digite o código da categoria primeiro!", 10},
+                  {"CATEGORIA", "Categoria", C::Texto, "Digite o nome da categoria primeiro!", 100}};
+    cat.validar = [](db::Transacao &t, int id, const Valores &v) {
+        // The code is unique; the row's own code is allowed when it is saved again.
+        if (!db::escalar(t, "Select Id From TBCAT Where (Id <> :ID) and (Cod = :COD)", {{"ID", id}, {"COD", v.at("COD")}}).isNull())
+            throw Recusa("Código já existente!", "COD");
+    };
+    cat.perguntaExclusao = "Tem certeza que deseja excluir esta Categoria?";
+    cat.traco = "Categoria Excluída (";
+    r << cat;
+
+    DeclaracaoRegistro cfop;
+    cfop.classe = "TCfop";
+    cfop.titulo = "CFOP";
+    cfop.area = "TrCfop";
+    cfop.tabela = "TBCFOP";
+    cfop.colunas = {{"CFOP", "CFOP"}, {"DESCRICAO", "Descrição"}};
+    cfop.ordens = {{"CFOP", "CFOP"}, {"Descrição", "DESCRICAO"}};
+    cfop.campos = {{"CFOP", "CFOP", C::Inteiro, "Digite a CFOP primeiro!"},
+                   {"DESCRICAO", "Descrição", C::Texto, "Digite a descrição primeiro!", 400},
+                   {"NOTA", "Nota", C::Memo}};
+    cfop.perguntaExclusao = "Tem certeza que deseja excluir esta CFOP?";
+    r << cfop;
+
+    DeclaracaoRegistro icms;
+    icms.classe = "TIcms";
+    icms.titulo = "Alíquotas de ICMS";
+    icms.area = "TrIcms";
+    icms.tabela = "TBICMS";
+    icms.colunas = {{"UF", "UF"}, {"PERCICMSO", "% Origem"}, {"PERCICMSD", "% Destino"}};
+    icms.ordens = {{"UF", "UF"}};
+    icms.campos = {{"UF", "UF", C::Lista, {}, 0, 2, kUfs},
+                   {"PERCICMSO", "% ICMS da origem", C::Decimal, "Digite a alíquota de ICMS da Origem primeiro!"},
+                   {"PERCICMSD", "% ICMS do destino", C::Decimal, "Digite a alíquota de ICMS do Destino primeiro!"}};
+    icms.perguntaExclusao = "Tem certeza que deseja excluir esta Alíquota?";
+    r << icms;
+
+    DeclaracaoRegistro feriados;
+    feriados.classe = "TFeriados";
+    feriados.titulo = "Feriados";
+    feriados.area = "TrFeriados";
+    feriados.tabela = "TBFERIADOS";
+    feriados.colunas = {{"DATA", "Data"}, {"DESCRICAO", "Descrição"}};
+    feriados.ordens = {{"Data", "DATA"}, {"Descrição", "DESCRICAO"}};
+    feriados.campos = {{"DATA", "Data", C::Data, "Digite a data do feriado primeiro!"},
+                       {"DESCRICAO", "Descrição", C::Texto, "Digite a descrição do feriado primeiro!", 20}};
+    feriados.perguntaExclusao = "Tem certeza que deseja excluir este Feriado?";
+    feriados.traco = "Feriado Excluído (";
+    r << feriados;
+
+    DeclaracaoRegistro horarios;
+    horarios.classe = "THorarios";
+    horarios.titulo = "Horários";
+    horarios.area = "TrHorarios";
+    horarios.tabela = "TBHORARIOS";
+    horarios.colunas = {{"HORARIO", "Horário"}, {"ENTRADA", "Entrada"}, {"SAIDA", "Saída"}};
+    horarios.ordens = {{"Horário", "HORARIO"}};
+    horarios.campos = {{"HORARIO", "Horário", C::Texto, "Digite o nome do horário primeiro!", 20},
+                       {"ENTRADA", "Entrada", C::Hora, "Digite a hora de entrada primeiro!", 5, 2, {}, {}, "99:99;_"},
+                       {"SAIDA", "Saída", C::Hora, "Digite a hora de saída primeiro!", 5, 2, {}, {}, "99:99;_"}};
+    horarios.perguntaExclusao = "Tem certeza que deseja excluir este Horário?";
+    horarios.traco = "Horário Excluído (";
+    r << horarios;
+
+    DeclaracaoRegistro optel;
+    optel.classe = "TOpTel";
+    optel.titulo = "Operadoras de Telefonia";
+    optel.area = "TrOpTel";
+    optel.tabela = "TBOPTEL";
+    optel.colunas = {{"CODIGO", "Código"}, {"NOME", "Operadora"}};
+    optel.ordens = {{"Operadora", "NOME"}};
+    optel.campos = {{"CODIGO", "Código de longa distância", C::Inteiro, "Digite o Código para ligações de longa distância primeiro!"},
+                    {"NOME", "Operadora", C::Texto, "Digite o nome da Operadora primeiro!", 20}};
+    optel.perguntaExclusao = "Tem certeza que deseja excluir esta Operadora?";
+    optel.traco = "Operadora de Telefonia Excluída (";
+    r << optel;
+
+    DeclaracaoRegistro esp = simples("TEspecialidades", "Especialidades", "TBESPEC", "ESPECIALIDADE", "Especialidade", 100,
+                                     "Digite o nome da Especialidade primeiro!");
+    esp.perguntaExclusao = "Tem certeza que deseja excluir esta Especialidade?";
+    esp.traco = "Especialidade Excluída (";
+    r << esp;
+
+    DeclaracaoRegistro cons = simples("TConsultorios", "Consultórios", "TBCONSULTORIOS", "CONSULTORIO", "Consultório", 100,
+                                      "Digite o nome do Consultório primeiro!");
+    cons.perguntaExclusao = "Tem certeza que deseja excluir esta Consultório?";
+    cons.traco = "Consultório Excluído (";
+    r << cons;
+
+    r << simples("TFabricantes", "Fabricantes", "TBFABRICANTES", "FABRICANTE", "Fabricante", 100,
+                 "Digite o nome do fabricante primeiro!", true);
+    r << simples("TCores", "Cores", "TBCORES", "COR", "Cor", 20, "Digite o nome da cor primeiro!", true);
+    r << simples("TEspecies", "Espécies", "TBESPECIES", "ESPECIE", "Espécie", 20, "Digite o nome da espécie primeiro!", true);
+    r << simples("TRacas", "Raças", "TBRACAS", "RACA", "Raça", 40, "Digite o nome da raça primeiro!", true);
+    r << simples("TSubcategorias", "Subcategorias", "TBSUBCAT", "SUBCATEGORIA", "Subcategoria", 100,
+                 "Digite o nome da subcategoria primeiro!", true);
+    r << simples("TBlocos", "Blocos", "TBBLOCOS", "BLOCO", "Bloco", 10, "Digite o nome do bloco primeiro!");
+    r << simples("TIntegrantes", "Integrantes", "TBINTEGRANTES", "INTEGRANTE", "Integrante", 30,
+                 "Digite o nome do integrante primeiro!");
+
+    DeclaracaoRegistro cc = simples("TCentrosCusto", "Centros de Custo", "TBCCUSTO", "CENTROCUSTO", "Centro de custo", 50,
+                                    "Digite o nome do centro de custo primeiro!");
+    cc.campos.prepend({"CODIGO", "Código", C::Texto, "Digite o código do centro de custo primeiro!", 10});
+    cc.colunas.prepend({"CODIGO", "Código"});
+    r << cc;
+    return r;
+}
+
+} // namespace
+
+const QList<DeclaracaoRegistro> &registrosAuxiliares()
+{
+    static const QList<DeclaracaoRegistro> r = montar();
+    return r;
+}
+
+const DeclaracaoRegistro *registroAuxiliar(const QString &classe)
+{
+    for (const DeclaracaoRegistro &d : registrosAuxiliares())
+        if (d.classe == classe) return &d;
+    return nullptr;
+}
+
+void registrarAuxiliares()
+{
+    for (const DeclaracaoRegistro &d : registrosAuxiliares()) registrarRegistro(d);
+}
+
+} // namespace orb

@@ -1,0 +1,155 @@
+// The lookup registries: rules of each declaration, and one registry driven through its widgets.
+
+#include "Auxiliares.h"
+#include "apoio/BancoTeste.h"
+#include "acesso/Sessao.h"
+#include "dados/Tabs.h"
+#include "ui/Recusa.h"
+#include "ui/Mensagens.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QTest>
+#include <gtest/gtest.h>
+
+using namespace orb;
+
+namespace {
+
+struct AuxiliaresTest : ::testing::Test {
+    teste::BancoTemporario bt;
+    TTabs tabs;
+    MensageiroTeste msg;
+    void SetUp() override
+    {
+        Tabs = &tabs;
+        tabs.conectar(db::Banco::abrir(bt.conexao()));
+        sessao() = Sessao{};
+        sessao().nivel = 999;
+        sessao().idUsuario = 2;
+    }
+    void TearDown() override
+    {
+        tabs.desconectar();
+        Tabs = nullptr;
+        sessao() = Sessao{};
+    }
+};
+
+// With every field empty, then filling them one at a time in screen order, each save is refused
+// with the message of the next required field, and the last one succeeds.
+TEST_F(AuxiliaresTest, RequiredFieldsInScreenOrder)
+{
+    const QMap<QString, QStringList> esperado = {
+        {"TCidades", {"Digite o nome da cidade primeiro!", "Digite o estado primeiro!", "Digite o Cep primeiro!"}},
+        {"TBancos", {"Digite o Nº do Banco primeiro!", "Digite o nome do banco primeiro!"}},
+        {"TGrupos", {"Digite o código do grupo primeiro!", "Digite o nome do grupo primeiro!", "Defina o tipo do Grupo primeiro!"}},
+        {"TSubgrupos", {"Digite o código do subgrupo primeiro!", "Digite o nome do subgrupo primeiro!", "Defina o tipo do subgrupo primeiro!"}},
+        {"TCategorias", {"Digite o código da categoria primeiro!", "Digite o nome da categoria primeiro!"}},
+        {"TCfop", {"Digite a CFOP primeiro!", "Digite a descrição primeiro!"}},
+        {"TIcms", {"Digite a alíquota de ICMS da Origem primeiro!", "Digite a alíquota de ICMS do Destino primeiro!"}},
+        {"TFeriados", {"Digite a data do feriado primeiro!", "Digite a descrição do feriado primeiro!"}},
+        {"THorarios", {"Digite o nome do horário primeiro!", "Digite a hora de entrada primeiro!", "Digite a hora de saída primeiro!"}},
+        {"TOpTel", {"Digite o Código para ligações de longa distância primeiro!", "Digite o nome da Operadora primeiro!"}},
+        {"TEspecialidades", {"Digite o nome da Especialidade primeiro!"}},
+        {"TConsultorios", {"Digite o nome do Consultório primeiro!"}},
+    };
+    for (const DeclaracaoRegistro &d : registrosAuxiliares()) {
+        SCOPED_TRACE(d.classe.toStdString());
+        db::Transacao t(tabs.DbORB());
+        auto preencher = [](const CampoForm &c) -> QVariant {
+            switch (c.tipo) {
+            case CampoForm::Inteiro: return 7;
+            case CampoForm::Decimal: return QVariant::fromValue(db::Decimal("12.5"));
+            case CampoForm::Data: return QDate(2026, 12, 25);
+            case CampoForm::Hora: return "08:00";
+            case CampoForm::Lista: return c.itens.first().first;
+            case CampoForm::Consulta: return QVariant();
+            default: return "X";
+            }
+        };
+        Valores v;
+        for (const CampoForm &c : d.campos)
+            if (c.obrigatorio.isEmpty()) v[c.coluna] = preencher(c);
+        QStringList recusas;
+        for (const CampoForm &c : d.campos) {
+            if (c.obrigatorio.isEmpty()) continue;
+            try {
+                gravarRegistro(t, d, 0, v);
+                ADD_FAILURE() << "gravou sem " << c.coluna.toStdString();
+            } catch (const Recusa &r) {
+                recusas << r.texto;
+                EXPECT_EQ(r.campo, c.coluna);
+            }
+            v[c.coluna] = preencher(c);
+        }
+        const int id = gravarRegistro(t, d, 0, v);
+        EXPECT_GT(id, 0);
+        if (esperado.contains(d.classe)) {
+            EXPECT_EQ(recusas, esperado[d.classe]);
+        }
+        excluirRegistro(t, d, id);
+        t.rollback();
+    }
+}
+
+TEST_F(AuxiliaresTest, CategoryCodeIsUniqueButItsOwnIsAllowed)
+{
+    const DeclaracaoRegistro &d = *registroAuxiliar("TCategorias");
+    db::Transacao t(tabs.DbORB());
+    const int a = gravarRegistro(t, d, 0, {{"COD", "1.01"}, {"CATEGORIA", "Vendas"}});
+    EXPECT_EQ(gravarRegistro(t, d, a, {{"COD", "1.01"}, {"CATEGORIA", "Vendas à vista"}}), a);
+    try {
+        gravarRegistro(t, d, 0, {{"COD", "1.01"}, {"CATEGORIA", "Outra"}});
+        FAIL() << "código repetido aceito";
+    } catch (const Recusa &r) {
+        EXPECT_EQ(r.texto, "Código já existente!");
+    }
+}
+
+TEST_F(AuxiliaresTest, NameOnlyRegistriesNumberTheirCode)
+{
+    db::Transacao t(tabs.DbORB());
+    const DeclaracaoRegistro &cores = *registroAuxiliar("TCores");
+    gravarRegistro(t, cores, 0, {{"COR", "Azul"}});
+    gravarRegistro(t, cores, 0, {{"COR", "Verde"}});
+    EXPECT_EQ(db::escalar(t, "select list(Codigo, ',') from (select Codigo from TbCores order by Codigo)").toString(), "1,2");
+}
+
+// As a user would: open the form, Incluir, type, Salvar, find it in the grid, then delete it.
+TEST_F(AuxiliaresTest, CityThroughTheForm)
+{
+    FormRegistro f(*registroAuxiliar("TCidades"));
+    f.show();
+    QApplication::setActiveWindow(&f);
+    QTest::keyClick(f.grade(), Qt::Key_F2);
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Incluindo);
+    auto *cidade = f.findChild<QLineEdit *>("CIDADE");
+    EXPECT_TRUE(cidade->hasFocus() || QApplication::focusWidget() == nullptr);
+    cidade->insert("São José dos Campos");  // typed text with accents (keyClicks takes ASCII only)
+    f.BtSalvarClick();
+    EXPECT_EQ(msg.avisos.value(0), "Digite o estado primeiro!");
+    f.findChild<QComboBox *>("UF")->setCurrentText("SP");
+    auto *cep = f.findChild<QLineEdit *>("CEP");
+    cep->setFocus();
+    cep->setCursorPosition(0);
+    QTest::keyClicks(cep, "12245000");
+    EXPECT_EQ(cep->text(), "12245-000");
+    f.BtSalvarClick();
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
+    ASSERT_EQ(f.modelo()->rowCount(), 1);
+    EXPECT_EQ(f.modelo()->data(f.modelo()->index(0, 0), Qt::DisplayRole).toString(), "São José dos Campos");
+    EXPECT_EQ(f.modelo()->data(f.modelo()->index(0, 2), Qt::DisplayRole).toString(), "12245-000");
+
+    msg.respostas = {QMessageBox::Yes};
+    f.BtExcluirClick();
+    EXPECT_EQ(msg.perguntas.value(0), "Tem certeza que deseja excluir esta Cidade?");
+    EXPECT_EQ(f.modelo()->rowCount(), 0);
+    EXPECT_TRUE(tabs.trilha().contains(QString("Cidade Excluída (%1)").arg(1)) || !tabs.trilha().filter("Cidade Excluída").isEmpty());
+    db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+    EXPECT_EQ(db::escalar(t, "select count(*) from TbLog where Tabela = 'TBCIDADES'").toInt(), 2);  // inclusion and deletion
+}
+
+} // namespace
