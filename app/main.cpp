@@ -1,22 +1,34 @@
-// ORB Manager: opens (or creates) its database, brings it up to date and shows the main window.
+// ORB Manager: one copy per user, splash, database (created on first start), upgrade, login, main window.
 
+#include "Auxiliares.h"
 #include "Configuracao.h"
+#include "acesso/TLogin.h"
+#include "dados/Tabs.h"
 #include "db/Banco.h"
+#include "principal/InstanciaUnica.h"
+#include "principal/TConfig.h"
+#include "principal/TMain.h"
+#include "principal/TSplash.h"
 #include "schema/Atualizacao.h"
+#include "ui/Mensagens.h"
+#include "ui/TratadorErros.h"
 
-#include <QApplication>
 #include <QCommandLineParser>
-#include <QFileInfo>
-#include <QLabel>
-#include <QMainWindow>
-#include <QMessageBox>
 #include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QFont>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QStyleFactory>
+#include <QTimer>
+#include <QTranslator>
 #include <cstdio>
 
 namespace {
 
 struct Opcoes {
-    QString banco;        // --database: a local file instead of the settings
+    QString banco;  // --database: a local file instead of the settings
     bool atualizar = false;
 };
 
@@ -31,9 +43,8 @@ Opcoes lerOpcoes(const QStringList &args)
     return {p.value("database"), p.isSet("upgrade")};
 }
 
-db::Conexao conexao(const Opcoes &o)
+db::Conexao conexao(const Opcoes &o, const QString &pasta)
 {
-    const QString pasta = QCoreApplication::applicationDirPath();
     const orb::Configuracao cfg = orb::lerConfiguracao(pasta);
     db::Conexao c;
     c.usuario = cfg.usuario;
@@ -44,21 +55,27 @@ db::Conexao conexao(const Opcoes &o)
 
 bool arquivoLocal(const db::Conexao &c)
 {
-    // A server name comes before ":" (but a Windows drive letter is one character).
+    // A server name comes before ":" (a Windows drive letter is one character).
     const int dp = int(c.banco.indexOf(':'));
     return dp < 0 || dp == 1;
 }
 
-// Opens the database, creating a local one on first start, then applies the upgrade.
-std::unique_ptr<db::Banco> abrirAtualizado(const db::Conexao &c, QStringList &aplicadas, const esquema::Progresso &prog)
+// Opens the database, creating a local one on first start, then brings it up to date.
+std::unique_ptr<db::Banco> abrirAtualizado(const db::Conexao &c, QStringList &aplicadas, const esquema::Progresso &prog,
+                                           const std::function<void()> &aposAbrir = {})
 {
     if (arquivoLocal(c) && !QFileInfo::exists(c.banco)) {
         QDir().mkpath(QFileInfo(c.banco).absolutePath());
         aplicadas << QString("Banco de dados criado: %1").arg(c.banco);
-        auto b = esquema::criarBanco(c, prog);
+        auto b = db::Banco::criar(c);
+        if (aposAbrir) aposAbrir();
+        esquema::criarEsquemaBase(*b);
+        aplicadas << esquema::atualizar(*b, prog);
+        esquema::semear(*b);
         return b;
     }
     auto b = db::Banco::abrir(c);
+    if (aposAbrir) aposAbrir();
     aplicadas << esquema::atualizar(*b, prog);
     return b;
 }
@@ -68,8 +85,7 @@ int modoAtualizacao(const db::Conexao &c)
     try {
         QStringList aplicadas;
         abrirAtualizado(c, aplicadas, {});
-        if (aplicadas.isEmpty())
-            std::printf("Banco de dados já está atualizado; nenhuma alteração necessária.\n");
+        if (aplicadas.isEmpty()) std::printf("Banco de dados já está atualizado; nenhuma alteração necessária.\n");
         for (const QString &a : aplicadas) std::printf("%s\n", qPrintable(a));
         return 0;
     } catch (const esquema::ErroAtualizacao &e) {
@@ -82,42 +98,97 @@ int modoAtualizacao(const db::Conexao &c)
     return 1;
 }
 
+void aparencia(QApplication &app)
+{
+    app.setStyle(QStyleFactory::create("Fusion"));
+    QFont f("DejaVu Sans");
+    f.setPointSize(10);
+    app.setFont(f);
+    QLocale::setDefault(QLocale(QLocale::Portuguese, QLocale::Brazil));
+    // Qt's own dialogs in Portuguese too.
+    static QTranslator qt;
+    if (qt.load(QLocale(QLocale::Portuguese, QLocale::Brazil), "qtbase", "_", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        app.installTranslator(&qt);
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
+    QElapsedTimer relogio;
+    relogio.start();
     QStringList args;
     for (int i = 0; i < argc; ++i) args << QString::fromLocal8Bit(argv[i]);
-    const bool semJanela = args.contains("--upgrade") || args.contains("--help") || args.contains("-h");
-    if (semJanela) {
+    if (args.contains("--upgrade") || args.contains("--help") || args.contains("-h")) {
         QCoreApplication app(argc, argv);
-        const Opcoes o = lerOpcoes(app.arguments());
-        return modoAtualizacao(conexao(o));
+        return modoAtualizacao(conexao(lerOpcoes(app.arguments()), QCoreApplication::applicationDirPath()));
     }
 
-    QApplication app(argc, argv);
+    orb::Aplicacao app(argc, argv);
     app.setApplicationName("ORB Manager");
+    app.setApplicationVersion(QStringLiteral(ORB_VERSAO));
+    aparencia(app);
     const Opcoes o = lerOpcoes(app.arguments());
-    const db::Conexao c = conexao(o);
-    std::unique_ptr<db::Banco> banco;
-    try {
-        QStringList aplicadas;
-        banco = abrirAtualizado(c, aplicadas, {});
-    } catch (const esquema::ErroAtualizacao &e) {
-        QMessageBox::critical(nullptr, "ORB Manager", e.mensagem());
-        return 1;
-    } catch (const db::ErroBanco &e) {
-        QMessageBox::critical(nullptr, "ORB Manager",
-                              QString("Não foi possível abrir o banco de dados %1.\n\n%2").arg(c.banco, e.mensagem()));
-        return 1;
-    }
+    const QString pasta = QCoreApplication::applicationDirPath();
 
-    QMainWindow w;
-    w.setWindowTitle("ORB Manager");
-    auto *l = new QLabel(QString("Banco de dados: %1").arg(c.banco), &w);
-    l->setAlignment(Qt::AlignCenter);
-    w.setCentralWidget(l);
-    w.resize(1024, 700);
-    w.show();
-    return app.exec();
+    orb::InstanciaUnica guarda;
+    if (!guarda.primeira()) return 0;  // the running copy comes to the front
+
+    orb::TTabs tabs;
+    orb::Tabs = &tabs;
+    orb::registrarFormulariosNucleo(pasta);
+    orb::registrarAuxiliares();
+
+    orb::TSplash splash;
+    splash.show();
+    splash.mostrar("Verificando atualizações...");
+    splash.mostrar("Abrindo base de dados...");
+
+    std::unique_ptr<db::Banco> banco;
+    for (;;) {
+        const db::Conexao c = conexao(o, pasta);
+        try {
+            QStringList aplicadas;
+            banco = abrirAtualizado(c, aplicadas, [&](int f, int t, const QString &d) { splash.progresso(f, t, d); },
+                                    [&] { splash.mostrar("Atualizando a estrutura do banco de dados..."); });
+            break;
+        } catch (const esquema::ErroAtualizacao &e) {
+            orb::Erro(e.mensagem());
+            return 1;
+        } catch (const db::ErroBanco &e) {
+            splash.hide();
+            const QString texto = "Não foi possível abrir a base de dados do servidor!\n\nErro: " + e.mensagem()
+                + "\n\nDeseja abrir a configuração para ajustar o caminho do servidor e banco de dados?";
+            if (!orb::Pergunta(texto, true)) return 1;
+            orb::TConfig cfg(pasta);
+            if (cfg.exec() != QDialog::Accepted) return 1;
+            splash.show();
+        }
+    }
+    tabs.conectar(std::move(banco));
+
+    splash.mostrar("Efetuando autenticação...");
+    auto login = [&]() -> bool {
+        orb::TLogin dlg(tabs.DbORB());
+        if (qEnvironmentVariableIsSet("ORB_MEDIR_INICIO")) {
+            // Start-up measurement: the login window is on the screen, stop here.
+            QTimer::singleShot(0, [&] {
+                std::printf("login em %lld ms\n", static_cast<long long>(relogio.elapsed()));
+                std::fflush(stdout);
+                std::_Exit(0);
+            });
+        }
+        splash.hide();
+        const bool ok = dlg.exec() == QDialog::Accepted;
+        if (ok) tabs.definirUsuario(orb::sessao().idUsuario);
+        return ok;
+    };
+    if (!login()) return 0;
+
+    orb::TMain principal(pasta, login);
+    QObject::connect(&guarda, &orb::InstanciaUnica::ativar, &principal, [&] { orb::trazerParaFrente(&principal); });
+    principal.FormShow();
+    const int r = app.exec();
+    orb::Tabs = nullptr;
+    return r;
 }

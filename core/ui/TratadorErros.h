@@ -1,0 +1,27 @@
+#pragma once
+// The one place unhandled errors end up: known data errors get a short message, anything else
+// the long one, a screenshot and a support report saved in "Erros"; the program keeps running.
+
+#include <QApplication>
+#include <exception>
+
+namespace orb {
+
+class Aplicacao : public QApplication {
+    Q_OBJECT
+public:
+    Aplicacao(int &argc, char **argv);
+    bool notify(QObject *receptor, QEvent *evento) override;
+};
+
+// Where "Erros" is created (the program's folder by default).
+void definirPastaErros(const QString &pasta);
+void Ae1Exception(const std::exception_ptr &e, QObject *sender = nullptr);
+
+// The short messages, decided from the error's kind.
+inline const QString kDataInvalida = QStringLiteral("Data inválida!");
+inline const QString kValorInvalido = QStringLiteral("Valor inválido!");
+inline const QString kDependentes =
+    QStringLiteral("Não foi possível excluir este registro pois existem registros dependentes do mesmo!");
+
+} // namespace orb
