@@ -131,7 +131,7 @@ int main(int argc, char *argv[])
     const Opcoes o = lerOpcoes(app.arguments());
     const QString pasta = QCoreApplication::applicationDirPath();
 
-    orb::InstanciaUnica guarda;
+    orb::InstanciaUnica guarda(qEnvironmentVariable("ORB_INSTANCIA"));  // tests give their own name
     if (!guarda.primeira()) return 0;  // the running copy comes to the front
 
     orb::TTabs tabs;

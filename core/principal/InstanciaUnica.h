@@ -11,15 +11,21 @@ namespace orb {
 class InstanciaUnica : public QObject {
     Q_OBJECT
 public:
+    // `nome` empty: "ORBManager-" plus the user's login name.
     explicit InstanciaUnica(const QString &nome = {}, QObject *parent = nullptr);
     ~InstanciaUnica() override;
-    // True when no other copy runs (this one then answers later starts).
+    const QString &nome() const { return nome_; }
+    // True when no other copy runs (this one then answers later starts); false after asking
+    // the running copy to come to the front.
     bool primeira();
 
 signals:
     void ativar();  // another start asked this copy to come to the front
 
 private:
+    bool pedirAtivacao();
+    void atender();
+
     QString nome_;
     QLocalServer *servidor_ = nullptr;
 };

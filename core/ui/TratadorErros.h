@@ -7,6 +7,8 @@
 
 namespace orb {
 
+// The program's application object: an exception escaping any event handler is reported by
+// Ae1Exception instead of ending the program.
 class Aplicacao : public QApplication {
     Q_OBJECT
 public:
@@ -14,9 +16,12 @@ public:
     bool notify(QObject *receptor, QEvent *evento) override;
 };
 
-// Where "Erros" is created (the program's folder by default).
+// Where "Erros" is created (the program's folder when empty).
 void definirPastaErros(const QString &pasta);
-void Ae1Exception(const std::exception_ptr &e, QObject *sender = nullptr);
+
+// Reports an error. Inside any catch block `Ae1Exception()` reports the one being handled.
+// Callable from any thread: the report is made in the GUI thread.
+void Ae1Exception(const std::exception_ptr &e = std::current_exception(), QObject *sender = nullptr);
 
 // The short messages, decided from the error's kind.
 inline const QString kDataInvalida = QStringLiteral("Data inválida!");

