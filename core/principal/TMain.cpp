@@ -13,6 +13,7 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QStatusBar>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QThread>
 #include <QTimer>
@@ -31,11 +32,18 @@ TMain::TMain(const QString &pastaPrograma, std::function<bool()> pedirLogin, QWi
     abas_->setDocumentMode(true);
     connect(abas_, &QTabWidget::tabCloseRequested, this, [this](int i) {
         QWidget *w = abas_->widget(i);
+        if (w == inicio_) return;
         if (auto *f = qobject_cast<FormCadastro *>(w); f && f->estado() != FormCadastro::Estado::Navegando) return;
         abas_->removeTab(i);
         w->deleteLater();  // a form lives as long as its tab
     });
     setCentralWidget(abas_);
+    inicio_ = new QLabel(this);
+    inicio_->setObjectName("TsInicio");
+    inicio_->setAlignment(Qt::AlignCenter);
+    inicio_->setTextFormat(Qt::RichText);
+    abas_->addTab(inicio_, "Início");
+    abas_->tabBar()->setTabButton(0, QTabBar::RightSide, nullptr);  // the home page stays
 
     stUsuario_ = new QLabel(this);
     stEmpresa_ = new QLabel(this);
@@ -109,7 +117,7 @@ void TMain::FormShow()
     Acesso();
     atualizarStatus();
     logoff_ = false;
-    show();
+    showMaximized();
 }
 
 void TMain::Acesso()
@@ -175,6 +183,18 @@ QWidget *TMain::abrirFormulario(const QString &grupoCaption, const QString &grup
 
 void TMain::atualizarStatus()
 {
+    QString empresa = par_.nome.isEmpty() ? QStringLiteral("SUA EMPRESA AQUI") : par_.nome.toHtmlEscaped();
+    QString suporte;
+    for (const QString &x : {par_.supNome, par_.supTel, par_.supWhatsapp, par_.supEmail, par_.supSite})
+        if (!x.isEmpty()) suporte += x.toHtmlEscaped() + "<br>";
+    const QString cab = par_.corCabecalho.isValid() ? par_.corCabecalho.name() : QStringLiteral("#2d4a66");
+    inicio_->setText(QString("<div style='color:%1'><span style='font-size:20pt; font-weight:600'>%2</span></div>"
+                             "<p style='font-size:12pt'>Bem-vindo(a), %3.</p>"
+                             "<p style='color:#555'>Escolha no menu acima o que deseja fazer. Nas telas de cadastro:<br>"
+                             "F2 inclui · F3 altera · F10 salva · Esc cancela · F5 exclui · Enter passa ao próximo campo</p>"
+                             "%4")
+                         .arg(cab, empresa, (sessao().apelido.isEmpty() ? sessao().usuario : sessao().apelido).toHtmlEscaped(),
+                              suporte.isEmpty() ? QString() : "<p style='color:#555'><b>Suporte técnico</b><br>" + suporte + "</p>"));
     const Sessao &s = sessao();
     stUsuario_->setText("Usuário: " + (s.apelido.isEmpty() ? s.usuario : s.apelido));
     stEmpresa_->setText("Empresa: " + (par_.nome.isEmpty() ? QStringLiteral("SUA EMPRESA AQUI") : par_.nome));
@@ -194,11 +214,7 @@ void TMain::EfetuarLogoff1Click()
     }
     logoff_ = true;
     hide();
-    while (abas_->count()) {
-        QWidget *w = abas_->widget(0);
-        abas_->removeTab(0);
-        delete w;
-    }
+    fecharAbas();
     Tabs->RollbackTransacoes();
     sessao() = Sessao{};
     if (pedirLogin_ && pedirLogin_()) {
@@ -207,6 +223,15 @@ void TMain::EfetuarLogoff1Click()
     }
     logoff_ = false;
     close();
+}
+
+void TMain::fecharAbas()
+{
+    while (abas_->count() > 1) {
+        QWidget *w = abas_->widget(1);
+        abas_->removeTab(1);
+        delete w;
+    }
 }
 
 void TMain::closeEvent(QCloseEvent *e)
@@ -232,11 +257,7 @@ void TMain::FormClose()
 {
     Tabs->Deb("procedure TMain.FormClose(Sender: TObject; var Action: TCloseAction)");
     for (QTimer *t : {TimerAgenda, TiMonOs, TimerSplash, Timer1}) t->stop();
-    while (abas_->count()) {
-        QWidget *w = abas_->widget(0);
-        abas_->removeTab(0);
-        delete w;
-    }
+    fecharAbas();
     Tabs->RollbackTransacoes();
 }
 

@@ -50,6 +50,7 @@ private:
     void montarMenu();
     void atualizarStatus();
     void FormClose();
+    void fecharAbas();
 
     QString pasta_;
     std::function<bool()> pedirLogin_;
@@ -57,6 +58,7 @@ private:
     QString nomeMenu_;
     QList<GrupoCatalogo> menu_;
     QTabWidget *abas_ = nullptr;
+    QLabel *inicio_ = nullptr;
     QLabel *stUsuario_ = nullptr, *stEmpresa_ = nullptr, *stData_ = nullptr, *stBanco_ = nullptr, *stSuporte_ = nullptr;
     bool logoff_ = false;
     QPointer<QThread> trabalhador_;

@@ -91,6 +91,7 @@ FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const Q
     connect(grade_->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] { mostrarRegistro(); });
 
     areaEdicao_ = new QWidget(this);
+    areaEdicao_->setMaximumWidth(900);  // long lines of fields are hard to read
     form_ = new QFormLayout(areaEdicao_);
     corpo_->addWidget(areaEdicao_, 1);
 
@@ -181,6 +182,10 @@ void FormCadastro::Botoes()
 
 void FormCadastro::habilitarEdicao(bool sim)
 {
+    if (!sim) {
+        for (QWidget *w : std::as_const(falhas_)) w->setPalette(QPalette());
+        falhas_.clear();
+    }
     for (QWidget *w : std::as_const(campos_)) w->setEnabled(sim);
 }
 
@@ -260,7 +265,13 @@ void FormCadastro::BtSalvarClick()
         recarregar(id);
     } catch (const Recusa &r) {
         Atencao(r.texto);
-        if (QWidget *w = campo(r.campo)) w->setFocus();
+        if (QWidget *w = campo(r.campo)) {
+            QPalette p = w->palette();
+            p.setColor(QPalette::Base, QColor(0xFF, 0xDD, 0xCC));
+            w->setPalette(p);
+            falhas_.insert(w);
+            w->setFocus();
+        }
     } catch (const db::ErroBanco &e) {
         Atencao(e.mensagem());
     }
@@ -301,6 +312,16 @@ void FormCadastro::BtExcluirClick()
 bool FormCadastro::eventFilter(QObject *o, QEvent *e)
 {
     // Enter moves to the next field, as users of this kind of program expect.
+    // The field with the focus wears the current-field colour; one that failed a check stays peach.
+    if (auto *w = qobject_cast<QWidget *>(o); w && campos_.values().contains(w)) {
+        if (e->type() == QEvent::FocusIn && !falhas_.contains(w)) Tabs->MudaCorEntrada(w);
+        if (e->type() == QEvent::FocusOut && !falhas_.contains(w)) Tabs->MudaCorSaida(w);
+        if (e->type() == QEvent::KeyPress && falhas_.contains(w)) {
+            falhas_.remove(w);
+            w->setPalette(QPalette());
+            Tabs->MudaCorEntrada(w);
+        }
+    }
     if (e->type() == QEvent::KeyPress) {
         auto *k = static_cast<QKeyEvent *>(e);
         if ((k->key() == Qt::Key_Return || k->key() == Qt::Key_Enter) && k->modifiers() == Qt::NoModifier

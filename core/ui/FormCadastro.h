@@ -8,6 +8,7 @@
 #include "ui/ModeloConsulta.h"
 
 #include <QHash>
+#include <QSet>
 #include <QWidget>
 
 class QComboBox;
@@ -86,6 +87,7 @@ private:
     int idEditado_ = 0;
     QHash<QString, QPushButton *> botoes_;
     QHash<QString, QWidget *> campos_;
+    QSet<QWidget *> falhas_;  // fields painted peach by a failed check
     QTableView *grade_ = nullptr;
     ModeloConsulta *modelo_ = nullptr;
     QFormLayout *form_ = nullptr;

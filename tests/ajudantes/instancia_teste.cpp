@@ -12,9 +12,9 @@
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
-    if (argc < 2) return 2;
+    if (argc < 2) return 100;
     orb::InstanciaUnica guarda(QString::fromLocal8Bit(argv[1]));
-    if (!guarda.primeira()) return 1;
+    if (!guarda.primeira()) return 101;  // well above any count of requests
     int vezes = 0;
     QObject::connect(&guarda, &orb::InstanciaUnica::ativar, [&vezes] {
         ++vezes;

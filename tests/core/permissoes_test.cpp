@@ -231,8 +231,8 @@ TEST_F(PermissoesTest, MainWindowShowsOnlyWhatTheLevelAllows)
 
     // Opening a permitted module puts it in a tab; the form refuses what the level forbids.
     acao("Usuarios1")->trigger();
-    ASSERT_EQ(w.abas()->count(), 1);
-    auto *f = qobject_cast<FormCadastro *>(w.abas()->widget(0));
+    ASSERT_EQ(w.abas()->count(), 2);  // the home page and the form
+    auto *f = qobject_cast<FormCadastro *>(w.abas()->widget(1));
     ASSERT_TRUE(f);
     f->BtExcluirClick();
     EXPECT_EQ(msg.avisos.value(0), kSemPermissao);

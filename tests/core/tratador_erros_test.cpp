@@ -1,0 +1,183 @@
+// The application-wide error handler: short messages by kind, the long one with its screenshot and
+// support report, errors escaping event handlers or raised in other threads.
+
+#include "acesso/Sessao.h"
+#include "dados/Tabs.h"
+#include "db/Erros.h"
+#include "ui/Mensagens.h"
+#include "ui/TratadorErros.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QLineEdit>
+#include <QRegularExpression>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <gtest/gtest.h>
+
+using namespace orb;
+
+namespace {
+
+struct TratadorErros : ::testing::Test {
+    MensageiroTeste msg;
+    QTemporaryDir dir;
+    TTabs tabs;
+    void SetUp() override
+    {
+        definirPastaErros(dir.path());
+        Tabs = &tabs;
+        for (int i = 0; i < 10; ++i) tabs.Deb(QString("procedure T.Rotina%1").arg(i));  // Rotina9 newest
+    }
+    void TearDown() override
+    {
+        Tabs = nullptr;
+        definirPastaErros({});
+        sessao() = Sessao{};
+    }
+    QStringList arquivos() const { return QDir(dir.filePath("Erros")).entryList(QDir::Files, QDir::Name); }
+    QString relatorio() const
+    {
+        for (const QString &a : arquivos())
+            if (a.endsWith(".html")) {
+                QFile f(dir.filePath("Erros/" + a));
+                return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
+            }
+        return {};
+    }
+};
+
+TEST_F(TratadorErros, KnownDataErrorsGetTheirShortMessageAndNoFiles)
+{
+    const struct { db::TipoErro tipo; QString texto; } casos[] = {
+        {db::TipoErro::DataInvalida, "Data inválida!"},
+        {db::TipoErro::NumeroInvalido, "Valor inválido!"},
+        {db::TipoErro::Dependentes, "Não foi possível excluir este registro pois existem registros dependentes do mesmo!"},
+    };
+    for (const auto &c : casos) {
+        msg.avisos.clear();
+        // English wording of another kind must not sway the decision.
+        Ae1Exception(std::make_exception_ptr(db::ErroBanco(c.tipo, "conversion error from string", "tecnico")));
+        EXPECT_EQ(msg.avisos, QStringList{c.texto});
+    }
+    EXPECT_TRUE(arquivos().isEmpty());
+}
+
+TEST_F(TratadorErros, AnythingElseGetsTheLongMessageTheScreenshotAndTheReport)
+{
+    const struct { std::exception_ptr erro; QString mensagem, classe, noRelatorio; } casos[] = {
+        {std::make_exception_ptr(std::runtime_error("disco cheio")), "disco cheio", "std::runtime_error",
+         "<b>Erro:</b> disco cheio<br>"},
+        {std::make_exception_ptr(db::ErroBanco(db::TipoErro::Conexao, "Servidor fora do ar", "Unable to complete network request")),
+         "Servidor fora do ar", "ErroBanco", "<b>Erro:</b> Servidor fora do ar - Unable to complete network request<br>"},
+        {std::make_exception_ptr(std::out_of_range("a < b & c")), "a < b & c", "std::out_of_range",
+         "<b>Erro:</b> a &lt; b &amp; c<br>"},
+        {std::make_exception_ptr(42), "Erro desconhecido", "int", "<b>ClassName(Erro):</b> int<br>"},
+    };
+    sessao().usuario = "MARIA";
+    QCoreApplication::setApplicationVersion("3.2.1");
+    for (const auto &c : casos) {
+        SCOPED_TRACE(c.classe.toStdString());
+        QDir(dir.filePath("Erros")).removeRecursively();
+        msg.avisos.clear();
+        const QDateTime antes = QDateTime::currentDateTime().addSecs(-1);
+        Ae1Exception(c.erro);
+
+        ASSERT_EQ(msg.avisos.size(), 1);
+        EXPECT_EQ(msg.avisos[0], "Este módulo está apresentando o seguinte erro: " + c.mensagem + "\n\nClassName: " + c.classe
+                                     + "\nHandler 0: procedure T.Rotina9\nHandler 1: procedure T.Rotina8\nHandler 2:procedure T.Rotina7"
+                                       "\n\nPara evitar problemas consequentes desse erro é aconselhável reiniciar o aplicativo.\n"
+                                       "O erro foi enviado para o suporte técnico. ");
+
+        const QStringList a = arquivos();
+        ASSERT_EQ(a.size(), 2) << a.join(' ').toStdString();
+        const auto m = QRegularExpression("^A_Erro(\\d{15})\\.html$").match(a[0]);
+        ASSERT_TRUE(m.hasMatch()) << a[0].toStdString();
+        EXPECT_EQ(a[1], "A_Erro" + m.captured(1) + ".jpg");
+        EXPECT_FALSE(QImage(dir.filePath("Erros/" + a[1])).isNull());
+        const QDateTime quando = QDateTime::fromString(m.captured(1), "ddMMyyhhmmsszzz").addYears(100);
+        EXPECT_TRUE(quando >= antes && quando <= QDateTime::currentDateTime()) << m.captured(1).toStdString();
+
+        const QString rel = relatorio();
+        EXPECT_TRUE(rel.contains(c.noRelatorio)) << rel.toStdString();
+        QStringList linhas = {"***************************", "<b>Versão:</b> 3.2.1", "<b>Atualizador:</b> ",
+                              "<b>Usuário:</b> MARIA", "<b>Nome do Computador:</b> " + QSysInfo::machineHostName(),
+                              "<b>Erro:</b> ", "<b>ClassName(Erro):</b> " + c.classe};
+        for (int i = 0; i < 10; ++i) linhas << QString("<b>Handler %1:</b> procedure T.Rotina%2").arg(i).arg(9 - i);
+        linhas << "<b>ActiveControl:</b> " << "<b>ActivePage:</b> " << "<b>Sender:</b> " << "***************************" << "";
+        const QStringList tem = rel.split("<br>");
+        ASSERT_EQ(tem.size(), linhas.size()) << rel.toStdString();
+        for (int i = 0; i < tem.size(); ++i) EXPECT_TRUE(tem[i].startsWith(linhas[i])) << tem[i].toStdString();
+    }
+    QCoreApplication::setApplicationVersion({});
+}
+
+// The report names where the user was: the focused control, the window's current tab, the sender.
+TEST_F(TratadorErros, TheReportTellsWhereTheUserWas)
+{
+    QWidget janela;
+    janela.setWindowTitle("Clientes");
+    auto *abas = new QTabWidget(&janela);
+    abas->addTab(new QWidget, "Geral");
+    auto *edt = new QLineEdit;
+    edt->setObjectName("edtLimite");
+    abas->addTab(edt, "Financeiro");
+    (new QVBoxLayout(&janela))->addWidget(abas);
+    abas->setCurrentIndex(1);
+    janela.show();
+    QApplication::setActiveWindow(&janela);
+    edt->setFocus();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&janela));
+    QObject botao;
+    botao.setObjectName("btnGravar");
+
+    Ae1Exception(std::make_exception_ptr(std::logic_error("x")), &botao);
+    const QString rel = relatorio();
+    for (const char *parte : {"<b>ActiveControl:</b> edtLimite<br>", "<b>ActivePage:</b> Financeiro<br>", "<b>Sender:</b> btnGravar<br>"})
+        EXPECT_TRUE(rel.contains(parte)) << parte << "\n" << rel.toStdString();
+}
+
+// A catch-all in plain code reports the error being handled.
+TEST_F(TratadorErros, FromACatchAll)
+{
+    try {
+        throw db::ErroBanco(db::TipoErro::NumeroInvalido, "m", "t");
+    } catch (...) {
+        Ae1Exception();
+    }
+    EXPECT_EQ(msg.avisos, QStringList{"Valor inválido!"});
+}
+
+// Errors escaping event handlers, of any kind, end in the handler and the program goes on.
+TEST_F(TratadorErros, EscapingEventHandlersTheProgramGoesOn)
+{
+    ASSERT_TRUE(qobject_cast<Aplicacao *>(qApp)) << "the tests' entry point must create the program's application";
+    int depois = 0;
+    QTimer::singleShot(0, [] { throw db::ErroBanco(db::TipoErro::DataInvalida, "m", "t"); });
+    QTimer::singleShot(0, [] { throw std::runtime_error("falhou no timer"); });
+    QTimer::singleShot(0, [] { throw 7; });
+    QTimer::singleShot(5, [&] { ++depois; });
+    QTRY_COMPARE_WITH_TIMEOUT(depois, 1, 2000);
+    ASSERT_EQ(msg.avisos.size(), 3);
+    EXPECT_EQ(msg.avisos[0], "Data inválida!");
+    EXPECT_TRUE(msg.avisos[1].startsWith("Este módulo está apresentando o seguinte erro: falhou no timer\n"));
+    EXPECT_TRUE(msg.avisos[2].contains("\nClassName: int\n"));
+    EXPECT_EQ(arquivos().size(), 4);
+}
+
+// Boxes and screenshots belong to the GUI thread: a worker's error is shown from there.
+TEST_F(TratadorErros, FromAnotherThreadIsShownInTheGuiThread)
+{
+    std::unique_ptr<QThread> t(QThread::create([] { Ae1Exception(std::make_exception_ptr(std::runtime_error("no trabalhador"))); }));
+    t->start();
+    ASSERT_TRUE(t->wait(5000));
+    EXPECT_TRUE(msg.avisos.isEmpty());
+    QTRY_COMPARE_WITH_TIMEOUT(msg.avisos.size(), 1, 2000);
+    EXPECT_TRUE(msg.avisos[0].contains("no trabalhador"));
+}
+
+} // namespace
