@@ -9,6 +9,7 @@
 #include <firebird/Interface.h>
 #include <cstring>
 
+#include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <cstdio>
@@ -143,6 +144,43 @@ void AcessoModulosUmaVez(benchmark::State &st)
     orb::Tabs = nullptr;
 }
 
+// The program from its start to the login window on an up-to-date local database.
+QString bancoInicio()
+{
+    static QString arq;
+    if (arq.isEmpty()) {
+        arq = pasta.filePath("inicio/ORBManager.fdb");
+        QDir().mkpath(pasta.filePath("inicio"));
+        db::Conexao c;
+        c.banco = arq;
+        esquema::criarBanco(c);  // closed again: the program opens it alone
+    }
+    return arq;
+}
+
+void rodar(const QStringList &args, bool medir)
+{
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    env.insert("ORB_INSTANCIA", "orb-bench-inicio");
+    if (medir) env.insert("ORB_MEDIR_INICIO", "1");
+    p.setProcessEnvironment(env);
+    p.start(ORB_PROGRAMA, args);
+    p.waitForFinished(60000);
+}
+
+void PisoProcesso(benchmark::State &st)
+{
+    for (auto _ : st) rodar({"--help"}, false);
+}
+
+void InicioAteLogin(benchmark::State &st)
+{
+    const QString arq = bancoInicio();
+    for (auto _ : st) rodar({"--database", arq}, true);
+}
+
 // Keeps each benchmark's time per iteration for the ratios printed at the end.
 struct Coletor : benchmark::ConsoleReporter {
     std::map<std::string, double> tempos;
@@ -162,6 +200,8 @@ BENCHMARK(InsercoesCamada)->Unit(benchmark::kMillisecond);
 BENCHMARK(PisoIdaEVolta)->Unit(benchmark::kMicrosecond);
 BENCHMARK(NovoCodigo100Mil)->Unit(benchmark::kMillisecond);
 BENCHMARK(AcessoModulosUmaVez)->Unit(benchmark::kMicrosecond);
+BENCHMARK(PisoProcesso)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(InicioAteLogin)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 int main(int argc, char **argv)
 {
@@ -177,6 +217,7 @@ int main(int argc, char **argv)
     razao("InsercoesCamada", "PisoInsercoesApi");
     razao("NovoCodigo100Mil", "PisoIdaEVolta");
     razao("AcessoModulosUmaVez", "PisoIdaEVolta");
+    razao("InicioAteLogin/iterations:5", "PisoProcesso/iterations:5");
     banco.reset();
     return 0;
 }

@@ -3,8 +3,8 @@
 #include "dados/Tabs.h"
 #include "ui/Mensagens.h"
 
-#include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -14,28 +14,81 @@
 
 namespace orb {
 
+namespace {
+
+bool ehEnter(QEvent *e)
+{
+    if (e->type() != QEvent::KeyPress) return false;
+    const auto *k = static_cast<QKeyEvent *>(e);
+    return (k->key() == Qt::Key_Return || k->key() == Qt::Key_Enter) && k->modifiers() == Qt::NoModifier;
+}
+
+QLineEdit *campoSenha(QWidget *pai, const QString &nome)
+{
+    auto *e = new QLineEdit(pai);
+    e->setObjectName(nome);
+    e->setEchoMode(QLineEdit::Password);
+    e->setMaxLength(kTamanhoSenha);
+    return e;
+}
+
+QLabel *cabecalho(const QString &texto, QWidget *pai)
+{
+    auto *l = new QLabel(texto, pai);
+    QFont f = l->font();
+    f.setPointSizeF(f.pointSizeF() * 1.6);
+    f.setBold(true);
+    l->setFont(f);
+    l->setAlignment(Qt::AlignCenter);
+    l->setStyleSheet("color: #2d4a66");
+    return l;
+}
+
+} // namespace
+
+// ---------------------------------------------------------------- TTrocaSenha
+
 TTrocaSenha::TTrocaSenha(db::Banco &b, int idUsuario, QWidget *parent) : QDialog(parent), b_(b), id_(idUsuario)
 {
     setObjectName("TTrocaSenha");
     setWindowTitle("ORB Manager - Troca de Senha");
+    setMinimumWidth(360);
     auto *l = new QVBoxLayout(this);
-    l->addWidget(new QLabel("Esta é a senha inicial da instalação.\nEscolha uma nova senha antes de continuar.", this));
+    l->setContentsMargins(18, 14, 18, 14);
+    auto *explica = new QLabel("Esta é a senha inicial da instalação.\nEscolha uma nova senha antes de continuar.", this);
+    l->addWidget(explica);
     auto *f = new QFormLayout;
-    nova_ = new QLineEdit(this);
-    confirmacao_ = new QLineEdit(this);
-    for (QLineEdit *e : {nova_, confirmacao_}) {
-        e->setEchoMode(QLineEdit::Password);
-        e->setMaxLength(10);
-    }
+    f->setLabelAlignment(Qt::AlignRight);
+    nova_ = campoSenha(this, "EdNovaSenha");
+    confirmacao_ = campoSenha(this, "EdConfirmacao");
     f->addRow("Nova senha", nova_);
     f->addRow("Confirmação", confirmacao_);
     l->addLayout(f);
-    auto *bb = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    bb->button(QDialogButtonBox::Ok)->setText("Salvar");
-    bb->button(QDialogButtonBox::Cancel)->setText("Cancelar");
-    connect(bb, &QDialogButtonBox::accepted, this, &TTrocaSenha::BtSalvarClick);
-    connect(bb, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    l->addWidget(bb);
+    auto *botoes = new QHBoxLayout;
+    salvar_ = new QPushButton("Salvar", this);
+    salvar_->setObjectName("BtSalvar");
+    auto *cancelar = new QPushButton("Cancelar", this);
+    botoes->addStretch();
+    botoes->addWidget(salvar_);
+    botoes->addWidget(cancelar);
+    l->addSpacing(6);
+    l->addLayout(botoes);
+    connect(salvar_, &QPushButton::clicked, this, &TTrocaSenha::BtSalvarClick);
+    connect(cancelar, &QPushButton::clicked, this, &QDialog::reject);
+    nova_->installEventFilter(this);
+    confirmacao_->installEventFilter(this);
+    nova_->setFocus();
+}
+
+bool TTrocaSenha::eventFilter(QObject *o, QEvent *e)
+{
+    // Enter goes from the new password to its confirmation, and from there saves.
+    if (ehEnter(e)) {
+        if (o == nova_) confirmacao_->setFocus();
+        else BtSalvarClick();
+        return true;
+    }
+    return QDialog::eventFilter(o, e);
 }
 
 void TTrocaSenha::BtSalvarClick()
@@ -48,11 +101,19 @@ void TTrocaSenha::BtSalvarClick()
         accept();
     } catch (const Recusa &r) {
         Atencao(r.texto);
-        (r.campo == "confirmacao" ? confirmacao_ : nova_)->setFocus();
+        if (r.campo == "confirmacao") {
+            confirmacao_->clear();
+            confirmacao_->setFocus();
+        } else {
+            nova_->selectAll();
+            nova_->setFocus();
+        }
     } catch (const db::ErroBanco &e) {
         Atencao(e.mensagem());
     }
 }
+
+// ---------------------------------------------------------------- TLogin
 
 TLogin::TLogin(db::Banco &b, QWidget *parent) : QDialog(parent), b_(b)
 {
@@ -60,21 +121,23 @@ TLogin::TLogin(db::Banco &b, QWidget *parent) : QDialog(parent), b_(b)
     setWindowTitle("ORB Manager - Autenticação");
     setMinimumWidth(380);
     auto *l = new QVBoxLayout(this);
-    auto *titulo = new QLabel("<h2>ORB Manager</h2>", this);
-    titulo->setAlignment(Qt::AlignCenter);
-    l->addWidget(titulo);
+    l->setContentsMargins(24, 18, 24, 16);
+    l->addWidget(cabecalho("ORB Manager", this));
+    l->addSpacing(10);
     auto *f = new QFormLayout;
+    f->setLabelAlignment(Qt::AlignRight);
     usuario_ = new QLineEdit(this);
     usuario_->setObjectName("EdUsuario");
-    usuario_->setMaxLength(20);
-    senha_ = new QLineEdit(this);
-    senha_->setObjectName("EdSenha");
-    senha_->setEchoMode(QLineEdit::Password);
+    usuario_->setMaxLength(20);  // TBCAD.USUARIO
+    senha_ = campoSenha(this, "EdSenha");
     f->addRow("Usuário", usuario_);
     f->addRow("Senha", senha_);
     l->addLayout(f);
     aviso_ = new QLabel(this);
+    aviso_->setObjectName("LbAviso");
+    aviso_->setAlignment(Qt::AlignCenter);
     aviso_->setStyleSheet("color: #a04000");
+    aviso_->setMinimumHeight(aviso_->fontMetrics().height() + 4);  // no jump when the countdown appears
     l->addWidget(aviso_);
     auto *botoes = new QHBoxLayout;
     entrar_ = new QPushButton("Entrar", this);
@@ -96,43 +159,46 @@ TLogin::TLogin(db::Banco &b, QWidget *parent) : QDialog(parent), b_(b)
 
 bool TLogin::eventFilter(QObject *o, QEvent *e)
 {
-    if (e->type() == QEvent::KeyPress) {
-        const int k = static_cast<QKeyEvent *>(e)->key();
-        if (k == Qt::Key_Return || k == Qt::Key_Enter) {
-            // Enter goes from the user name to the password, and from there logs in.
-            if (o == usuario_) senha_->setFocus();
-            else if (entrar_->isEnabled()) BtEntrarClick();
-            return true;
-        }
+    // Enter goes from the user name to the password, and from there logs in.
+    if (ehEnter(e)) {
+        if (o == usuario_) senha_->setFocus();
+        else if (entrar_->isEnabled()) BtEntrarClick();
+        return true;
     }
     return QDialog::eventFilter(o, e);
 }
 
 void TLogin::atualizarEspera()
 {
-    const int s = tentativas_.espera(QDateTime::currentDateTime());
+    const int s = tentativas_.espera(agora());
     entrar_->setEnabled(s == 0);
     aviso_->setText(s ? QString("Aguarde %1 segundos para tentar novamente.").arg(s) : QString());
-    if (!s) relogio_->stop();
+    if (s) relogio_->start();
+    else relogio_->stop();
 }
 
 void TLogin::BtEntrarClick()
 {
     if (Tabs) Tabs->Deb("procedure TLogin.BtEntrarClick(Sender: TObject)");
-    if (tentativas_.espera(QDateTime::currentDateTime()) > 0) return;
+    if (tentativas_.espera(agora()) > 0) return;
     try {
         db::Transacao t(b_, db::Modo::Leitura);
         const ResultadoLogin r = autenticar(t, usuario_->text(), senha_->text());
         t.commit();
         if (r.precisaTrocarSenha) {
             TTrocaSenha troca(b_, r.sessao.idUsuario, this);
-            if (!executarTroca(troca)) return;
+            if (!executarTroca(troca)) {
+                // Not logged in until the first password is gone; start over from the password.
+                senha_->clear();
+                senha_->setFocus();
+                return;
+            }
         }
         tentativas_.acertou();
         sessao() = r.sessao;
         accept();
     } catch (const Recusa &r) {
-        tentativas_.falhou(QDateTime::currentDateTime());
+        tentativas_.falhou(agora());
         Atencao(r.texto);
         if (r.campo == "senha") {
             senha_->clear();
@@ -142,7 +208,6 @@ void TLogin::BtEntrarClick()
             usuario_->setFocus();
         }
         atualizarEspera();
-        if (!entrar_->isEnabled()) relogio_->start();
     } catch (const db::ErroBanco &e) {
         Atencao(e.mensagem());
     }

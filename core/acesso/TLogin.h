@@ -4,6 +4,7 @@
 #include "acesso/Login.h"
 
 #include <QDialog>
+#include <functional>
 
 class QLabel;
 class QLineEdit;
@@ -18,12 +19,17 @@ public:
     TTrocaSenha(db::Banco &b, int idUsuario, QWidget *parent = nullptr);
     QLineEdit *nova() const { return nova_; }
     QLineEdit *confirmacao() const { return confirmacao_; }
+    QPushButton *salvar() const { return salvar_; }
     void BtSalvarClick();
+
+protected:
+    bool eventFilter(QObject *o, QEvent *e) override;
 
 private:
     db::Banco &b_;
     int id_;
     QLineEdit *nova_, *confirmacao_;
+    QPushButton *salvar_;
 };
 
 class TLogin : public QDialog {
@@ -33,9 +39,13 @@ public:
     QLineEdit *usuario() const { return usuario_; }
     QLineEdit *senha() const { return senha_; }
     QPushButton *entrar() const { return entrar_; }
+    QLabel *aviso() const { return aviso_; }
     void BtEntrarClick();
-    // How the password change is run; tests drive the dialog themselves.
+
+    // How the password change is run (modal by default).
     std::function<bool(TTrocaSenha &)> executarTroca = [](TTrocaSenha &d) { return d.exec() == QDialog::Accepted; };
+    // The clock the slow-down counts on; tests move it instead of sleeping.
+    std::function<QDateTime()> agora = [] { return QDateTime::currentDateTimeUtc(); };
 
 protected:
     bool eventFilter(QObject *o, QEvent *e) override;

@@ -7,6 +7,8 @@ class QLineEdit;
 
 namespace orb {
 
+struct Configuracao;
+
 class TConfig : public QDialog {
     Q_OBJECT
 public:
@@ -14,11 +16,15 @@ public:
     QLineEdit *servidor() const { return servidor_; }
     QLineEdit *porta() const { return porta_; }
     QLineEdit *pasta() const { return pasta_; }
+    QLineEdit *compartilhamento() const { return compartilhamento_; }
     void BtTestarClick();
     void BtSalvarClick();
 
+protected:
+    bool eventFilter(QObject *o, QEvent *e) override;
+
 private:
-    struct Configuracao lida() const;
+    Configuracao lida() const;
     QString pastaPrograma_;
     QLineEdit *servidor_, *porta_, *pasta_, *compartilhamento_;
 };

@@ -11,12 +11,16 @@ TSplash::TSplash(QWidget *parent) : QWidget(parent, Qt::SplashScreen | Qt::Frame
 {
     setObjectName("TSplash");
     setFixedSize(440, 200);
-    setStyleSheet("TSplash { background: #f4f6f8; border: 1px solid #9aa5b1; }");
+    // By object name: a type selector would need the namespace spelled "orb--TSplash".
+    setAttribute(Qt::WA_StyledBackground);
+    setStyleSheet("#TSplash { background: #f4f6f8; border: 1px solid #9aa5b1; }");
     auto *l = new QVBoxLayout(this);
+    l->setContentsMargins(24, 16, 24, 20);
     auto *nome = new QLabel("<span style='font-size:22pt; font-weight:600; color:#2d4a66'>ORB Manager</span>", this);
     nome->setAlignment(Qt::AlignCenter);
     l->addWidget(nome, 1);
     texto_ = new QLabel(this);
+    texto_->setObjectName("LbStatus");
     texto_->setAlignment(Qt::AlignCenter);
     l->addWidget(texto_);
     barra_ = new QProgressBar(this);
