@@ -101,20 +101,6 @@ TEST(Parametros, EmpresaPreenchidaEParametrosSaoLidos)
     EXPECT_EQ(s(p.email), "contato@boavista.com.br");
 }
 
-TEST(Parametros, SemLinhaDeParametrosValemOsPadroes)
-{
-    teste::BancoTemporario bt;
-    db::Transacao t(bt.banco());
-    db::executar(t, "Delete From TbParGlobais");
-    const ParametrosGlobais p = lerParametros(t);
-    EXPECT_EQ(s(p.ramo), "CO");
-    EXPECT_EQ(p.idEmpresa, 0);
-    EXPECT_EQ(s(p.nome), "");
-    EXPECT_TRUE(p.dataAtual.isValid());
-}
-
-// ---- corDoBanco ----
-
 TEST(Parametros, CorDoBanco)
 {
     struct { QVariant valor; QColor esperada; } casos[] = {
@@ -202,21 +188,6 @@ TEST(Clinica, EtapasEStatus)
         EXPECT_EQ(q["OP"].toInt(), 8);
     }
     EXPECT_FALSE(q.proxima());
-}
-
-TEST(Clinica, ItemConvenioEConsultorio)
-{
-    teste::BancoTemporario bt;
-    db::Transacao t(bt.banco());
-    semearClinica(t);
-    EXPECT_EQ(s(db::escalar(t, "Select Descricao || '/' || Tipo From TbItens Where Id = 1").toString()), "CONSULTA/P");
-    // The generator moved past the ID given by hand, so the next item can be saved.
-    EXPECT_NO_THROW(db::executar(t, "Insert Into TbItens (Descricao, Tipo) Values ('EXAME', 'P')"));
-    EXPECT_EQ(s(db::escalar(t, "Select Pessoa || '/' || RazaoSocial || '/' || Apelido From TbCad "
-                               "Where Cv = 'S' and Nome = 'PARTICULAR'").toString()), "J/PARTICULAR/PARTICULAR");
-    EXPECT_EQ(s(db::escalar(t, "Select List(Consultorio) From TbConsultorios").toString()), "CONSULTORIO 1");
-    // Seeded people get codes after the installation's own.
-    EXPECT_EQ(contar(t, "Select Count(Distinct Codigo) From TbCad"), contar(t, "Select Count(*) From TbCad"));
 }
 
 TEST(Clinica, MedicoComNivelSenhaESemana)

@@ -1,0 +1,335 @@
+// The commercial registry's rules against a real database: documents, modes, the browse query,
+// new-record defaults, the collected save refusals, user data, the situation and the delete order.
+
+#include "Comercial.h"
+#include "acesso/Login.h"
+#include "apoio/BancoTeste.h"
+
+#include <gtest/gtest.h>
+
+using namespace orb;
+
+namespace {
+
+const QDate kHoje(2026, 3, 10);
+
+struct ComercialTest : ::testing::Test {
+    teste::BancoTemporario bt;
+    db::Transacao t{bt.banco()};
+    Sessao atual{2, "ADMIN", "ADMIN", "A", 1, 999};
+
+    // A row put in directly, around the rules, as older data or other modules leave it.
+    int inserir(Valores v)
+    {
+        v.try_emplace("CODIGO", proximoCodigo(t, "TBCAD"));
+        QStringList c;
+        std::map<QString, QVariant> p;
+        for (const auto &[k, x] : v) c << k, p[k] = x;
+        return db::escalar(t, "Insert Into TbCad (" + c.join(", ") + ") Values (:" + c.join(", :") + ") Returning Id", p).toInt();
+    }
+    void situacao(int fk, const QDate &d, const QString &s, QVariant rep = {})
+    {
+        db::executar(t, "Insert Into TbCadSit (Fk, Data, Situacao, IdRep) Values (:FK, :D, :S, :R)",
+                     {{"FK", fk}, {"D", d}, {"S", s}, {"R", rep}});
+    }
+    QVariant ler(int id, const QString &col) { return db::escalar(t, "Select " + col + " From TbCad Where Id = :ID", {{"ID", id}}); }
+    int contar(const QString &sql, int id = 0)
+    {
+        return db::escalar(t, sql, sql.contains(":ID") ? std::map<QString, QVariant>{{"ID", id}} : std::map<QString, QVariant>{}).toInt();
+    }
+    // Names the browse query lists, in its order, and the situation column by name.
+    QStringList listar(const BuscaCadastro &b, QMap<QString, QString> *sit = nullptr)
+    {
+        db::Consulta q(t, b.sql);
+        for (const auto &[k, x] : b.parametros) q.bind(k, x);
+        q.executar();
+        QStringList r;
+        while (q.proxima()) {
+            r << q["NOME"].toString();
+            if (sit) (*sit)[r.last()] = q["Z_SITUACAO"].toString();
+        }
+        return r;
+    }
+    // A record the save accepts, to be spoiled by each case.
+    Valores valido(const QString &pessoa, const QString &papel)
+    {
+        Valores v{{"CODIGO", proximoCodigo(t, "TBCAD")}, {"NOME", "FULANO"}, {"APELIDO", "FU"}, {"PESSOA", pessoa}, {papel, "S"}};
+        if (pessoa == "J") v["RAZAOSOCIAL"] = "FULANO LTDA";
+        return v;
+    }
+};
+
+TEST(CpfCnpj, CheckDigits)
+{
+    const struct { QString doc; bool cpf, cnpj; } casos[] = {
+        {"52998224725", true, false},         {"529.982.247-25", true, false},      {"98765432100", true, false},
+        {"52998224724", false, false},        {"52998224735", false, false},        {"11111111111", false, false},
+        {"00000000000", false, false},        {"5299822472", false, false},         {"529982247250", false, false},
+        {"529.982.247-2x", false, false},     {"", false, false},                   {"11222333000181", false, true},
+        {"11.222.333/0001-81", false, true},  {"12345678000195", false, true},      {"11222333000182", false, false},
+        {"11222333000191", false, false},     {"22222222222222", false, false},     {"1122233300018", false, false},
+    };
+    for (const auto &c : casos) {
+        EXPECT_EQ(cpfValido(c.doc), c.cpf) << c.doc.toStdString();
+        EXPECT_EQ(cnpjValido(c.doc), c.cnpj) << c.doc.toStdString();
+    }
+}
+
+TEST(ComercialModos, FlagCaptionAndPerson)
+{
+    const struct { QString cod, flag, titulo, pessoa; } casos[] = {
+        {"Cl", "CL", "Clientes", "F"},    {"Fo", "FO", "Fornecedores", "J"}, {"Tr", "TR", "Transportadoras", "J"},
+        {"Re", "RE", "Vendedores", "F"},  {"Fu", "FU", "Funcionarios", "F"}, {"Em", "EM", "Empresas", "J"},
+        {"Md", "MD", "Médicos", "F"},     {"Es", "MD", "Especialistas", "F"}, {"Pr", "CL", "Proprietários", "F"},
+        {"Me", "CO", "Membros", "F"},     {"Mm", "CO", "Membros", "F"},       {"Co", "CO", "Condôminos", "J"},
+        {"Cv", "CV", "Convênios", "J"},   {"", "", "Cadastros", "F"},
+    };
+    for (const auto &c : casos) {
+        const ModoCadastro m = modoCadastro(c.cod);
+        EXPECT_EQ(m.flag, c.flag) << c.cod.toStdString();
+        EXPECT_EQ(m.titulo, c.titulo);
+        EXPECT_EQ(m.pessoaInicial, c.pessoa);
+    }
+    EXPECT_THROW(modoCadastro("Xx"), std::invalid_argument);
+}
+
+TEST_F(ComercialTest, NewRecordDefaultsPerMode)
+{
+    const int cidade = db::escalar(t, "Insert Into TbCidades (Cidade, Uf, Cep) Values ('MARINGA', 'PR', '87000000') Returning Id").toInt();
+    db::executar(t, "Update TbCad Set IdCidade = :C, Cep = '87010000' Where Id = 1", {{"C", cidade}});
+    inserir({{"NOME", "X"}, {"CODIGO", 41}});
+    const QDateTime agora(kHoje, QTime(9, 30));
+    for (const QString cod : {"Cl", "Fo", "Em", "Md", "Co", "Cv", "Pr", ""}) {
+        SCOPED_TRACE(cod.toStdString());
+        const ModoCadastro m = modoCadastro(cod);
+        Valores v = novoCadastro(t, m, agora);
+        EXPECT_EQ(v["CODIGO"].toInt(), 42);
+        EXPECT_EQ(v["DATACADASTRO"].toDateTime(), agora);
+        for (const QString &f : kPapeis) EXPECT_EQ(v[f].toString(), f == m.flag ? "S" : "N") << f.toStdString();
+        EXPECT_EQ(v["PESSOA"].toString(), m.pessoaInicial);
+        EXPECT_EQ(v["TIPOCLIENTE"].toString(), "V");
+        EXPECT_EQ(v["SEXO"].toString(), m.pessoaInicial == "F" ? "M" : "");
+        EXPECT_EQ(v["ESTADOCIVIL"].toString(), m.pessoaInicial == "F" ? "SOLTEIRO(A)" : "");
+        EXPECT_EQ(v["IDCIDADE"].toInt(), cidade);
+        EXPECT_EQ(v["CEP"].toString(), "87010000");
+    }
+}
+
+TEST_F(ComercialTest, BrowseFiltersSearchesAndHidesAdmin)
+{
+    const int ana = inserir({{"NOME", "ANA"}, {"APELIDO", "NINA"}, {"CL", "S"}, {"PESSOA", "F"}, {"CPF", "52998224725"},
+                             {"TELEFONE1", "4432221111"}, {"NUMID", "RG778"}});
+    inserir({{"NOME", "BETA LTDA"}, {"RAZAOSOCIAL", "BETA COMERCIO"}, {"FO", "S"}, {"PESSOA", "J"},
+             {"CNPJ", "11222333000181"}, {"CPFSOCIO2", "52998224725"}, {"INSCRESTADUAL", "ISENTO"}});
+    inserir({{"NOME", "CARGA"}, {"TR", "S"}, {"CODIGO", 77}});
+    inserir({{"NOME", "ADMIN DOIS"}, {"USUARIO", "ADMIN"}, {"CL", "S"}});  // whoever holds the login stays hidden
+    situacao(ana, kHoje.addDays(-1), "A");
+    situacao(ana, kHoje.addDays(1), "I");
+
+    const struct { QString modo, ordem, texto; QList<QString> ver; QStringList nomes; } casos[] = {
+        {"Cl", "NOME", "", {}, {"ANA"}},
+        {"Cl", "NOME", "", {"Ver Fornecedores", "Ver Transportadoras"}, {"ANA", "BETA LTDA", "CARGA"}},
+        {"", "NOME", "", {}, {"ANA", "BETA LTDA", "CARGA", "SUA EMPRESA AQUI"}},
+        {"", "NOME", "", {"Ver Transportadoras"}, {"CARGA"}},
+        {"", "NOME", "admin", {}, {}},
+        {"", "APELIDO", "nin", {}, {"ANA"}},
+        {"", "RAZÃO SOCIAL", "comercio", {}, {"BETA LTDA"}},
+        {"", "CPF", "529.982.247-25", {}, {"ANA", "BETA LTDA"}},
+        {"Cl", "CPF", "52998224725", {}, {"ANA"}},
+        {"", "CNPJ", "11.222.333/0001-81", {}, {"BETA LTDA"}},
+        {"", "CÓDIGO", "77", {}, {"CARGA"}},
+        {"", "CÓDIGO", "sete", {}, {}},
+        {"", "TELEFONE", "(44)3222", {}, {"ANA"}},
+        {"", "IDENTIDADE", "778", {}, {"ANA"}},
+        {"", "INSCR. ESTADUAL", "ISENTO", {}, {"BETA LTDA"}},
+        {"", "INSCR. MUNICIPAL", "ISENTO", {}, {}},
+    };
+    for (const auto &c : casos) {
+        SCOPED_TRACE((c.modo + "/" + c.ordem + "/" + c.texto).toStdString());
+        QStringList achados = listar(sqlBusca(modoCadastro(c.modo), c.ordem, c.texto, c.ver, kHoje));
+        achados.sort();
+        EXPECT_EQ(achados, c.nomes);
+    }
+    EXPECT_EQ(listar(sqlBusca(modoCadastro(""), "CÓDIGO", "", {}, kHoje)), QStringList({"SUA EMPRESA AQUI", "ANA", "BETA LTDA", "CARGA"}));
+    QMap<QString, QString> sit;
+    listar(sqlBusca(modoCadastro("Cl"), "NOME", "", {}, kHoje), &sit);
+    EXPECT_EQ(sit["ANA"], "A");  // tomorrow's "I" is not current yet
+    listar(sqlBusca(modoCadastro("Cl"), "NOME", "", {}, kHoje.addDays(1)), &sit);
+    EXPECT_EQ(sit["ANA"], "I");
+}
+
+TEST_F(ComercialTest, CurrentSituation)
+{
+    const struct { QList<QPair<int, QString>> linhas; QString atual; } casos[] = {
+        {{{-1, "A"}, {1, "I"}}, "A"}, {{{-5, "A"}, {0, "B"}}, "B"}, {{{1, "I"}}, ""}, {{}, ""}, {{{-2, "A"}, {-2, "B"}}, "B"},
+    };
+    for (const auto &c : casos) {
+        const int id = inserir({{"NOME", "S"}});
+        for (const auto &[dias, s] : c.linhas) situacao(id, kHoje.addDays(dias), s);
+        EXPECT_EQ(situacaoAtual(t, id, kHoje), c.atual);
+    }
+}
+
+TEST_F(ComercialTest, RepeatedDocumentsAndCodes)
+{
+    const int ana = inserir({{"NOME", "ANA"}, {"CPF", "52998224725"}, {"CODIGO", 50}});
+    inserir({{"NOME", "VAZIO"}, {"CNPJ", ""}});
+    const struct { int id; QString col, valor, msg; } casos[] = {
+        {0, "CPF", "529.982.247-25", kCpfExistente}, {ana, "CPF", "52998224725", ""}, {0, "CPF", "", ""},
+        {0, "CPF", "11144477735", ""}, {0, "CNPJ", "", ""}, {0, "CNPJ", "11222333000181", ""},
+    };
+    for (const auto &c : casos) EXPECT_EQ(documentoRepetido(t, c.id, c.col, c.valor), c.msg) << c.valor.toStdString();
+    inserir({{"NOME", "BETA"}, {"CNPJ", "11222333000181"}});
+    EXPECT_EQ(documentoRepetido(t, 0, "CNPJ", "11.222.333/0001-81"), kCnpjExistente);
+    EXPECT_TRUE(codigoRepetido(t, 0, 50));
+    EXPECT_FALSE(codigoRepetido(t, ana, 50));
+    EXPECT_FALSE(codigoRepetido(t, 0, 99));
+}
+
+TEST_F(ComercialTest, SaveCollectsEveryMissingFieldAndWritesNothing)
+{
+    const int antes = contar("Select Count(*) From TbCad");
+    const QList<Valores> amanha = {{{"SITUACAO", "A"}, {"DATA", kHoje.addDays(1)}}};
+    const struct { QString modo; Valores v; QList<Valores> sits; QStringList campos; } casos[] = {
+        {"Cl", {{"CODIGO", 1}, {"PESSOA", "J"}, {"CL", "S"}, {"NOME", " "}}, amanha,
+         {"CODIGO", "NOME", "APELIDO", "RAZAOSOCIAL", "CNPJ", "TBCADSIT"}},
+        {"Md", {{"PESSOA", "F"}, {"NOME", "X"}, {"RAZAOSOCIAL", "Y"}}, {},
+         {"CODIGO", "APELIDO", "CL", "TBCADMEDSIT"}},
+        {"Cl", valido("J", "CL"), {}, {"CNPJ"}},
+    };
+    for (const auto &c : casos) {
+        try {
+            salvarCadastro(t, 0, c.v, modoCadastro(c.modo), c.sits, atual, kHoje);
+            ADD_FAILURE() << "saved " << c.campos.join(",").toStdString();
+        } catch (const RecusaCampos &r) {
+            EXPECT_EQ(r.campos, c.campos);
+            EXPECT_EQ(r.campo, c.campos.first());
+        }
+    }
+    try {
+        salvarCadastro(t, 0, casos[0].v, modoCadastro("Cl"), amanha, atual, kHoje);
+    } catch (const RecusaCampos &r) {
+        EXPECT_EQ(r.texto, "As informações a seguir devem preenchidas para que o cadastro possa ser salvo!\rVerifique os "
+                           "campos e tente salvar novamente:\rCódigo já existente!\rNome\rApelido\rRazão Social\rCNPJ\rSituação");
+    }
+    EXPECT_EQ(contar("Select Count(*) From TbCad"), antes);
+    // An old record without any situation is refused too; a supplier company needs no CNPJ.
+    const int velho = inserir({{"NOME", "V"}, {"APELIDO", "V"}, {"CL", "S"}});
+    EXPECT_THROW(salvarCadastro(t, velho, {{"NOME", "VV"}}, modoCadastro("Cl"), {}, atual, kHoje), RecusaCampos);
+    EXPECT_GT(salvarCadastro(t, 0, valido("J", "FO"), modoCadastro("Fo"), {}, atual, kHoje), 0);
+}
+
+TEST_F(ComercialTest, SaveClearsTheOtherPersonTypeAndAddsFirstSituation)
+{
+    const Valores ambos = {{"CPF", "529.982.247-25"}, {"PAI", "P"}, {"SEXO", "M"}, {"DATANASC", QDate(1990, 1, 1)},
+                           {"CNPJ", "11222333000181"}, {"SOCIO1", "S1"}, {"INSCRESTADUAL", "IE"}, {"TELEFONE1", "(44) 3222-1111"}};
+    for (const QString pessoa : {"F", "J"}) {
+        Valores v = valido(pessoa, "CL");
+        for (const auto &[k, x] : ambos) v[k] = x;
+        const int id = salvarCadastro(t, 0, v, modoCadastro("Cl"), {}, atual, kHoje);
+        const bool f = pessoa == "F";
+        EXPECT_EQ(ler(id, "CPF").toString(), f ? "52998224725" : "");
+        EXPECT_EQ(ler(id, "PAI").isNull(), !f);
+        EXPECT_EQ(ler(id, "DATANASC").isNull(), !f);
+        EXPECT_EQ(ler(id, "CNPJ").isNull(), f);
+        EXPECT_EQ(ler(id, "SOCIO1").isNull(), f);
+        EXPECT_EQ(ler(id, "RAZAOSOCIAL").isNull(), f);
+        EXPECT_EQ(ler(id, "TELEFONE1").toString(), "4432221111");
+        EXPECT_EQ(contar("Select Count(*) From TbCadSit Where Fk = :ID and Situacao = 'A' and IdResp = 2 and Data = '2026-03-10'", id), 1);
+    }
+}
+
+TEST_F(ComercialTest, UserDataPasswordsAndTypeRights)
+{
+    const struct { QString quem, tipo, login, senha, web, msg; } casos[] = {
+        {"A", "U", "JOAO", "1234567890", "", ""},
+        {"A", "U", "JOAO2", "12345678901", "", kSenhaMaxima},
+        {"A", "U", "JOAO3", "123", "12345678901", kSenhaMaxima},
+        {"A", "U", "", "123", "", kDefinaUsuarioSenha},
+        {"A", "U", "JOAO4", "", "", kDefinaUsuarioSenha},
+        {"U", "A", "JOAO5", "123", "", kSemPermissaoTipoUsuario},
+        {"S", "A", "JOAO6", "123", "", kSemPermissaoTipoUsuario},
+        {"S", "S", "JOAO7", "123", "", ""},
+        {"U", "S", "JOAO8", "123", "", kSemPermissaoTipoUsuario},
+        {"D", "A", "JOAO9", "123", "web", ""},
+        {"A", "U", "admin", "123", "", kUsuarioRepetido},
+    };
+    for (const auto &c : casos) {
+        SCOPED_TRACE(c.login.toStdString() + c.quem.toStdString() + c.tipo.toStdString());
+        Valores v = valido("F", "FU");
+        v.insert({{"US", "S"}, {"USUARIO", c.login}, {"TIPOUSUARIO", c.tipo}, {kNovaSenha, c.senha}, {kNovaSenhaWeb, c.web}});
+        Sessao s = atual;
+        s.tipoUsuario = c.quem;
+        const int antes = contar("Select Count(*) From TbCad");
+        try {
+            const int id = salvarCadastro(t, 0, v, modoCadastro("Fu"), {}, s, kHoje);
+            EXPECT_EQ(c.msg, "");
+            EXPECT_EQ(ler(id, "SENHA").toString(), MD5(c.senha));
+            EXPECT_EQ(ler(id, "SENHAWEB").toString(), c.web.isEmpty() ? "" : MD5(c.web));
+            // An edit without a typed password keeps the stored hash.
+            salvarCadastro(t, id, {{"NOME", "OUTRO"}}, modoCadastro("Fu"), {}, s, kHoje);
+            EXPECT_EQ(ler(id, "SENHA").toString(), MD5(c.senha));
+            EXPECT_EQ(ler(id, "NOME").toString(), "OUTRO");
+        } catch (const Recusa &r) {
+            EXPECT_EQ(r.texto, c.msg);
+            EXPECT_EQ(contar("Select Count(*) From TbCad"), antes);
+        }
+    }
+}
+
+TEST_F(ComercialTest, DeleteRefusalsInOrder)
+{
+    // Case i sets up the dependencies of its own rule and of every later one: the first must win.
+    const struct { QString msg; std::function<void(int)> prepara; } regras[] = {
+        {"Esta empresa não pode ser excluída pois a mesma esta definida como a Empresa Padrão do Sistema!",
+         [&](int id) { db::executar(t, "Update TbParGlobais Set IdEmpresa = :ID", {{"ID", id}}); }},
+        {"O usuário ADMIN não pode ser excluído!",
+         [&](int id) { db::executar(t, "Update TbCad Set Usuario = 'ADMIN' Where Id = :ID", {{"ID", id}}); }},
+        {"Este cliente não pode ser excluído pois já existe alguma venda para o mesmo!",
+         [&](int id) { db::executar(t, "Insert Into TbCom (Op, IdCad) Values (1, :ID)", {{"ID", id}}); }},
+        {"Este cliente não pode ser excluído pois já existe algum contrato para o mesmo!",
+         [&](int id) { db::executar(t, "Insert Into TbCom (Op, IdCad) Values (3, :ID)", {{"ID", id}}); }},
+        {"Este cliente não pode ser excluído pois já existe alguma conta a receber para o mesmo!",
+         [&](int id) { db::executar(t, "Insert Into TbContas (Tipo, IdCad) Values ('C', :ID)", {{"ID", id}}); }},
+        {"Este fornecedor não pode ser excluído pois já existe alguma compra para o mesmo!",
+         [&](int id) { db::executar(t, "Insert Into TbCom (Op, IdCad) Values (4, :ID)", {{"ID", id}}); }},
+        {"Este fornecedor não pode ser excluído pois já existe alguma conta a pagar para o mesmo!",
+         [&](int id) { db::executar(t, "Insert Into TbContas (Tipo, IdCad) Values ('D', :ID)", {{"ID", id}}); }},
+        {"Este fornecedor não pode ser excluído pois já existe alguma mercadoria no estoque para o mesmo!",
+         [&](int id) { db::executar(t, "Insert Into TbItensForn (IdFornecedor) Values (:ID)", {{"ID", id}}); }},
+        {"Esta transportadora não pode ser excluída pois já existe alguma venda para a mesma!",
+         [&](int id) { db::executar(t, "Insert Into TbComFat (IdTransportadora) Values (:ID)", {{"ID", id}}); }},
+        {"Este vendedor não pode ser excluído pois já existe alguma venda para o mesmo!",
+         [&](int id) { db::executar(t, "Insert Into TbCom (Op, IdRepresentante) Values (2, :ID)", {{"ID", id}}); }},
+        {"Este vendedor não pode ser excluído pois já existe algum cliente para o mesmo!",
+         [&](int id) { situacao(inserir({{"NOME", "CLIENTE"}, {"CL", "S"}}), kHoje, "A", id); }},
+    };
+    const int n = int(std::size(regras));
+    for (int i = 0; i < n; ++i) {
+        const int id = inserir({{"NOME", "ALVO"}, {"CL", "S"}, {"FO", "S"}, {"TR", "S"}, {"RE", "S"}});
+        for (int j = i; j < n; ++j) regras[j].prepara(id);
+        try {
+            excluirCadastro(t, id);
+            ADD_FAILURE() << "deleted at rule " << i;
+        } catch (const Recusa &r) {
+            EXPECT_EQ(r.texto, regras[i].msg);
+        }
+        EXPECT_EQ(contar("Select Count(*) From TbCad Where Id = :ID", id), 1);
+        t.rollback();
+        t.iniciar();
+    }
+    EXPECT_THROW(excluirCadastro(t, 1), Recusa);
+    EXPECT_THROW(excluirCadastro(t, 2), Recusa);
+
+    // Free of use: the record goes with every detail row.
+    const int id = inserir({{"NOME", "LIVRE"}, {"CL", "S"}});
+    situacao(id, kHoje, "A");
+    for (const QString tab : {"TbCadCont", "TbCadEspec", "TbCadEmpSit", "TbCadFuncSit", "TbCadMedSit", "TbCadEquip"})
+        db::executar(t, "Insert Into " + tab + " (Fk) Values (:ID)", {{"ID", id}});
+    excluirCadastro(t, id);
+    EXPECT_EQ(contar("Select Count(*) From TbCad Where Id = :ID", id), 0);
+    for (const QString tab : {"TbCadSit", "TbCadCont", "TbCadEspec", "TbCadEmpSit", "TbCadFuncSit", "TbCadMedSit", "TbCadEquip"})
+        EXPECT_EQ(contar("Select Count(*) From " + tab + " Where Fk = :ID", id), 0) << tab.toStdString();
+}
+
+} // namespace
