@@ -85,6 +85,8 @@ QList<DeclaracaoRegistro> montar()
     grupos.campos = {{"CODIGO", "Código", C::Inteiro, "Digite o código do grupo primeiro!"},
                      {"GRUPO", "Grupo", C::Texto, "Digite o nome do grupo primeiro!", 20},
                      {"TIPO", "Tipo", C::Lista, "Defina o tipo do Grupo primeiro!", 0, 2, kTiposGrupo}};
+    grupos.detalhes = {{"Subgrupos", "TBGRUPOSSUB", "FK", "Select Id, Codigo, Subgrupo, Tipo From TbGruposSub Where Fk = :MESTRE Order By Subgrupo",
+                        {{"CODIGO", "Código"}, {"SUBGRUPO", "Subgrupo"}, {"TIPO", "Tipo"}}}};
     grupos.perguntaExclusao = "Tem certeza que deseja excluir este Grupo?";
     grupos.traco = "Grupo Excluído (";
     r << grupos;
@@ -211,6 +213,141 @@ QList<DeclaracaoRegistro> montar()
     r << simples("TBlocos", "Blocos", "TBBLOCOS", "BLOCO", "Bloco", 10, "Digite o nome do bloco primeiro!");
     r << simples("TIntegrantes", "Integrantes", "TBINTEGRANTES", "INTEGRANTE", "Integrante", 30,
                  "Digite o nome do integrante primeiro!");
+
+    DeclaracaoRegistro funcoes;
+    funcoes.classe = "TFuncoes";
+    funcoes.titulo = "Funções";
+    funcoes.area = "TrFuncoes";
+    funcoes.tabela = "TBFUNCOES";
+    funcoes.colunas = {{"FUNCAO", "Função"}, {"CBO", "CBO"}};
+    funcoes.ordens = {{"Função", "FUNCAO"}};
+    funcoes.campos = {{"FUNCAO", "Função", C::Texto, "Digite o nome da Função primeiro!", 100}, {"CBO", "CBO", C::Texto, {}, 10}};
+    funcoes.perguntaExclusao = "Tem certeza que deseja excluir esta Função?";
+    funcoes.traco = "Função Excluída (";
+    funcoes.detalhes = {{"Salários por cidade", "TBFUNCOESSAL", "FK",
+                         "Select F.*, C.Cidade || ' - ' || C.Uf Z_Cidade From TbFuncoesSal F "
+                         "Left Join TbCidades C On (C.Id = F.IdCidade) Where F.Fk = :MESTRE Order By F.Data Desc",
+                         {{"DATA", "Data"}, {"Z_CIDADE", "Cidade"}, {"JORNADA", "Jornada"}, {"PISO", "Piso"}, {"MEDIA", "Média"},
+                          {"MAIOR", "Maior"}, {"HORA", "Hora"}},
+                         {{"DATA", "Data inicial", C::Data, "Digite a Data Inicial primeiro!"},
+                          {"IDCIDADE", "Cidade", C::Consulta, "Selecione a Cidade primeiro!", 0, 2, {},
+                           "Select Id, Cidade || ' - ' || Uf From TbCidades Order By Cidade"},
+                          {"JORNADA", "Jornada", C::Inteiro, "Digite a Jornada primeiro!"},
+                          {"PISO", "Piso salarial", C::Decimal, "Digite o Piso Salarial primeiro!"},
+                          {"MEDIA", "Média salarial", C::Decimal, "Digite a Média Salarial primeiro!"},
+                          {"MAIOR", "Maior salário", C::Decimal, "Digite o Maior Salário primeiro!"},
+                          {"HORA", "Salário por hora", C::Decimal, "Digite o Salário por Hora primeiro!"}},
+                         "Tem certeza que deseja excluir este Salário/Cidade?", "Salário/Cidade Excluído ("}};
+    r << funcoes;
+
+    DeclaracaoRegistro status;
+    status.classe = "TStatusCom";
+    status.titulo = "Status das Operações";
+    status.area = "TrStatusCom";
+    status.tabela = "TBSTATUSCOM";
+    status.sqlGrade = "Select S.*, E.Etapa Z_Etapa From TbStatusCom S Left Join TbEtapasCom E On (E.Id = S.Fk)";
+    status.colunas = {{"Z_ETAPA", "Etapa"}, {"ORDEM", "Ordem"}, {"STATUS", "Status"}, {"OP", "Operação"}};
+    status.ordens = {{"Status", "STATUS"}, {"Etapa", "Z_ETAPA"}};
+    status.campos = {{"FK", "Etapa", C::Consulta, "Selecione a Etapa primeiro!", 0, 2, {},
+                      "Select Id, Etapa || ' (' || Coalesce(Op, 0) || ')' From TbEtapasCom Order By Op, Ordem"},
+                     {"OP", "Tipo de operação", C::Lista, "Defina o tipo de operação primeiro!", 0, 2,
+                      {{"1", "1 - Venda"}, {"2", "2 - Ordem de serviço"}, {"3", "3 - Contrato"}, {"4", "4 - Compra"},
+                       {"5", "5 - Aluguel"}, {"6", "6 - Projeto"}, {"8", "8 - Agenda da clínica"}}},
+                     {"STATUS", "Status", C::Texto, "Digite o texto do Status primeiro!", 30},
+                     {"ORDEM", "Ordem", C::Texto, "Digite a ordem sequencial do Status primeiro!", 20}};
+    status.perguntaExclusao = "Tem certeza que deseja excluir este Status?";
+    status.traco = "Status Excluído (";
+    r << status;
+
+    // Insurance plans and laboratories are rows of the commercial registry, with their prices.
+    auto parceiro = [](const QString &classe, const QString &titulo, const QString &flag, const QString &msgCodigo,
+                       const QString &msgNome, const QString &pergunta, const QString &traco) {
+        DeclaracaoRegistro d;
+        d.classe = classe;
+        d.titulo = titulo;
+        d.area = "Tr" + classe.mid(1);
+        d.tabela = "TBCAD";
+        d.filtro = flag + " = 'S'";
+        d.fixos = {{"PESSOA", "J"}, {flag, "S"}};
+        d.colunas = {{"CODIGO", "Código"}, {"NOME", "Nome"}, {"TELEFONE1", "Telefone"}};
+        d.ordens = {{"Nome", "NOME"}};
+        d.campos = {{"CODIGO", "Código", C::Inteiro, msgCodigo}, {"NOME", "Nome", C::Texto, msgNome, 50},
+                    {"TELEFONE1", "Telefone", C::Texto, {}, 11, 2, {}, {}, "(99)99999-9999;_"},
+                    {"EMAIL", "E-mail", C::Texto, {}, 240}};
+        d.completar = [](db::Transacao &, Valores &v, bool) {
+            v["APELIDO"] = v["NOME"].toString().left(20);
+            v["RAZAOSOCIAL"] = v["NOME"];
+        };
+        d.perguntaExclusao = pergunta;
+        d.traco = traco;
+        d.detalhes = {{"Preços", "TBITENSFORN", "IDFORNECEDOR",
+                       "Select P.*, I.Descricao Z_Exame From TbItensForn P Left Join TbItens I On (I.Id = P.Fk) "
+                       "Where P.IdFornecedor = :MESTRE Order By I.Descricao",
+                       {{"Z_EXAME", "Exame / procedimento"}, {"PRUNITARIO", "Preço"}},
+                       {{"FK", "Exame / procedimento", C::Consulta, "Selecione o exame ou procedimento primeiro!", 0, 2, {},
+                         "Select Id, Descricao From TbItens Where Tipo In ('E', 'P') Order By Descricao"},
+                        {"PRUNITARIO", "Preço", C::Decimal, "Digite o preço primeiro!", 0, 4}}}};
+        return d;
+    };
+    r << parceiro("TConvenios", "Convênios", "CV", "Digite o código do Convênio primeiro!", "Digite o nome do Convênio primeiro!",
+                  "Tem certeza que deseja excluir este Convênio?", "Convênio Excluído (");
+    r << parceiro("TLaboratorios", "Laboratórios", "LA", "Digite o código do Laboratórioprimeiro!",
+                  "Digite o nome do Laboratório primeiro!", "Tem certeza que deseja excluir este Laboratório?",
+                  "Laboratório Excluído (");
+
+    // Exams, procedures and text models are rows of the item table.
+    auto item = [](const QString &classe, const QString &titulo, const QString &tipo, const QString &msgCodigo,
+                   const QString &msgNome, const QString &pergunta, const QString &traco) {
+        DeclaracaoRegistro d;
+        d.classe = classe;
+        d.titulo = titulo;
+        d.area = "Tr" + classe.mid(1);
+        d.tabela = "TBITENS";
+        d.filtro = "Tipo = '" + tipo + "'";
+        d.fixos = {{"TIPO", tipo}};
+        d.colunas = {{"CODIGO", "Código"}, {"DESCRICAO", "Descrição"}, {"PRVENDAVAR", "Preço"}};
+        d.ordens = {{"Descrição", "DESCRICAO"}, {"Código", "CODIGO"}};
+        d.campos = {{"CODIGO", "Código", C::Texto, msgCodigo, 14}, {"CODIGOBARRAS", "Código de barras", C::Texto, {}, 14},
+                    {"DESCRICAO", "Descrição", C::Texto, msgNome, 240}, {"CUSTO", "Custo", C::Decimal, {}, 0, 4},
+                    {"PRVENDAVAR", "Preço", C::Decimal, {}, 0, 4}, {"DESCRICAODET", "Descrição detalhada", C::Memo}};
+        d.perguntaExclusao = pergunta;
+        d.traco = traco;
+        d.detalhes = {{"Preço por convênio", "TBITENSFORN", "FK",
+                       "Select P.*, C.Nome Z_Convenio From TbItensForn P Left Join TbCad C On (C.Id = P.IdFornecedor) "
+                       "Where P.Fk = :MESTRE Order By C.Nome",
+                       {{"Z_CONVENIO", "Convênio"}, {"PRUNITARIO", "Preço"}},
+                       {{"IDFORNECEDOR", "Convênio", C::Consulta, "Selecione o Convênio primeiro!", 0, 2, {},
+                         "Select Id, Nome From TbCad Where Cv = 'S' or La = 'S' Order By Nome"},
+                        {"PRUNITARIO", "Preço", C::Decimal, "Digite o preço primeiro!", 0, 4}}},
+                      {"Composição", "TBITENSCOMP", "FK",
+                       "Select C.*, I.Descricao Z_Item From TbItensComp C Left Join TbItens I On (I.Id = C.IdItem) "
+                       "Where C.Fk = :MESTRE Order By I.Descricao",
+                       {{"Z_ITEM", "Item"}, {"QTD", "Quantidade"}, {"PRUNITARIO", "Preço"}, {"TOTAL", "Total"}},
+                       {{"IDITEM", "Item", C::Consulta, "Selecione o item primeiro!", 0, 2, {},
+                         "Select Id, Descricao From TbItens Order By Descricao"},
+                        {"QTD", "Quantidade", C::Decimal, "Digite a quantidade primeiro!", 0, 4},
+                        {"PRUNITARIO", "Preço", C::Decimal, {}, 0, 4}}}};
+        return d;
+    };
+    r << item("TExames", "Exames", "E", "Digite o código do Exame primeiro!", "Digite o nome do Exame/Procedimento primeiro!",
+              "Tem certeza que deseja excluir este Exame?", "Exame Excluído (");
+    r << item("TProcedimentos", "Procedimentos", "P", "Digite o código do Procedimento primeiro!",
+              "Digite o nome do Procedimento primeiro!", "Tem certeza que deseja excluir este Exame?", "Procedimento Excluído (");
+
+    DeclaracaoRegistro textos;
+    textos.classe = "TTextos";
+    textos.titulo = "Modelos de Texto";
+    textos.area = "TrTextos";
+    textos.tabela = "TBITENS";
+    textos.filtro = "Tipo = 'T'";
+    textos.fixos = {{"TIPO", "T"}};
+    textos.colunas = {{"DESCRICAO", "Título"}};
+    textos.ordens = {{"Título", "DESCRICAO"}};
+    textos.campos = {{"DESCRICAO", "Título", C::Texto, "Digite o título do Modelo de Texto primeiro!", 240},
+                     {"DESCRICAODET", "Texto", C::Memo}};
+    textos.perguntaExclusao = "Tem certeza que deseja excluir este Modelo de Texto?";
+    textos.traco = "Modelo de Texto Excluído (";
+    r << textos;
 
     DeclaracaoRegistro cc = simples("TCentrosCusto", "Centros de Custo", "TBCCUSTO", "CENTROCUSTO", "Centro de custo", 50,
                                     "Digite o nome do centro de custo primeiro!");

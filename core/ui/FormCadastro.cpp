@@ -199,6 +199,7 @@ void FormCadastro::mostrarRegistro()
         db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
         carregar(t, id);
     }
+    registroMudou(id);
     Botoes();
 }
 

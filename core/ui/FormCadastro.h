@@ -69,6 +69,7 @@ protected:
     virtual void apagar(db::Transacao &t, int id) = 0;
     virtual QString perguntaExclusao() const { return QStringLiteral("Tem certeza que deseja excluir este registro?"); }
     virtual QString tabela() const = 0;                          // locked at Alterar
+    virtual void registroMudou(int id) {}                        // the grid moved to another record (0 = none)
 
     db::Transacao &transacao();
     void Botoes();

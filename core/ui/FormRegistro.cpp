@@ -2,9 +2,19 @@
 
 #include "dados/Tabs.h"
 #include "principal/Menus.h"
+#include "ui/Mensagens.h"
 #include "ui/Recusa.h"
 
 #include <QComboBox>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTableView>
+#include <QVBoxLayout>
 #include <QDateEdit>
 #include <QLineEdit>
 #include <QLocale>
@@ -87,81 +97,82 @@ void excluirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id)
     db::executar(t, QString("Delete From %1 Where Id = :ID").arg(d.tabela), {{"ID", id}});
 }
 
-// ------------------------------------------------------------------ the form
-
-FormRegistro::FormRegistro(DeclaracaoRegistro d, QWidget *parent)
-    : FormCadastro(d.classe, d.titulo, d.area, parent), d_(std::move(d))
+int gravarDetalhe(db::Transacao &t, const DetalheRegistro &d, int idMestre, int id, const Valores &v)
 {
-    for (const CampoForm &c : d_.campos) {
-        QWidget *w = nullptr;
-        switch (c.tipo) {
-        case CampoForm::Memo: w = new QPlainTextEdit; break;
-        case CampoForm::Data: {
-            auto *e = new QDateEdit;
-            e->setDisplayFormat("dd/MM/yyyy");
-            e->setCalendarPopup(true);
-            e->setSpecialValueText(" ");  // the minimum date stands for "empty"
-            e->setMinimumDate(QDate(1900, 1, 1));
-            w = e;
-            break;
-        }
-        case CampoForm::Lista:
-        case CampoForm::Consulta: {
-            auto *cb = new QComboBox;
-            cb->addItem("", QVariant());
-            if (c.tipo == CampoForm::Lista) {
-                for (const auto &[valor, texto] : c.itens) cb->addItem(texto, valor);
-            } else {
-                // The list query of the lookup box, read when the form opens.
-                db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
-                db::Consulta q(t, c.sqlLista);
-                q.executar();
-                while (q.proxima()) cb->addItem(q.valor(1).toString(), q.valor(0));
-            }
-            w = cb;
-            break;
-        }
-        default: {
-            auto *e = new QLineEdit;
-            if (c.tamanho) e->setMaxLength(c.tamanho);
-            if (!c.mascara.isEmpty()) e->setInputMask(c.mascara);
-            if (c.tipo != CampoForm::Texto && c.tipo != CampoForm::Hora) e->setAlignment(Qt::AlignRight);
-            w = e;
-        }
-        }
-        adicionarCampo(c.coluna, c.rotulo, w);
-    }
-    definirConsulta(sqlGrade(d_), d_.colunas, d_.ordens);
+    DeclaracaoRegistro r;
+    r.tabela = d.tabela;
+    r.campos = d.campos;
+    r.fixos = {{d.chave, idMestre}};
+    return gravarRegistro(t, r, id, v);
 }
 
-QVariant FormRegistro::valorDoCampo(const QString &coluna) const
+void excluirDetalhe(db::Transacao &t, const DetalheRegistro &d, int id)
 {
-    const CampoForm *c = nullptr;
-    for (const CampoForm &x : d_.campos)
-        if (x.coluna == coluna) c = &x;
-    QWidget *w = campo(coluna);
-    if (!c || !w) return {};
+    db::executar(t, QString("Delete From %1 Where Id = :ID").arg(d.tabela), {{"ID", id}});
+}
+
+// ------------------------------------------------------------------ field widgets
+
+QWidget *criarWidgetCampo(const CampoForm &c)
+{
+    switch (c.tipo) {
+    case CampoForm::Memo: return new QPlainTextEdit;
+    case CampoForm::Data: {
+        auto *e = new QDateEdit;
+        e->setDisplayFormat("dd/MM/yyyy");
+        e->setCalendarPopup(true);
+        e->setSpecialValueText(" ");  // the minimum date stands for "empty"
+        e->setMinimumDate(QDate(1900, 1, 1));
+        return e;
+    }
+    case CampoForm::Lista:
+    case CampoForm::Consulta: {
+        auto *cb = new QComboBox;
+        cb->addItem("", QVariant());
+        if (c.tipo == CampoForm::Lista) {
+            for (const auto &[valor, texto] : c.itens) cb->addItem(texto, valor);
+        } else {
+            // The list query of the lookup box, read when the form opens.
+            db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+            db::Consulta q(t, c.sqlLista);
+            q.executar();
+            while (q.proxima()) cb->addItem(q.valor(1).toString(), q.valor(0));
+        }
+        return cb;
+    }
+    default: {
+        auto *e = new QLineEdit;
+        if (c.tamanho) e->setMaxLength(c.tamanho);
+        if (!c.mascara.isEmpty()) e->setInputMask(c.mascara);
+        if (c.tipo != CampoForm::Texto && c.tipo != CampoForm::Hora) e->setAlignment(Qt::AlignRight);
+        return e;
+    }
+    }
+}
+
+QVariant lerWidgetCampo(const CampoForm &c, QWidget *w)
+{
     if (auto *cb = qobject_cast<QComboBox *>(w)) return cb->currentData();
     if (auto *m = qobject_cast<QPlainTextEdit *>(w)) return m->toPlainText().isEmpty() ? QVariant() : m->toPlainText();
     if (auto *de = qobject_cast<QDateEdit *>(w)) return de->date() == de->minimumDate() ? QVariant() : de->date();
     const QString s = static_cast<QLineEdit *>(w)->text();
     if (!preenchido(s)) return {};
-    switch (c->tipo) {
+    switch (c.tipo) {
     case CampoForm::Inteiro: {
         bool ok = false;
         const int n = s.trimmed().toInt(&ok);
-        if (!ok) throw Recusa("Valor inválido!", coluna);
+        if (!ok) throw Recusa("Valor inválido!", c.coluna);
         return n;
     }
     case CampoForm::Decimal: {
         auto d = db::Decimal::ler(s, true);
-        if (!d) throw Recusa("Valor inválido!", coluna);
-        return QVariant::fromValue(d->comEscala(c->escala));
+        if (!d) throw Recusa("Valor inválido!", c.coluna);
+        return QVariant::fromValue(d->comEscala(c.escala));
     }
     case CampoForm::Hora: return s;  // "hh:mm" is stored with its colon
     default: {
         // Masked numbers (CEP, phones, CPF) are stored as their digits only.
-        if (c->mascara.isEmpty()) return s;
+        if (c.mascara.isEmpty()) return s;
         QString digitos = s;
         digitos.remove(QRegularExpression("[^0-9A-Za-z]"));
         return digitos;
@@ -169,10 +180,8 @@ QVariant FormRegistro::valorDoCampo(const QString &coluna) const
     }
 }
 
-void FormRegistro::definirValor(const QString &coluna, const QVariant &v)
+void escreverWidgetCampo(QWidget *w, const QVariant &v)
 {
-    QWidget *w = campo(coluna);
-    if (!w) return;
     if (auto *cb = qobject_cast<QComboBox *>(w)) {
         cb->setCurrentIndex(std::max(0, cb->findData(v)));
     } else if (auto *m = qobject_cast<QPlainTextEdit *>(w)) {
@@ -185,10 +194,164 @@ void FormRegistro::definirValor(const QString &coluna, const QVariant &v)
     }
 }
 
+// ------------------------------------------------------------------ the form
+
+FormRegistro::FormRegistro(DeclaracaoRegistro d, QWidget *parent)
+    : FormCadastro(d.classe, d.titulo, d.area, parent), d_(std::move(d))
+{
+    for (const CampoForm &c : d_.campos) adicionarCampo(c.coluna, c.rotulo, criarWidgetCampo(c));
+    if (!d_.detalhes.isEmpty()) {
+        auto *abas = new QTabWidget(this);
+        abas->setObjectName("PcDetalhes");
+        for (int i = 0; i < d_.detalhes.size(); ++i) {
+            const DetalheRegistro &dd = d_.detalhes[i];
+            auto *pag = new QWidget;
+            auto *l = new QVBoxLayout(pag);
+            Detalhe det;
+            det.modelo = new ModeloConsulta(Tabs->DbORB(), this);
+            det.modelo->definirColunas(dd.colunas);
+            det.grade = new QTableView(pag);
+            det.grade->setModel(det.modelo);
+            det.grade->setSelectionBehavior(QAbstractItemView::SelectRows);
+            det.grade->setEditTriggers(QAbstractItemView::NoEditTriggers);
+            det.grade->horizontalHeader()->setStretchLastSection(true);
+            l->addWidget(det.grade);
+            if (!dd.campos.isEmpty()) {
+                auto *b = new QHBoxLayout;
+                const std::pair<const char *, void (FormRegistro::*)(int)> acoes[] = {
+                    {"Incluir item", &FormRegistro::BtIncluirDetalheClick},
+                    {"Alterar item", &FormRegistro::BtAlterarDetalheClick},
+                    {"Excluir item", &FormRegistro::BtExcluirDetalheClick}};
+                for (const auto &[texto, h] : acoes) {
+                    auto *bt = new QPushButton(texto, pag);
+                    connect(bt, &QPushButton::clicked, this, [this, h = h, i] { (this->*h)(i); });
+                    b->addWidget(bt);
+                }
+                b->addStretch();
+                l->addLayout(b);
+                connect(det.grade, &QTableView::doubleClicked, this, [this, i] { BtAlterarDetalheClick(i); });
+            }
+            abas->addTab(pag, dd.titulo);
+            detalhes_ << det;
+        }
+        corpo()->addWidget(abas, 1);
+    }
+    definirConsulta(sqlGrade(d_), d_.colunas, d_.ordens);
+    editarDetalhe = [this](const DetalheRegistro &dd, Valores &v) {
+        // A small dialog made of the detail's own fields.
+        QDialog dlg(this);
+        dlg.setWindowTitle(dd.titulo);
+        auto *f = new QFormLayout(&dlg);
+        QList<QWidget *> ws;
+        for (const CampoForm &c : dd.campos) {
+            QWidget *w = criarWidgetCampo(c);
+            escreverWidgetCampo(w, v.count(c.coluna) ? v.at(c.coluna) : QVariant());
+            f->addRow(c.rotulo, w);
+            ws << w;
+        }
+        auto *bb = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dlg);
+        bb->button(QDialogButtonBox::Ok)->setText("Salvar");
+        bb->button(QDialogButtonBox::Cancel)->setText("Cancelar");
+        connect(bb, &QDialogButtonBox::accepted, &dlg, &QDialog::accept);
+        connect(bb, &QDialogButtonBox::rejected, &dlg, &QDialog::reject);
+        f->addRow(bb);
+        if (dlg.exec() != QDialog::Accepted) return false;
+        for (int k = 0; k < dd.campos.size(); ++k) v[dd.campos[k].coluna] = lerWidgetCampo(dd.campos[k], ws[k]);
+        return true;
+    };
+}
+
+QVariant FormRegistro::valorDoCampo(const QString &coluna) const
+{
+    for (const CampoForm &c : d_.campos)
+        if (c.coluna == coluna) return lerWidgetCampo(c, campo(coluna));
+    return {};
+}
+
+void FormRegistro::definirValor(const QString &coluna, const QVariant &v)
+{
+    if (QWidget *w = campo(coluna)) escreverWidgetCampo(w, v);
+}
+
+void FormRegistro::registroMudou(int id)
+{
+    for (int i = 0; i < detalhes_.size(); ++i) detalhes_[i].modelo->consultar(d_.detalhes[i].sqlGrade, {{"MESTRE", id}});
+}
+
+void FormRegistro::gravarLinhaDetalhe(int i, int id)
+{
+    const DetalheRegistro &dd = d_.detalhes[i];
+    Valores v;
+    if (id) {
+        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+        DeclaracaoRegistro r;
+        r.tabela = dd.tabela;
+        r.campos = dd.campos;
+        v = lerRegistro(t, r, id);
+    }
+    for (;;) {
+        if (!editarDetalhe(dd, v)) return;
+        db::Transacao &t = transacao();
+        t.iniciar();
+        try {
+            const int novo = gravarDetalhe(t, dd, idAtual(), id, v);
+            Tabs->Log(t, Registro{"select * from " + dd.tabela, {{"ID", novo}}}, id ? QStringLiteral("ALTERAÇÃO") : QStringLiteral("INCLUSÃO"));
+            t.commit();
+            registroMudou(idAtual());
+            return;
+        } catch (const Recusa &r) {
+            t.rollback();
+            Atencao(r.texto);  // the row is asked again, with what was typed
+        } catch (const db::ErroBanco &e) {
+            t.rollback();
+            Atencao(e.mensagem());
+            return;
+        }
+    }
+}
+
+void FormRegistro::BtIncluirDetalheClick(int i)
+{
+    Tabs->Deb("procedure " + d_.classe + ".BtIncluirDetalheClick(Sender: TObject)");
+    if (estado() != Estado::Navegando || !idAtual()) return;
+    gravarLinhaDetalhe(i, 0);
+}
+
+void FormRegistro::BtAlterarDetalheClick(int i)
+{
+    Tabs->Deb("procedure " + d_.classe + ".BtAlterarDetalheClick(Sender: TObject)");
+    const QModelIndex ix = detalhes_[i].grade->currentIndex();
+    if (estado() != Estado::Navegando || !ix.isValid()) return;
+    gravarLinhaDetalhe(i, detalhes_[i].modelo->idDaLinha(ix.row()));
+}
+
+void FormRegistro::BtExcluirDetalheClick(int i)
+{
+    Tabs->Deb("procedure " + d_.classe + ".BtExcluirDetalheClick(Sender: TObject)");
+    const QModelIndex ix = detalhes_[i].grade->currentIndex();
+    if (estado() != Estado::Navegando || !ix.isValid()) return;
+    const DetalheRegistro &dd = d_.detalhes[i];
+    if (!Pergunta(dd.perguntaExclusao)) return;
+    const int id = detalhes_[i].modelo->idDaLinha(ix.row());
+    db::Transacao &t = transacao();
+    t.iniciar();
+    try {
+        excluirDetalhe(t, dd, id);
+        Tabs->Log(t, Registro{"select * from " + dd.tabela, {{"ID", id}}}, QStringLiteral("EXCLUSÃO"));
+        t.commit();
+        if (!dd.traco.isEmpty()) Tabs->Deb(dd.traco + QString::number(id) + ")");
+        registroMudou(idAtual());
+    } catch (const db::ErroBanco &e) {
+        t.rollback();
+        Atencao(e.mensagem());
+    }
+}
+
 void FormRegistro::limpar()
 {
     for (const CampoForm &c : d_.campos) definirValor(c.coluna, QVariant());
 }
+
 
 void FormRegistro::carregar(db::Transacao &t, int id)
 {

@@ -25,6 +25,18 @@ struct CampoForm {
     QString mascara;                        // input mask of a text field
 };
 
+// A detail table shown in a tab under the record, following it (its rows point at the record).
+struct DetalheRegistro {
+    QString titulo;                          // tab caption
+    QString tabela;                          // "TBFUNCOESSAL"
+    QString chave = QStringLiteral("FK");    // its column holding the record's ID
+    QString sqlGrade;                        // its rows of the record: uses :MESTRE
+    QList<QPair<QString, QString>> colunas;  // grid: field, caption
+    QList<CampoForm> campos;                 // editable fields; none = shown read-only
+    QString perguntaExclusao = QStringLiteral("Tem certeza que deseja excluir este item?");
+    QString traco;
+};
+
 struct DeclaracaoRegistro {
     QString classe;                 // "TCidades"
     QString titulo;                 // tab caption
@@ -42,6 +54,7 @@ struct DeclaracaoRegistro {
     std::function<void(db::Transacao &t, int id, const Valores &v)> validar;
     // Values derived before writing (a plan's nickname from its name, ...).
     std::function<void(db::Transacao &t, Valores &v, bool novo)> completar;
+    QList<DetalheRegistro> detalhes;
 };
 
 // The first empty required field, in screen order, stops the save.
@@ -54,6 +67,15 @@ void excluirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id);
 QString sqlGrade(const DeclaracaoRegistro &d);
 // Next code of a numbered column, in the caller's transaction.
 int proximoCodigo(db::Transacao &t, const QString &tabela, const QString &campo = QStringLiteral("CODIGO"));
+// A detail row of the record idMestre: required fields checked, written, ID returned.
+int gravarDetalhe(db::Transacao &t, const DetalheRegistro &d, int idMestre, int id, const Valores &v);
+void excluirDetalhe(db::Transacao &t, const DetalheRegistro &d, int id);
+
+// The widget of a declared field, and its value as it is written to the database.
+QWidget *criarWidgetCampo(const CampoForm &c);
+QVariant lerWidgetCampo(const CampoForm &c, QWidget *w);  // throws Recusa for a bad number
+void escreverWidgetCampo(QWidget *w, const QVariant &v);
+
 // Whether a value counts as filled (a blank mask such as "  :  " does not).
 bool preenchido(const QVariant &v);
 
@@ -74,8 +96,25 @@ protected:
     QString perguntaExclusao() const override { return d_.perguntaExclusao; }
     QString tabela() const override { return d_.tabela; }
 
+    void registroMudou(int id) override;
+
+public:
+    // Detail handlers: the current row of detail `i`.
+    void BtIncluirDetalheClick(int i);
+    void BtAlterarDetalheClick(int i);
+    void BtExcluirDetalheClick(int i);
+    ModeloConsulta *modeloDetalhe(int i) const { return detalhes_.value(i).modelo; }
+    // How a detail row is edited; tests fill the values themselves.
+    std::function<bool(const DetalheRegistro &, Valores &)> editarDetalhe;
+
 private:
+    struct Detalhe {
+        ModeloConsulta *modelo = nullptr;
+        class QTableView *grade = nullptr;
+    };
+    void gravarLinhaDetalhe(int i, int id);
     DeclaracaoRegistro d_;
+    QList<Detalhe> detalhes_;
 };
 
 // Registers a declared registry's form under its class name.

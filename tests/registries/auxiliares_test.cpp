@@ -55,6 +55,11 @@ TEST_F(AuxiliaresTest, RequiredFieldsInScreenOrder)
         {"TOpTel", {"Digite o Código para ligações de longa distância primeiro!", "Digite o nome da Operadora primeiro!"}},
         {"TEspecialidades", {"Digite o nome da Especialidade primeiro!"}},
         {"TConsultorios", {"Digite o nome do Consultório primeiro!"}},
+        {"TStatusCom", {"Selecione a Etapa primeiro!", "Defina o tipo de operação primeiro!", "Digite o texto do Status primeiro!",
+                        "Digite a ordem sequencial do Status primeiro!"}},
+        {"TLaboratorios", {"Digite o código do Laboratórioprimeiro!", "Digite o nome do Laboratório primeiro!"}},
+        {"TExames", {"Digite o código do Exame primeiro!", "Digite o nome do Exame/Procedimento primeiro!"}},
+        {"TTextos", {"Digite o título do Modelo de Texto primeiro!"}},
     };
     for (const DeclaracaoRegistro &d : registrosAuxiliares()) {
         SCOPED_TRACE(d.classe.toStdString());
@@ -66,7 +71,7 @@ TEST_F(AuxiliaresTest, RequiredFieldsInScreenOrder)
             case CampoForm::Data: return QDate(2026, 12, 25);
             case CampoForm::Hora: return "08:00";
             case CampoForm::Lista: return c.itens.first().first;
-            case CampoForm::Consulta: return QVariant();
+            case CampoForm::Consulta: return 1;  // no foreign keys: any ID stands for the chosen row
             default: return "X";
             }
         };
@@ -107,6 +112,30 @@ TEST_F(AuxiliaresTest, CategoryCodeIsUniqueButItsOwnIsAllowed)
     } catch (const Recusa &r) {
         EXPECT_EQ(r.texto, "Código já existente!");
     }
+}
+
+// A plan is a legal-person row of the commercial registry, and its prices are supplier rows of items.
+TEST_F(AuxiliaresTest, PlanIsACommercialRowWithPrices)
+{
+    const DeclaracaoRegistro &d = *registroAuxiliar("TConvenios");
+    db::Transacao t(tabs.DbORB());
+    const int plano = gravarRegistro(t, d, 0, {{"CODIGO", 10}, {"NOME", "Saúde Total Planos"}, {"TELEFONE1", QVariant()}, {"EMAIL", QVariant()}});
+    EXPECT_EQ(db::escalar(t, "select Pessoa || Cv || Apelido from TbCad where Id = :ID", {{"ID", plano}}).toString(), "JSSaúde Total Planos");
+    const int exame = db::escalar(t, "insert into TbItens (Descricao, Tipo) values ('Hemograma', 'E') returning Id").toInt();
+    const DetalheRegistro &precos = d.detalhes[0];
+    try {
+        gravarDetalhe(t, precos, plano, 0, {{"FK", exame}, {"PRUNITARIO", QVariant()}});
+        FAIL() << "preço vazio aceito";
+    } catch (const Recusa &r) {
+        EXPECT_EQ(r.texto, "Digite o preço primeiro!");
+    }
+    gravarDetalhe(t, precos, plano, 0, {{"FK", exame}, {"PRUNITARIO", QVariant::fromValue(db::Decimal("35.50"))}});
+    db::Consulta q(t, precos.sqlGrade);
+    q.bind("MESTRE", plano);
+    q.executar();
+    ASSERT_TRUE(q.proxima());
+    EXPECT_EQ(q["Z_EXAME"].toString(), "Hemograma");
+    EXPECT_EQ(q["PRUNITARIO"].value<db::Decimal>(), db::Decimal("35.5"));
 }
 
 TEST_F(AuxiliaresTest, NameOnlyRegistriesNumberTheirCode)

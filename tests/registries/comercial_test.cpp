@@ -208,6 +208,7 @@ TEST_F(ComercialTest, SaveCollectsEveryMissingFieldAndWritesNothing)
     }
     try {
         salvarCadastro(t, 0, casos[0].v, modoCadastro("Cl"), amanha, atual, kHoje);
+        ADD_FAILURE() << "saved";
     } catch (const RecusaCampos &r) {
         EXPECT_EQ(r.texto, "As informações a seguir devem preenchidas para que o cadastro possa ser salvo!\rVerifique os "
                            "campos e tente salvar novamente:\rCódigo já existente!\rNome\rApelido\rRazão Social\rCNPJ\rSituação");
