@@ -2,6 +2,7 @@
 
 #include "Auxiliares.h"
 #include "Configuracao.h"
+#include "TCadComerciais.h"
 #include "acesso/TLogin.h"
 #include "dados/Tabs.h"
 #include "db/Banco.h"
@@ -138,6 +139,7 @@ int main(int argc, char *argv[])
     orb::Tabs = &tabs;
     orb::registrarFormulariosNucleo(pasta);
     orb::registrarAuxiliares();
+    orb::registrarComercial();
 
     orb::TSplash splash;
     splash.show();

@@ -169,7 +169,7 @@ QWidget *TMain::abrirFormulario(const QString &grupoCaption, const QString &grup
         return nullptr;
     }
     if (auto *f = qobject_cast<FormCadastro *>(w)) {
-        f->definirMenu(grupoCaption);
+        f->definirMenu(grupoCaption, m.classe);
         connect(f, &FormCadastro::fechar, this, [this, f] {
             const int i = abas_->indexOf(f);
             if (i >= 0) emit abas_->tabCloseRequested(i);

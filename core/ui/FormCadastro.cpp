@@ -15,6 +15,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QShortcut>
+#include <QTabWidget>
 #include <QTableView>
 #include <QVBoxLayout>
 
@@ -120,17 +121,41 @@ void FormCadastro::definirConsulta(const QString &sql, const QList<QPair<QString
     pesquisar();
 }
 
-void FormCadastro::adicionarCampo(const QString &nome, const QString &rotulo, QWidget *w)
+QWidget *FormCadastro::paginaEdicao(const QString &aba)
+{
+    if (!abasEdicao_) {
+        abasEdicao_ = new QTabWidget(areaEdicao_);
+        abasEdicao_->setObjectName("PcEdicao");
+        form_->addRow(abasEdicao_);
+    }
+    if (!paginas_.contains(aba)) {
+        auto *p = new QWidget;
+        paginas_.insert(aba, new QFormLayout(p));
+        abasEdicao_->addTab(p, aba);
+    }
+    return paginas_[aba]->parentWidget();
+}
+
+void FormCadastro::adicionarCampo(const QString &nome, const QString &rotulo, QWidget *w, const QString &aba)
 {
     w->setObjectName(nome);
-    form_->addRow(rotulo, w);
+    if (aba.isEmpty()) {
+        form_->addRow(rotulo, w);
+    } else {
+        paginaEdicao(aba);
+        paginas_[aba]->addRow(rotulo, w);
+    }
     campos_.insert(nome, w);
     w->installEventFilter(this);
 }
 
 void FormCadastro::pesquisar()
 {
-    if (ordens_.isEmpty()) {
+    QString propria;
+    std::map<QString, QVariant> pp;
+    if (montarBusca(ordem_->currentText(), busca_->text().trimmed(), propria, pp)) {
+        modelo_->consultar(propria, pp);
+    } else if (ordens_.isEmpty()) {
         modelo_->consultar(sqlBase_);
     } else {
         // Only a field from the declared list goes into the text; what was typed goes as a parameter.
@@ -267,10 +292,7 @@ void FormCadastro::BtSalvarClick()
     } catch (const Recusa &r) {
         Atencao(r.texto);
         if (QWidget *w = campo(r.campo)) {
-            QPalette p = w->palette();
-            p.setColor(QPalette::Base, QColor(0xFF, 0xDD, 0xCC));
-            w->setPalette(p);
-            falhas_.insert(w);
+            marcarFalha(w);
             w->setFocus();
         }
     } catch (const db::ErroBanco &e) {
@@ -308,6 +330,15 @@ void FormCadastro::BtExcluirClick()
         t.rollback();
         Atencao(e.mensagem());
     }
+}
+
+void FormCadastro::marcarFalha(QWidget *w)
+{
+    QPalette p = w->palette();
+    p.setColor(QPalette::Base, QColor(0xFF, 0xDD, 0xCC));
+    p.setColor(QPalette::Button, QColor(0xFF, 0xDD, 0xCC));
+    w->setPalette(p);
+    falhas_.insert(w);
 }
 
 bool FormCadastro::eventFilter(QObject *o, QEvent *e)

@@ -8,6 +8,7 @@
 #include "ui/ModeloConsulta.h"
 
 #include <QHash>
+#include <map>
 #include <QSet>
 #include <QWidget>
 
@@ -17,6 +18,7 @@ class QLineEdit;
 class QLabel;
 class QPushButton;
 class QTableView;
+class QTabWidget;
 class QVBoxLayout;
 
 namespace orb {
@@ -37,7 +39,12 @@ public:
     QPushButton *botao(const QString &nome) const;  // "Incluir", "Alterar", "Salvar", ...
 
     // The menu the form was opened from, for the permission checks.
-    void definirMenu(const QString &menuCaption) { menu_ = menuCaption; }
+    // The module name is the class the menu item opened (one form may serve several items).
+    void definirMenu(const QString &menuCaption, const QString &modulo = {})
+    {
+        menu_ = menuCaption;
+        if (!modulo.isEmpty()) classe_ = modulo;
+    }
 
     // Handlers, public so that tests and shortcuts drive them as the buttons do.
     void BtIncluirClick();
@@ -58,7 +65,9 @@ protected:
                          const QList<QPair<QString, QString>> &ordens = {});
     QFormLayout *formulario() const { return form_; }
     // Adds a field to the edit area under a caption; `nome` is how Recusa names it.
-    void adicionarCampo(const QString &nome, const QString &rotulo, QWidget *w);
+    // `aba` puts it on a tab page of the edit area (made on first use); empty = the main area.
+    void adicionarCampo(const QString &nome, const QString &rotulo, QWidget *w, const QString &aba = {});
+    QWidget *paginaEdicao(const QString &aba);
     QWidget *campo(const QString &nome) const { return campos_.value(nome); }
     QVBoxLayout *corpo() const { return corpo_; }
 
@@ -70,6 +79,13 @@ protected:
     virtual QString perguntaExclusao() const { return QStringLiteral("Tem certeza que deseja excluir este registro?"); }
     virtual QString tabela() const = 0;                          // locked at Alterar
     virtual void registroMudou(int id) {}                        // the grid moved to another record (0 = none)
+    // A registry with search clauses of its own builds the whole browse query here.
+    virtual bool montarBusca(const QString &ordem, const QString &texto, QString &sql, std::map<QString, QVariant> &p)
+    {
+        return false;
+    }
+    void pesquisar();
+    void marcarFalha(QWidget *w);
 
     db::Transacao &transacao();
     void Botoes();
@@ -78,7 +94,6 @@ protected:
     bool eventFilter(QObject *o, QEvent *e) override;
 
 private:
-    void pesquisar();
     bool permitido(const QString &operacao);
     void mostrarRegistro();
     void habilitarEdicao(bool sim);
@@ -92,6 +107,8 @@ private:
     QTableView *grade_ = nullptr;
     ModeloConsulta *modelo_ = nullptr;
     QFormLayout *form_ = nullptr;
+    QTabWidget *abasEdicao_ = nullptr;
+    QHash<QString, QFormLayout *> paginas_;
     QWidget *areaEdicao_ = nullptr;
     QVBoxLayout *corpo_ = nullptr;
     QLabel *status_ = nullptr;

@@ -5,6 +5,7 @@
 #include "ui/Mensagens.h"
 #include "ui/Recusa.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -117,6 +118,7 @@ QWidget *criarWidgetCampo(const CampoForm &c)
 {
     switch (c.tipo) {
     case CampoForm::Memo: return new QPlainTextEdit;
+    case CampoForm::Marca: return new QCheckBox(c.rotulo);
     case CampoForm::Data: {
         auto *e = new QDateEdit;
         e->setDisplayFormat("dd/MM/yyyy");
@@ -153,6 +155,7 @@ QWidget *criarWidgetCampo(const CampoForm &c)
 QVariant lerWidgetCampo(const CampoForm &c, QWidget *w)
 {
     if (auto *cb = qobject_cast<QComboBox *>(w)) return cb->currentData();
+    if (auto *x = qobject_cast<QCheckBox *>(w)) return x->isChecked() ? "S" : "N";
     if (auto *m = qobject_cast<QPlainTextEdit *>(w)) return m->toPlainText().isEmpty() ? QVariant() : m->toPlainText();
     if (auto *de = qobject_cast<QDateEdit *>(w)) return de->date() == de->minimumDate() ? QVariant() : de->date();
     const QString s = static_cast<QLineEdit *>(w)->text();
@@ -182,7 +185,9 @@ QVariant lerWidgetCampo(const CampoForm &c, QWidget *w)
 
 void escreverWidgetCampo(QWidget *w, const QVariant &v)
 {
-    if (auto *cb = qobject_cast<QComboBox *>(w)) {
+    if (auto *x = qobject_cast<QCheckBox *>(w)) {
+        x->setChecked(v.toString() == "S");
+    } else if (auto *cb = qobject_cast<QComboBox *>(w)) {
         cb->setCurrentIndex(std::max(0, cb->findData(v)));
     } else if (auto *m = qobject_cast<QPlainTextEdit *>(w)) {
         m->setPlainText(v.toString());
@@ -199,7 +204,8 @@ void escreverWidgetCampo(QWidget *w, const QVariant &v)
 FormRegistro::FormRegistro(DeclaracaoRegistro d, QWidget *parent)
     : FormCadastro(d.classe, d.titulo, d.area, parent), d_(std::move(d))
 {
-    for (const CampoForm &c : d_.campos) adicionarCampo(c.coluna, c.rotulo, criarWidgetCampo(c));
+    for (const CampoForm &c : d_.campos)
+        adicionarCampo(c.coluna, c.tipo == CampoForm::Marca ? QString() : c.rotulo, criarWidgetCampo(c), c.aba);
     if (!d_.detalhes.isEmpty()) {
         auto *abas = new QTabWidget(this);
         abas->setObjectName("PcDetalhes");

@@ -13,7 +13,7 @@ namespace orb {
 using Valores = std::map<QString, QVariant>;  // column -> value, as the form gathered them
 
 struct CampoForm {
-    enum Tipo { Texto, Inteiro, Decimal, Data, Hora, Memo, Lista, Consulta };
+    enum Tipo { Texto, Inteiro, Decimal, Data, Hora, Memo, Lista, Consulta, Marca /* "S"/"N" */ };
     QString coluna;
     QString rotulo;
     Tipo tipo = Texto;
@@ -23,6 +23,7 @@ struct CampoForm {
     QList<QPair<QString, QString>> itens;   // Lista: (stored value, caption)
     QString sqlLista;                       // Consulta: "Select Id, <caption> From ..." (LigaCombo)
     QString mascara;                        // input mask of a text field
+    QString aba;                            // tab page of the edit area; empty = the main area
 };
 
 // A detail table shown in a tab under the record, following it (its rows point at the record).
