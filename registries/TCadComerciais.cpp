@@ -39,7 +39,11 @@ DeclaracaoRegistro declaracaoComercial(const ModoCadastro &m)
     d.tabela = "TBCAD";
     d.colunas = {{"CODIGO", "Código"}, {"NOME", "Nome"}, {"APELIDO", "Apelido"}, {"Z_CIDADE", "Cidade"},
                  {"TELEFONE1", "Telefone"}, {"Z_SITUACAO", "Situação"}};
-    for (const QString &o : kOrdensCadastro) d.ordens << qMakePair(o, o);
+    // The captions choose the search clauses (sqlBusca); the columns are what the grid is ordered by.
+    const QStringList colunas = {"CODIGO", "NOME", "RAZAOSOCIAL", "APELIDO", "NUMID", "CPF", "CNPJ", "INSCRESTADUAL",
+                                 "INSCRMUNICIPAL", "TELEFONE1"};
+    for (int i = 0; i < kOrdensCadastro.size(); ++i) d.ordens << qMakePair(kOrdensCadastro[i], colunas.value(i));
+    d.filtro = m.flag.isEmpty() ? QString() : m.flag + " = 'S'";
     const QString dados = "&Dados", pessoal = "&Pessoal", operacional = "&Operacional", contato = "&Endereço e contato",
                   acesso = "A&cesso", obs = "O&bservações";
     d.campos = {
@@ -88,6 +92,8 @@ DeclaracaoRegistro declaracaoComercial(const ModoCadastro &m)
         {"TIPOUSUARIO", "Tipo de usuário", C::Lista, {}, 0, 2, {{"U", "U - Usuário"}, {"S", "S - Supervisor"}, {"A", "A - Administrador"}}, {}, {}, acesso},
         {"OBSERVACOES", "Observações", C::Memo, {}, 0, 2, {}, {}, {}, obs},
     };
+    for (CampoForm &c : d.campos)
+        if (c.coluna == kNovaSenha) c.transitorio = true;
     // The role boxes: which kinds of party this record is.
     const QList<QPair<QString, QString>> papeis = {{"CL", "Cliente"}, {"FO", "Fornecedor"}, {"TR", "Transportadora"},
                                                    {"RE", "Vendedor"}, {"FU", "Funcionário"}, {"EM", "Empresa"},

@@ -83,13 +83,15 @@ int gravarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valore
 Valores lerRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id)
 {
     QStringList cols;
-    for (const CampoForm &c : d.campos) cols << c.coluna;
+    for (const CampoForm &c : d.campos)
+        if (!c.transitorio) cols << c.coluna;
     db::Consulta q(t, QString("Select %1 From %2 Where Id = :ID").arg(cols.join(", "), d.tabela));
     q.bind("ID", id);
     q.executar();
     Valores v;
     if (q.proxima())
-        for (const CampoForm &c : d.campos) v[c.coluna] = q.valor(c.coluna.toUpper());
+        for (const CampoForm &c : d.campos)
+            if (!c.transitorio) v[c.coluna] = q.valor(c.coluna.toUpper());
     return v;
 }
 

@@ -24,6 +24,7 @@ struct CampoForm {
     QString sqlLista;                       // Consulta: "Select Id, <caption> From ..." (LigaCombo)
     QString mascara;                        // input mask of a text field
     QString aba;                            // tab page of the edit area; empty = the main area
+    bool transitorio = false;               // typed but not a column (a new password): never read back
 };
 
 // A detail table shown in a tab under the record, following it (its rows point at the record).

@@ -1,0 +1,114 @@
+// The commercial registry driven through its widgets, as a receptionist would.
+
+#include "TCadComerciais.h"
+#include "acesso/Sessao.h"
+#include "apoio/BancoTeste.h"
+#include "dados/Tabs.h"
+#include "ui/Mensagens.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QTest>
+#include <gtest/gtest.h>
+
+using namespace orb;
+
+namespace {
+
+struct TCadComerciaisTest : ::testing::Test {
+    teste::BancoTemporario bt;
+    TTabs tabs;
+    MensageiroTeste msg;
+    void SetUp() override
+    {
+        Tabs = &tabs;
+        tabs.conectar(db::Banco::abrir(bt.conexao()));
+        sessao() = Sessao{};
+        sessao().idUsuario = 2;
+        sessao().nivel = 999;
+        sessao().tipoUsuario = "D";
+    }
+    void TearDown() override
+    {
+        tabs.desconectar();
+        Tabs = nullptr;
+        sessao() = Sessao{};
+    }
+    static void digitar(TCadComerciais &f, const char *campo, const QString &texto)
+    {
+        auto *e = f.findChild<QLineEdit *>(campo);
+        e->setFocus();
+        e->setCursorPosition(0);
+        e->insert(texto);
+    }
+};
+
+TEST_F(TCadComerciaisTest, CustomerRegisteredThroughTheForm)
+{
+    TCadComerciais f("Cl");
+    f.show();
+    f.BtIncluirClick();
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Incluindo);
+    EXPECT_EQ(f.valorDoCampo("CL").toString(), "S");
+    EXPECT_EQ(f.valorDoCampo("PESSOA").toString(), "F");
+    EXPECT_EQ(f.valorDoCampo("SEXO").toString(), "M");
+
+    // A CPF with a wrong check digit asks to be corrected when the user leaves the field.
+    digitar(f, "CPF", "11144477736");
+    f.conferirDocumento("CPF");
+    EXPECT_EQ(msg.perguntas.value(0), "CPF inválido! Corrigir?");
+    f.findChild<QLineEdit *>("CPF")->clear();
+    digitar(f, "CPF", "11144477735");
+    f.conferirDocumento("CPF");
+    EXPECT_EQ(msg.perguntas.size(), 1);
+
+    f.BtSalvarClick();  // no name, no nickname: one message listing both
+    ASSERT_EQ(msg.avisos.size(), 1);
+    EXPECT_TRUE(msg.avisos[0].startsWith("As informações a seguir devem preenchidas")) << msg.avisos[0].toStdString();
+    EXPECT_TRUE(msg.avisos[0].contains("Nome") && msg.avisos[0].contains("Apelido"));
+    EXPECT_EQ(f.findChild<QLineEdit *>("APELIDO")->palette().color(QPalette::Base), QColor(0xFF, 0xDD, 0xCC));
+
+    digitar(f, "NOME", "Maria das Graças Souza");
+    digitar(f, "APELIDO", "Maria");
+    f.BtSalvarClick();
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
+    ASSERT_EQ(f.modelo()->rowCount(), 1);
+    EXPECT_EQ(f.modelo()->valor(0, "APELIDO").toString(), "Maria");
+    EXPECT_EQ(f.modelo()->valor(0, "Z_SITUACAO").toString(), "A");
+    db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+    EXPECT_EQ(db::escalar(t, "select Cpf || '/' || Cl || '/' || Pessoa from TbCad where Apelido = 'Maria'").toString(),
+              "11144477735/S/F");
+
+    // A second record with the same CPF is told at once.
+    f.BtIncluirClick();
+    digitar(f, "CPF", "11144477735");
+    f.conferirDocumento("CPF");
+    EXPECT_EQ(msg.avisos.last(), "CPF já existente!");
+    f.BtCancelarClick();
+}
+
+TEST_F(TCadComerciaisTest, LegalPersonCustomerNeedsCnpjSupplierDoesNot)
+{
+    for (const char *modo : {"Cl", "Fo"}) {
+        SCOPED_TRACE(modo);
+        TCadComerciais f(modo);
+        f.BtIncluirClick();
+        f.definirValor("PESSOA", "J");
+        digitar(f, "NOME", "Padaria Pão Quente Ltda");
+        digitar(f, "APELIDO", "Pão Quente");
+        digitar(f, "RAZAOSOCIAL", "Padaria Pão Quente Ltda");
+        msg.avisos.clear();
+        f.BtSalvarClick();
+        if (QString(modo) == "Cl") {
+            ASSERT_EQ(msg.avisos.size(), 1);
+            EXPECT_TRUE(msg.avisos[0].endsWith("CNPJ")) << msg.avisos[0].toStdString();
+            EXPECT_EQ(f.estado(), FormCadastro::Estado::Incluindo);
+            f.BtCancelarClick();
+        } else {
+            EXPECT_TRUE(msg.avisos.isEmpty()) << msg.avisos.join(" | ").toStdString();
+            EXPECT_EQ(f.estado(), FormCadastro::Estado::Navegando);
+        }
+    }
+}
+
+} // namespace
