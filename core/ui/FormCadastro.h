@@ -53,6 +53,8 @@ public:
     void BtCancelarClick();
     void BtExcluirClick();
     void BtFecharClick();
+    // Runs the browse query again with the current order and search text.
+    void pesquisar();
 
 signals:
     void fechar();
@@ -84,7 +86,6 @@ protected:
     {
         return false;
     }
-    void pesquisar();
     void marcarFalha(QWidget *w);
 
     db::Transacao &transacao();
