@@ -152,6 +152,8 @@ TCadComerciais::TCadComerciais(const QString &modo, QWidget *parent)
         linha->addStretch();
         corpo()->insertLayout(0, linha);
     }
+    // Listed by name, as the registry is usually browsed.
+    if (auto *ordem = findChild<QComboBox *>("CbOrdem")) ordem->setCurrentIndex(int(kOrdensCadastro.indexOf("NOME")));
     pesquisar();
 }
 

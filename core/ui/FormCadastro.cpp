@@ -87,6 +87,7 @@ FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const Q
     grade_->verticalHeader()->hide();
     grade_->horizontalHeader()->setStretchLastSection(true);
     grade_->setAlternatingRowColors(true);
+    grade_->setMinimumHeight(140);
     connect(grade_, &QTableView::doubleClicked, this, [this] { BtAlterarClick(); });
     corpo_->addWidget(grade_, 2);
     connect(grade_->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] { mostrarRegistro(); });
@@ -136,17 +137,48 @@ QWidget *FormCadastro::paginaEdicao(const QString &aba)
     return paginas_[aba]->parentWidget();
 }
 
-void FormCadastro::adicionarCampo(const QString &nome, const QString &rotulo, QWidget *w, const QString &aba)
+void FormCadastro::focarPrimeiro()
+{
+    // The first field still empty (a code or defaults may be filled already), else the first one.
+    QWidget *alvo = nullptr;
+    for (QWidget *w : std::as_const(ordemCampos_)) {
+        if (!w->isEnabled()) continue;
+        if (!alvo) alvo = w;
+        if (auto *e = qobject_cast<QLineEdit *>(w); e && e->text().isEmpty()) {
+            alvo = w;
+            break;
+        }
+    }
+    if (!alvo) return;
+    // Bring its tab page forward before giving it the focus.
+    if (abasEdicao_)
+        for (int i = 0; i < abasEdicao_->count(); ++i)
+            if (abasEdicao_->widget(i)->isAncestorOf(alvo)) abasEdicao_->setCurrentIndex(i);
+    alvo->setFocus();
+}
+
+void FormCadastro::registrarCampo(const QString &nome, QWidget *w)
 {
     w->setObjectName(nome);
+    campos_.insert(nome, w);
+    ordemCampos_ << w;
+    w->installEventFilter(this);
+}
+
+void FormCadastro::adicionarLinha(const QString &rotulo, QWidget *w, const QString &aba)
+{
     if (aba.isEmpty()) {
         form_->addRow(rotulo, w);
     } else {
         paginaEdicao(aba);
         paginas_[aba]->addRow(rotulo, w);
     }
-    campos_.insert(nome, w);
-    w->installEventFilter(this);
+}
+
+void FormCadastro::adicionarCampo(const QString &nome, const QString &rotulo, QWidget *w, const QString &aba)
+{
+    registrarCampo(nome, w);
+    adicionarLinha(rotulo, w, aba);
 }
 
 void FormCadastro::pesquisar()
@@ -248,8 +280,7 @@ void FormCadastro::BtIncluirClick()
     limpar();
     habilitarEdicao(true);
     Botoes();
-    if (form_->rowCount() > 0)
-        if (QWidget *w = form_->itemAt(0, QFormLayout::FieldRole)->widget()) w->setFocus();
+    focarPrimeiro();
 }
 
 void FormCadastro::BtAlterarClick()
@@ -272,8 +303,7 @@ void FormCadastro::BtAlterarClick()
     idEditado_ = id;
     habilitarEdicao(true);
     Botoes();
-    if (form_->rowCount() > 0)
-        if (QWidget *w = form_->itemAt(0, QFormLayout::FieldRole)->widget()) w->setFocus();
+    focarPrimeiro();
 }
 
 void FormCadastro::BtSalvarClick()

@@ -70,6 +70,10 @@ protected:
     // `aba` puts it on a tab page of the edit area (made on first use); empty = the main area.
     void adicionarCampo(const QString &nome, const QString &rotulo, QWidget *w, const QString &aba = {});
     QWidget *paginaEdicao(const QString &aba);
+    // A field placed by the caller inside a widget of its own (registered for focus, colours and Recusa).
+    void registrarCampo(const QString &nome, QWidget *w);
+    // A row of the edit area (or of a tab page) holding a widget the caller composed.
+    void adicionarLinha(const QString &rotulo, QWidget *w, const QString &aba = {});
     QWidget *campo(const QString &nome) const { return campos_.value(nome); }
     QVBoxLayout *corpo() const { return corpo_; }
 
@@ -87,6 +91,7 @@ protected:
         return false;
     }
     void marcarFalha(QWidget *w);
+    void focarPrimeiro();
 
     db::Transacao &transacao();
     void Botoes();
@@ -104,6 +109,7 @@ private:
     int idEditado_ = 0;
     QHash<QString, QPushButton *> botoes_;
     QHash<QString, QWidget *> campos_;
+    QList<QWidget *> ordemCampos_;  // in screen order, for the first field's focus
     QSet<QWidget *> falhas_;  // fields painted peach by a failed check
     QTableView *grade_ = nullptr;
     ModeloConsulta *modelo_ = nullptr;

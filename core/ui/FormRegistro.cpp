@@ -10,6 +10,7 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QPushButton>
@@ -206,8 +207,25 @@ void escreverWidgetCampo(QWidget *w, const QVariant &v)
 FormRegistro::FormRegistro(DeclaracaoRegistro d, QWidget *parent)
     : FormCadastro(d.classe, d.titulo, d.area, parent), d_(std::move(d))
 {
-    for (const CampoForm &c : d_.campos)
-        adicionarCampo(c.coluna, c.tipo == CampoForm::Marca ? QString() : c.rotulo, criarWidgetCampo(c), c.aba);
+    // Consecutive check boxes on one page share a row, five to a line.
+    for (int i = 0; i < d_.campos.size();) {
+        const CampoForm &c = d_.campos[i];
+        if (c.tipo != CampoForm::Marca) {
+            adicionarCampo(c.coluna, c.rotulo, criarWidgetCampo(c), c.aba);
+            ++i;
+            continue;
+        }
+        auto *caixa = new QWidget;
+        auto *grade = new QGridLayout(caixa);
+        grade->setContentsMargins(0, 0, 0, 0);
+        int n = 0;
+        for (; i < d_.campos.size() && d_.campos[i].tipo == CampoForm::Marca && d_.campos[i].aba == c.aba; ++i, ++n) {
+            QWidget *w = criarWidgetCampo(d_.campos[i]);
+            registrarCampo(d_.campos[i].coluna, w);
+            grade->addWidget(w, n / 5, n % 5);
+        }
+        adicionarLinha(n > 1 ? QStringLiteral("Tipo de cadastro") : QString(), caixa, c.aba);
+    }
     if (!d_.detalhes.isEmpty()) {
         auto *abas = new QTabWidget(this);
         abas->setObjectName("PcDetalhes");
