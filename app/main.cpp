@@ -4,6 +4,7 @@
 #include "Configuracao.h"
 #include "TCadComerciais.h"
 #include "acesso/TLogin.h"
+#include "dados/Monitor.h"
 #include "dados/Tabs.h"
 #include "db/Banco.h"
 #include "principal/InstanciaUnica.h"
@@ -21,6 +22,8 @@
 #include <QFont>
 #include <QLibraryInfo>
 #include <QLocale>
+#include <QSettings>
+#include <QUrl>
 #include <QStyleFactory>
 #include <QTimer>
 #include <QTranslator>
@@ -140,6 +143,11 @@ int main(int argc, char *argv[])
     orb::registrarFormulariosNucleo(pasta);
     orb::registrarAuxiliares();
     orb::registrarComercial();
+    {
+        // The activity monitor's address, when this installation has one.
+        QSettings ini(pasta + "/ORBManager.ini", QSettings::IniFormat);
+        orb::monitor().definirEndereco(QUrl(ini.value("Monitor/Url").toString()));
+    }
 
     orb::TSplash splash;
     splash.show();

@@ -1,6 +1,7 @@
 #include "ui/FormCadastro.h"
 
 #include "acesso/Permissoes.h"
+#include "dados/Monitor.h"
 #include "dados/Tabs.h"
 #include "ui/Mensagens.h"
 #include "ui/Recusa.h"
@@ -314,8 +315,10 @@ void FormCadastro::BtSalvarClick()
     try {
         const int id = gravar(t, idEditado_);
         Registro r{"select * from " + tabela(), {{"ID", id}}};
-        Tabs->Log(t, r, estado_ == Estado::Incluindo ? QStringLiteral("INCLUSÃO") : QStringLiteral("ALTERAÇÃO"));
+        const QString acao = estado_ == Estado::Incluindo ? QStringLiteral("INCLUSÃO") : QStringLiteral("ALTERAÇÃO");
+        Tabs->Log(t, r, acao);
         t.commit();
+        informarMonitor(id, acao);
         estado_ = Estado::Navegando;
         habilitarEdicao(false);
         recarregar(id);
@@ -335,6 +338,7 @@ void FormCadastro::BtCancelarClick()
     Tabs->Deb("procedure " + classe_ + ".BtCancelarClick(Sender: TObject)");
     if (estado_ == Estado::Navegando) return;
     transacao().rollback();
+    if (estado_ == Estado::Alterando) informarMonitor(idEditado_, QStringLiteral("CANCELAMENTO"));
     estado_ = Estado::Navegando;
     habilitarEdicao(false);
     mostrarRegistro();
@@ -352,6 +356,7 @@ void FormCadastro::BtExcluirClick()
         apagar(t, id);
         Tabs->Log(t, Registro{"select * from " + tabela(), {{"ID", id}}}, QStringLiteral("EXCLUSÃO"));
         t.commit();
+        informarMonitor(id, QStringLiteral("EXCLUSÃO"));
         recarregar();
     } catch (const Recusa &r) {
         t.rollback();
@@ -369,6 +374,26 @@ void FormCadastro::marcarFalha(QWidget *w)
     p.setColor(QPalette::Button, QColor(0xFF, 0xDD, 0xCC));
     w->setPalette(p);
     falhas_.insert(w);
+}
+
+void FormCadastro::informarMonitor(int id, const QString &acao)
+{
+    if (monitor().endereco().isEmpty()) return;
+    try {
+        // The record as saved, read again: the monitor sees what the database holds.
+        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+        db::Consulta q(t, QString("Select * From %1 Where Id = :ID").arg(tabela()));
+        q.bind("ID", id);
+        q.executar();
+        Registro r{"select * from " + tabela(), {}};
+        if (q.proxima())
+            for (int i = 0; i < q.colunas(); ++i) r.definir(q.nomeColuna(i), q.valor(i));
+        else
+            r.definir("ID", id);
+        monitor().HttpRequest(tabela(), acao, Tabs->TbToJson({r}));
+    } catch (const db::ErroBanco &) {
+        // The monitor never holds the user up.
+    }
 }
 
 bool FormCadastro::eventFilter(QObject *o, QEvent *e)

@@ -92,6 +92,7 @@ protected:
     }
     void marcarFalha(QWidget *w);
     void focarPrimeiro();
+    void informarMonitor(int id, const QString &acao);
 
     db::Transacao &transacao();
     void Botoes();
