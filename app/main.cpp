@@ -4,6 +4,7 @@
 #include "Configuracao.h"
 #include "TCadComerciais.h"
 #include "acesso/TLogin.h"
+#include "dados/Cep.h"
 #include "dados/Monitor.h"
 #include "dados/Tabs.h"
 #include "db/Banco.h"
@@ -23,6 +24,7 @@
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QSettings>
+#include <QStandardPaths>
 #include <QUrl>
 #include <QStyleFactory>
 #include <QTimer>
@@ -147,6 +149,11 @@ int main(int argc, char *argv[])
         // The activity monitor's address, when this installation has one.
         QSettings ini(pasta + "/ORBManager.ini", QSettings::IniFormat);
         orb::monitor().definirEndereco(QUrl(ini.value("Monitor/Url").toString()));
+        // The address service by CEP, when configured ("…/%1/…"); known CEPs are kept on this computer.
+        orb::buscaCep().definirServico(ini.value("Cep/Url").toString());
+        const QString dados = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
+        QDir().mkpath(dados);
+        orb::buscaCep().definirCache(dados + "/cep.json");
     }
 
     orb::TSplash splash;

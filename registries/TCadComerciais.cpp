@@ -1,5 +1,6 @@
 #include "TCadComerciais.h"
 
+#include "dados/Cep.h"
 #include "dados/Tabs.h"
 #include "principal/Menus.h"
 #include "ui/Mensagens.h"
@@ -134,8 +135,14 @@ TCadComerciais::TCadComerciais(const QString &modo, QWidget *parent)
     : FormRegistro(declaracaoComercial(modoCadastro(modo)), parent), modo_(modoCadastro(modo))
 {
     setWindowTitle(modo_.titulo);
-    for (const char *doc : {"CPF", "CNPJ", "CPFSOCIO1", "CPFSOCIO2", "CODIGO"})
+    for (const char *doc : {"CPF", "CNPJ", "CPFSOCIO1", "CPFSOCIO2", "CODIGO", "CEP"})
         if (QWidget *w = campo(doc)) w->installEventFilter(this);
+    connect(&buscaCep(), &BuscaCep::encontrado, this, [this](const Endereco &e) {
+        Endereco c = e;
+        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+        c.idCidade = BuscaCep::idCidade(t, e.cidade, e.uf);
+        preencherEndereco(c);
+    });
     if (auto *p = qobject_cast<QComboBox *>(campo("PESSOA")))
         connect(p, &QComboBox::currentIndexChanged, this, &TCadComerciais::pessoaMudou);
     if (modo_.flag.isEmpty()) {
@@ -229,12 +236,33 @@ void TCadComerciais::conferirDocumento(const QString &coluna)
     }
 }
 
+void TCadComerciais::preencherEndereco(const Endereco &e)
+{
+    if (estado() == Estado::Navegando || e.cep != valorDoCampo("CEP").toString()) return;
+    // What the user typed already stays; only empty fields are filled.
+    if (!e.logradouro.isEmpty() && !preenchido(valorDoCampo("ENDERECO"))) definirValor("ENDERECO", e.logradouro.left(30));
+    if (!e.bairro.isEmpty() && !preenchido(valorDoCampo("BAIRRO"))) definirValor("BAIRRO", e.bairro.left(30));
+    if (e.idCidade) definirValor("IDCIDADE", e.idCidade);
+}
+
+void TCadComerciais::buscarCep()
+{
+    if (estado() == Estado::Navegando) return;
+    Tabs->Deb("procedure TCadComerciais.EdCepExit(Sender: TObject)");
+    const QString cep = valorDoCampo("CEP").toString();
+    if (cep.size() != 8) return;
+    db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+    preencherEndereco(buscaCep().local(t, cep));
+    buscaCep().consultar(cep);
+}
+
 bool TCadComerciais::eventFilter(QObject *o, QEvent *e)
 {
     if (e->type() == QEvent::FocusOut)
         if (auto *w = qobject_cast<QWidget *>(o)) {
             const QString n = w->objectName();
             if (n == "CPF" || n == "CNPJ" || n == "CPFSOCIO1" || n == "CPFSOCIO2" || n == "CODIGO") conferirDocumento(n);
+            if (n == "CEP") buscarCep();
         }
     return FormRegistro::eventFilter(o, e);
 }

@@ -17,6 +17,8 @@ public:
     // Checks of a document field when the user leaves it (validity, then duplicates).
     void conferirDocumento(const QString &coluna);
     QCheckBox *ver(const QString &flag) const;
+    // Address by CEP when the user leaves the CEP field.
+    void buscarCep();
 
 protected:
     void limpar() override;
@@ -27,6 +29,7 @@ protected:
     bool eventFilter(QObject *o, QEvent *e) override;
 
 private:
+    void preencherEndereco(const struct Endereco &e);
     void pessoaMudou();
     ModoCadastro modo_;
     QList<QCheckBox *> ver_;

@@ -3,11 +3,16 @@
 #include "TCadComerciais.h"
 #include "acesso/Sessao.h"
 #include "apoio/BancoTeste.h"
+#include "dados/Cep.h"
 #include "dados/Tabs.h"
 #include "ui/Mensagens.h"
 
 #include <QComboBox>
 #include <QLineEdit>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -109,6 +114,53 @@ TEST_F(TCadComerciaisTest, LegalPersonCustomerNeedsCnpjSupplierDoesNot)
             EXPECT_EQ(f.estado(), FormCadastro::Estado::Navegando);
         }
     }
+}
+
+// Offline the city comes from the registry; a configured service adds street and district, and
+// what it answered is kept for the next time.
+TEST_F(TCadComerciaisTest, AddressByCep)
+{
+    QTemporaryDir dir;
+    BuscaCep &b = buscaCep();
+    b.definirCache(dir.filePath("cep.json"));
+    b.definirServico({});
+    int taubate = 0;
+    {
+        db::Transacao t(tabs.DbORB());
+        taubate = db::escalar(t, "insert into TbCidades (Cidade, Uf, Cep) values ('Taubaté', 'SP', '12010000') returning Id").toInt();
+        t.commit();
+    }
+    db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+    EXPECT_EQ(b.local(t, "12010-000").idCidade, taubate);
+    EXPECT_EQ(b.local(t, "12010-999").idCidade, taubate);  // same CEP range
+    EXPECT_FALSE(b.local(t, "01310-100").achou());
+
+    QTcpServer http;  // the address service, answering one CEP
+    ASSERT_TRUE(http.listen(QHostAddress::LocalHost));
+    QObject::connect(&http, &QTcpServer::newConnection, [&] {
+        QTcpSocket *s = http.nextPendingConnection();
+        QObject::connect(s, &QTcpSocket::readyRead, [s] {
+            s->readAll();
+            const QByteArray corpo = R"({"logradouro":"Rua Quatro de Março","bairro":"Centro","localidade":"Taubaté","uf":"SP"})";
+            s->write("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: " + QByteArray::number(corpo.size())
+                     + "\r\nConnection: close\r\n\r\n" + corpo);
+            s->disconnectFromHost();
+        });
+    });
+    b.definirServico(QString("http://127.0.0.1:%1/cep/%2").arg(http.serverPort()).arg("%1"));
+    TCadComerciais f("Cl");
+    f.BtIncluirClick();
+    QSignalSpy achou(&b, &BuscaCep::encontrado);
+    digitar(f, "CEP", "12010000");
+    f.buscarCep();
+    EXPECT_EQ(f.valorDoCampo("IDCIDADE").toInt(), taubate);  // at once, from the registry
+    ASSERT_TRUE(achou.wait(5000));
+    EXPECT_EQ(f.valorDoCampo("ENDERECO").toString(), "Rua Quatro de Março");
+    EXPECT_EQ(f.valorDoCampo("BAIRRO").toString(), "Centro");
+    f.BtCancelarClick();
+    b.definirServico({});
+    EXPECT_EQ(b.local(t, "12010000").logradouro, "Rua Quatro de Março");  // from the cache, offline
+    b.definirCache({});
 }
 
 } // namespace
