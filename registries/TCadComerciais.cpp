@@ -19,13 +19,7 @@ namespace {
 
 using C = CampoForm;
 
-const QList<QPair<QString, QString>> kUfs = [] {
-    QList<QPair<QString, QString>> r;
-    for (const char *uf : {"AC", "AL", "AM", "AP", "BA", "CE", "DF", "ES", "GO", "MA", "MG", "MS", "MT", "PA", "PB",
-                           "PE", "PI", "PR", "RJ", "RN", "RO", "RR", "RS", "SC", "SE", "SP", "TO"})
-        r.append(qMakePair(QString(uf), QString(uf)));
-    return r;
-}();
+
 
 const char *kSqlCidades = "Select Id, Cidade || ' - ' || Uf From TbCidades Order By Cidade";
 const char *kSqlOpTel = "Select Id, Nome From TbOpTel Order By Nome";

@@ -460,7 +460,11 @@ void Consulta::executar()
         for (unsigned i = 0; i < n; ++i) {
             int a = tipos[i];
             if (a == -SQL_INT64) a = -SQL_INT64 * 100 - vals[i].value<Decimal>().escala();
-            if (a == SQL_VARYING) a = SQL_VARYING * 100000 + int(vals[i].toString().toUtf8().size());
+            // Text up to the column's own size reuses the message; only longer text needs a new one.
+            if (a == SQL_VARYING) {
+                const int tam = int(vals[i].toString().toUtf8().size());
+                a = SQL_VARYING * 100000 + (tam <= int(d->inServidor->getLength(&s, i)) ? 0 : tam);
+            }
             assinatura[i] = a;
         }
         if (!d->in || assinatura != d->tiposEnviados) {
@@ -470,48 +474,26 @@ void Consulta::executar()
                 if (!vals[i].isValid() || vals[i].isNull()) {
                     continue;  // keep the server's own description; only the null flag is sent
                 }
+                // Type, length and scale of the value as we send it (nullable, so the null flag counts).
+                auto definir = [&](unsigned tipo, unsigned tamanho, int escala) {
+                    b->setType(&s, i, tipo + 1);
+                    b->setLength(&s, i, tamanho);
+                    b->setScale(&s, i, escala);
+                };
                 switch (t) {
-                case -SQL_INT64:
-                    b->setType(&s, i, SQL_INT64 + 1);
-                    b->setLength(&s, i, sizeof(ISC_INT64));
-                    b->setScale(&s, i, -vals[i].value<Decimal>().escala());
-                    break;
-                case SQL_INT64:
-                    b->setType(&s, i, SQL_INT64 + 1);
-                    b->setLength(&s, i, sizeof(ISC_INT64));
-                    b->setScale(&s, i, 0);
-                    break;
-                case SQL_DOUBLE:
-                    b->setType(&s, i, SQL_DOUBLE + 1);
-                    b->setLength(&s, i, sizeof(double));
-                    b->setScale(&s, i, 0);
-                    break;
-                case SQL_TYPE_DATE:
-                    b->setType(&s, i, SQL_TYPE_DATE + 1);
-                    b->setLength(&s, i, sizeof(ISC_DATE));
-                    b->setScale(&s, i, 0);
-                    break;
-                case SQL_TIMESTAMP:
-                    b->setType(&s, i, SQL_TIMESTAMP + 1);
-                    b->setLength(&s, i, sizeof(ISC_TIMESTAMP));
-                    b->setScale(&s, i, 0);
-                    break;
-                case SQL_TYPE_TIME:
-                    b->setType(&s, i, SQL_TYPE_TIME + 1);
-                    b->setLength(&s, i, sizeof(ISC_TIME));
-                    b->setScale(&s, i, 0);
-                    break;
-                case SQL_BOOLEAN:
-                    b->setType(&s, i, SQL_BOOLEAN + 1);
-                    b->setLength(&s, i, 1);
-                    break;
-                case SQL_BLOB:
-                    b->setType(&s, i, SQL_BLOB + 1);
-                    b->setLength(&s, i, sizeof(ISC_QUAD));
-                    break;
+                case -SQL_INT64: definir(SQL_INT64, sizeof(ISC_INT64), -vals[i].value<Decimal>().escala()); break;
+                case SQL_INT64: definir(SQL_INT64, sizeof(ISC_INT64), 0); break;
+                case SQL_DOUBLE: definir(SQL_DOUBLE, sizeof(double), 0); break;
+                case SQL_TYPE_DATE: definir(SQL_TYPE_DATE, sizeof(ISC_DATE), 0); break;
+                case SQL_TIMESTAMP: definir(SQL_TIMESTAMP, sizeof(ISC_TIMESTAMP), 0); break;
+                case SQL_TYPE_TIME: definir(SQL_TYPE_TIME, sizeof(ISC_TIME), 0); break;
+                case SQL_BOOLEAN: definir(SQL_BOOLEAN, 1, 0); break;
+                case SQL_BLOB: definir(SQL_BLOB, sizeof(ISC_QUAD), 0); break;
                 case SQL_VARYING:
                     b->setType(&s, i, SQL_VARYING + 1);
-                    b->setLength(&s, i, unsigned(std::max<qsizetype>(1, vals[i].toString().toUtf8().size())));
+                    b->setLength(&s, i, std::max({1u, unsigned(vals[i].toString().toUtf8().size()),
+                                                  tipoBase(d->inServidor->getType(&s, i)) == SQL_VARYING
+                                                      ? d->inServidor->getLength(&s, i) : 0u}));
                     b->setCharSet(&s, i, kUtf8);
                     b->setScale(&s, i, 0);
                     break;

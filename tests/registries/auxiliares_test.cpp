@@ -1,7 +1,7 @@
 // The lookup registries: rules of each declaration, and one registry driven through its widgets.
 
 #include "Auxiliares.h"
-#include "apoio/BancoTeste.h"
+#include "apoio/TabsTeste.h"
 #include "acesso/Sessao.h"
 #include "dados/Monitor.h"
 #include "dados/Tabs.h"
@@ -25,24 +25,7 @@ using namespace orb;
 
 namespace {
 
-struct AuxiliaresTest : ::testing::Test {
-    teste::BancoTemporario bt;
-    TTabs tabs;
-    MensageiroTeste msg;
-    void SetUp() override
-    {
-        Tabs = &tabs;
-        tabs.conectar(db::Banco::abrir(bt.conexao()));
-        sessao() = Sessao{};
-        sessao().nivel = 999;
-        sessao().idUsuario = 2;
-    }
-    void TearDown() override
-    {
-        tabs.desconectar();
-        Tabs = nullptr;
-        sessao() = Sessao{};
-    }
+struct AuxiliaresTest : teste::ComTabs {
 };
 
 // With every field empty, then filling them one at a time in screen order, each save is refused

@@ -18,36 +18,29 @@ struct ComercialTest : ::testing::Test {
     db::Transacao t{bt.banco()};
     Sessao atual{2, "ADMIN", "ADMIN", "A", 1, 999};
 
+    QVariant sql(const QString &s, const Valores &p = {}) { return db::escalar(t, s, p); }
+    int contar(const QString &s, int id = 0) { return sql(s, s.contains(":ID") ? Valores{{"ID", id}} : Valores{}).toInt(); }
+    QVariant ler(int id, const QString &col) { return sql("Select " + col + " From TbCad Where Id = :ID", {{"ID", id}}); }
     // A row put in directly, around the rules, as older data or other modules leave it.
     int inserir(Valores v)
     {
         v.try_emplace("CODIGO", proximoCodigo(t, "TBCAD"));
         QStringList c;
-        std::map<QString, QVariant> p;
-        for (const auto &[k, x] : v) c << k, p[k] = x;
-        return db::escalar(t, "Insert Into TbCad (" + c.join(", ") + ") Values (:" + c.join(", :") + ") Returning Id", p).toInt();
+        for (const auto &kv : v) c << kv.first;
+        return sql("Insert Into TbCad (" + c.join(", ") + ") Values (:" + c.join(", :") + ") Returning Id", v).toInt();
     }
-    void situacao(int fk, const QDate &d, const QString &s, QVariant rep = {})
+    void situacao(int fk, const QDate &d, const QString &s)
     {
-        db::executar(t, "Insert Into TbCadSit (Fk, Data, Situacao, IdRep) Values (:FK, :D, :S, :R)",
-                     {{"FK", fk}, {"D", d}, {"S", s}, {"R", rep}});
+        db::executar(t, "Insert Into TbCadSit (Fk, Data, Situacao) Values (:FK, :D, :S)", {{"FK", fk}, {"D", d}, {"S", s}});
     }
-    QVariant ler(int id, const QString &col) { return db::escalar(t, "Select " + col + " From TbCad Where Id = :ID", {{"ID", id}}); }
-    int contar(const QString &sql, int id = 0)
-    {
-        return db::escalar(t, sql, sql.contains(":ID") ? std::map<QString, QVariant>{{"ID", id}} : std::map<QString, QVariant>{}).toInt();
-    }
-    // Names the browse query lists, in its order, and the situation column by name.
-    QStringList listar(const BuscaCadastro &b, QMap<QString, QString> *sit = nullptr)
+    // Names the browse query lists, in its order, each with its situation when asked.
+    QStringList listar(const BuscaCadastro &b, bool comSituacao = false)
     {
         db::Consulta q(t, b.sql);
         for (const auto &[k, x] : b.parametros) q.bind(k, x);
         q.executar();
         QStringList r;
-        while (q.proxima()) {
-            r << q["NOME"].toString();
-            if (sit) (*sit)[r.last()] = q["Z_SITUACAO"].toString();
-        }
+        while (q.proxima()) r << q["NOME"].toString() + (comSituacao ? "=" + q["Z_SITUACAO"].toString() : "");
         return r;
     }
     // A record the save accepts, to be spoiled by each case.
@@ -61,18 +54,12 @@ struct ComercialTest : ::testing::Test {
 
 TEST(CpfCnpj, CheckDigits)
 {
-    const struct { QString doc; bool cpf, cnpj; } casos[] = {
-        {"52998224725", true, false},         {"529.982.247-25", true, false},      {"98765432100", true, false},
-        {"52998224724", false, false},        {"52998224735", false, false},        {"11111111111", false, false},
-        {"00000000000", false, false},        {"5299822472", false, false},         {"529982247250", false, false},
-        {"529.982.247-2x", false, false},     {"", false, false},                   {"11222333000181", false, true},
-        {"11.222.333/0001-81", false, true},  {"12345678000195", false, true},      {"11222333000182", false, false},
-        {"11222333000191", false, false},     {"22222222222222", false, false},     {"1122233300018", false, false},
-    };
-    for (const auto &c : casos) {
-        EXPECT_EQ(cpfValido(c.doc), c.cpf) << c.doc.toStdString();
-        EXPECT_EQ(cnpjValido(c.doc), c.cnpj) << c.doc.toStdString();
-    }
+    // 98765432100's first check digit comes from a remainder below 2, which gives 0.
+    for (const QString cpf : {"52998224725", "529.982.247-25", "98765432100"}) EXPECT_TRUE(cpfValido(cpf)) << cpf.toStdString();
+    for (const QString cnpj : {"11222333000181", "11.222.333/0001-81"}) EXPECT_TRUE(cnpjValido(cnpj)) << cnpj.toStdString();
+    for (const QString doc : {"52998224724", "52998224735", "11111111111", "5299822472", "529982247250", "529.982.247-2x",
+                              "11222333000182", "11222333000191"})
+        EXPECT_FALSE(cpfValido(doc) || cnpjValido(doc)) << doc.toStdString();
 }
 
 TEST(ComercialModos, FlagCaptionAndPerson)
@@ -86,30 +73,27 @@ TEST(ComercialModos, FlagCaptionAndPerson)
     };
     for (const auto &c : casos) {
         const ModoCadastro m = modoCadastro(c.cod);
-        EXPECT_EQ(m.flag, c.flag) << c.cod.toStdString();
-        EXPECT_EQ(m.titulo, c.titulo);
-        EXPECT_EQ(m.pessoaInicial, c.pessoa);
+        EXPECT_EQ(QStringList({m.flag, m.titulo, m.pessoaInicial}), QStringList({c.flag, c.titulo, c.pessoa})) << c.cod.toStdString();
     }
     EXPECT_THROW(modoCadastro("Xx"), std::invalid_argument);
 }
 
 TEST_F(ComercialTest, NewRecordDefaultsPerMode)
 {
-    const int cidade = db::escalar(t, "Insert Into TbCidades (Cidade, Uf, Cep) Values ('MARINGA', 'PR', '87000000') Returning Id").toInt();
+    const int cidade = sql("Insert Into TbCidades (Cidade, Uf, Cep) Values ('MARINGA', 'PR', '87000000') Returning Id").toInt();
     db::executar(t, "Update TbCad Set IdCidade = :C, Cep = '87010000' Where Id = 1", {{"C", cidade}});
     inserir({{"NOME", "X"}, {"CODIGO", 41}});
     const QDateTime agora(kHoje, QTime(9, 30));
-    for (const QString cod : {"Cl", "Fo", "Em", "Md", "Co", "Cv", "Pr", ""}) {
+    for (const QString cod : {"Cl", "Fo", ""}) {  // a person, a company, no role at all
         SCOPED_TRACE(cod.toStdString());
         const ModoCadastro m = modoCadastro(cod);
         Valores v = novoCadastro(t, m, agora);
         EXPECT_EQ(v["CODIGO"].toInt(), 42);
         EXPECT_EQ(v["DATACADASTRO"].toDateTime(), agora);
         for (const QString &f : kPapeis) EXPECT_EQ(v[f].toString(), f == m.flag ? "S" : "N") << f.toStdString();
-        EXPECT_EQ(v["PESSOA"].toString(), m.pessoaInicial);
-        EXPECT_EQ(v["TIPOCLIENTE"].toString(), "V");
-        EXPECT_EQ(v["SEXO"].toString(), m.pessoaInicial == "F" ? "M" : "");
-        EXPECT_EQ(v["ESTADOCIVIL"].toString(), m.pessoaInicial == "F" ? "SOLTEIRO(A)" : "");
+        const bool f = m.pessoaInicial == "F";
+        EXPECT_EQ(QStringList({v["PESSOA"].toString(), v["TIPOCLIENTE"].toString(), v["SEXO"].toString(), v["ESTADOCIVIL"].toString()}),
+                  QStringList({m.pessoaInicial, "V", f ? "M" : "", f ? "SOLTEIRO(A)" : ""}));
         EXPECT_EQ(v["IDCIDADE"].toInt(), cidade);
         EXPECT_EQ(v["CEP"].toString(), "87010000");
     }
@@ -129,39 +113,27 @@ TEST_F(ComercialTest, BrowseFiltersSearchesAndHidesAdmin)
     const struct { QString modo, ordem, texto; QList<QString> ver; QStringList nomes; } casos[] = {
         {"Cl", "NOME", "", {}, {"ANA"}},
         {"Cl", "NOME", "", {"Ver Fornecedores", "Ver Transportadoras"}, {"ANA", "BETA LTDA", "CARGA"}},
-        {"", "NOME", "", {}, {"ANA", "BETA LTDA", "CARGA", "SUA EMPRESA AQUI"}},
-        {"", "NOME", "", {"Ver Transportadoras"}, {"CARGA"}},
-        {"", "NOME", "admin", {}, {}},
-        {"", "APELIDO", "nin", {}, {"ANA"}},
-        {"", "RAZÃO SOCIAL", "comercio", {}, {"BETA LTDA"}},
-        {"", "CPF", "529.982.247-25", {}, {"ANA", "BETA LTDA"}},
-        {"Cl", "CPF", "52998224725", {}, {"ANA"}},
-        {"", "CNPJ", "11.222.333/0001-81", {}, {"BETA LTDA"}},
-        {"", "CÓDIGO", "77", {}, {"CARGA"}},
-        {"", "CÓDIGO", "sete", {}, {}},
-        {"", "TELEFONE", "(44)3222", {}, {"ANA"}},
-        {"", "IDENTIDADE", "778", {}, {"ANA"}},
-        {"", "INSCR. ESTADUAL", "ISENTO", {}, {"BETA LTDA"}},
-        {"", "INSCR. MUNICIPAL", "ISENTO", {}, {}},
+        {"", "APELIDO", "nin", {}, {"ANA"}},              {"", "RAZÃO SOCIAL", "comercio", {}, {"BETA LTDA"}},
+        {"", "CPF", "529.982.247-25", {}, {"ANA", "BETA LTDA"}}, {"", "CNPJ", "11.222.333/0001-81", {}, {"BETA LTDA"}},
+        {"", "CÓDIGO", "77", {}, {"CARGA"}},              {"", "CÓDIGO", "sete", {}, {}},
+        {"", "TELEFONE", "(44)3222", {}, {"ANA"}},        {"", "IDENTIDADE", "778", {}, {"ANA"}},
+        {"", "INSCR. ESTADUAL", "ISENTO", {}, {"BETA LTDA"}}, {"", "INSCR. MUNICIPAL", "ISENTO", {}, {}},
     };
     for (const auto &c : casos) {
-        SCOPED_TRACE((c.modo + "/" + c.ordem + "/" + c.texto).toStdString());
         QStringList achados = listar(sqlBusca(modoCadastro(c.modo), c.ordem, c.texto, c.ver, kHoje));
         achados.sort();
-        EXPECT_EQ(achados, c.nomes);
+        EXPECT_EQ(achados, c.nomes) << (c.modo + "/" + c.ordem + "/" + c.texto).toStdString();
     }
     EXPECT_EQ(listar(sqlBusca(modoCadastro(""), "CÓDIGO", "", {}, kHoje)), QStringList({"SUA EMPRESA AQUI", "ANA", "BETA LTDA", "CARGA"}));
-    QMap<QString, QString> sit;
-    listar(sqlBusca(modoCadastro("Cl"), "NOME", "", {}, kHoje), &sit);
-    EXPECT_EQ(sit["ANA"], "A");  // tomorrow's "I" is not current yet
-    listar(sqlBusca(modoCadastro("Cl"), "NOME", "", {}, kHoje.addDays(1)), &sit);
-    EXPECT_EQ(sit["ANA"], "I");
+    EXPECT_EQ(listar(sqlBusca(modoCadastro("Cl"), "NOME", "", {}, kHoje), true), QStringList{"ANA=A"});  // tomorrow's "I" not yet
+    EXPECT_EQ(listar(sqlBusca(modoCadastro("Cl"), "NOME", "", {}, kHoje.addDays(1)), true), QStringList{"ANA=I"});
 }
 
 TEST_F(ComercialTest, CurrentSituation)
 {
+    // Today's row counts, tomorrow's not yet; on one day the last typed wins.
     const struct { QList<QPair<int, QString>> linhas; QString atual; } casos[] = {
-        {{{-1, "A"}, {1, "I"}}, "A"}, {{{-5, "A"}, {0, "B"}}, "B"}, {{{1, "I"}}, ""}, {{}, ""}, {{{-2, "A"}, {-2, "B"}}, "B"},
+        {{{-1, "A"}, {1, "I"}}, "A"}, {{{-5, "A"}, {0, "B"}}, "B"}, {{{1, "I"}}, ""}, {{{-2, "A"}, {-2, "B"}}, "B"},
     };
     for (const auto &c : casos) {
         const int id = inserir({{"NOME", "S"}});
@@ -173,14 +145,12 @@ TEST_F(ComercialTest, CurrentSituation)
 TEST_F(ComercialTest, RepeatedDocumentsAndCodes)
 {
     const int ana = inserir({{"NOME", "ANA"}, {"CPF", "52998224725"}, {"CODIGO", 50}});
-    inserir({{"NOME", "VAZIO"}, {"CNPJ", ""}});
+    inserir({{"NOME", "BETA"}, {"CNPJ", "11222333000181"}});
     const struct { int id; QString col, valor, msg; } casos[] = {
         {0, "CPF", "529.982.247-25", kCpfExistente}, {ana, "CPF", "52998224725", ""}, {0, "CPF", "", ""},
-        {0, "CPF", "11144477735", ""}, {0, "CNPJ", "", ""}, {0, "CNPJ", "11222333000181", ""},
+        {0, "CPF", "11144477735", ""}, {0, "CNPJ", "11.222.333/0001-81", kCnpjExistente},
     };
     for (const auto &c : casos) EXPECT_EQ(documentoRepetido(t, c.id, c.col, c.valor), c.msg) << c.valor.toStdString();
-    inserir({{"NOME", "BETA"}, {"CNPJ", "11222333000181"}});
-    EXPECT_EQ(documentoRepetido(t, 0, "CNPJ", "11.222.333/0001-81"), kCnpjExistente);
     EXPECT_TRUE(codigoRepetido(t, 0, 50));
     EXPECT_FALSE(codigoRepetido(t, ana, 50));
     EXPECT_FALSE(codigoRepetido(t, 0, 99));
@@ -189,30 +159,24 @@ TEST_F(ComercialTest, RepeatedDocumentsAndCodes)
 TEST_F(ComercialTest, SaveCollectsEveryMissingFieldAndWritesNothing)
 {
     const int antes = contar("Select Count(*) From TbCad");
-    const QList<Valores> amanha = {{{"SITUACAO", "A"}, {"DATA", kHoje.addDays(1)}}};
     const struct { QString modo; Valores v; QList<Valores> sits; QStringList campos; } casos[] = {
-        {"Cl", {{"CODIGO", 1}, {"PESSOA", "J"}, {"CL", "S"}, {"NOME", " "}}, amanha,
+        {"Cl", {{"CODIGO", 1}, {"PESSOA", "J"}, {"CL", "S"}, {"NOME", " "}}, {{{"SITUACAO", "A"}, {"DATA", kHoje.addDays(1)}}},
          {"CODIGO", "NOME", "APELIDO", "RAZAOSOCIAL", "CNPJ", "TBCADSIT"}},
-        {"Md", {{"PESSOA", "F"}, {"NOME", "X"}, {"RAZAOSOCIAL", "Y"}}, {},
-         {"CODIGO", "APELIDO", "CL", "TBCADMEDSIT"}},
+        {"Md", {{"PESSOA", "F"}, {"NOME", "X"}, {"RAZAOSOCIAL", "Y"}}, {}, {"CODIGO", "APELIDO", "CL", "TBCADMEDSIT"}},
         {"Cl", valido("J", "CL"), {}, {"CNPJ"}},
     };
+    QString primeiroTexto;
     for (const auto &c : casos) {
         try {
             salvarCadastro(t, 0, c.v, modoCadastro(c.modo), c.sits, atual, kHoje);
             ADD_FAILURE() << "saved " << c.campos.join(",").toStdString();
         } catch (const RecusaCampos &r) {
             EXPECT_EQ(r.campos, c.campos);
-            EXPECT_EQ(r.campo, c.campos.first());
+            if (primeiroTexto.isEmpty()) primeiroTexto = r.texto;
         }
     }
-    try {
-        salvarCadastro(t, 0, casos[0].v, modoCadastro("Cl"), amanha, atual, kHoje);
-        ADD_FAILURE() << "saved";
-    } catch (const RecusaCampos &r) {
-        EXPECT_EQ(r.texto, "As informações a seguir devem preenchidas para que o cadastro possa ser salvo!\rVerifique os "
-                           "campos e tente salvar novamente:\rCódigo já existente!\rNome\rApelido\rRazão Social\rCNPJ\rSituação");
-    }
+    EXPECT_EQ(primeiroTexto, "As informações a seguir devem preenchidas para que o cadastro possa ser salvo!\rVerifique os "
+                             "campos e tente salvar novamente:\rCódigo já existente!\rNome\rApelido\rRazão Social\rCNPJ\rSituação");
     EXPECT_EQ(contar("Select Count(*) From TbCad"), antes);
     // An old record without any situation is refused too; a supplier company needs no CNPJ.
     const int velho = inserir({{"NOME", "V"}, {"APELIDO", "V"}, {"CL", "S"}});
@@ -222,38 +186,27 @@ TEST_F(ComercialTest, SaveCollectsEveryMissingFieldAndWritesNothing)
 
 TEST_F(ComercialTest, SaveClearsTheOtherPersonTypeAndAddsFirstSituation)
 {
-    const Valores ambos = {{"CPF", "529.982.247-25"}, {"PAI", "P"}, {"SEXO", "M"}, {"DATANASC", QDate(1990, 1, 1)},
-                           {"CNPJ", "11222333000181"}, {"SOCIO1", "S1"}, {"INSCRESTADUAL", "IE"}, {"TELEFONE1", "(44) 3222-1111"}};
     for (const QString pessoa : {"F", "J"}) {
         Valores v = valido(pessoa, "CL");
-        for (const auto &[k, x] : ambos) v[k] = x;
+        v.insert({{"CPF", "529.982.247-25"}, {"PAI", "P"}, {"CNPJ", "11222333000181"}, {"SOCIO1", "S1"}});
         const int id = salvarCadastro(t, 0, v, modoCadastro("Cl"), {}, atual, kHoje);
         const bool f = pessoa == "F";
         EXPECT_EQ(ler(id, "CPF").toString(), f ? "52998224725" : "");
         EXPECT_EQ(ler(id, "PAI").isNull(), !f);
-        EXPECT_EQ(ler(id, "DATANASC").isNull(), !f);
-        EXPECT_EQ(ler(id, "CNPJ").isNull(), f);
-        EXPECT_EQ(ler(id, "SOCIO1").isNull(), f);
-        EXPECT_EQ(ler(id, "RAZAOSOCIAL").isNull(), f);
-        EXPECT_EQ(ler(id, "TELEFONE1").toString(), "4432221111");
+        for (const QString col : {"CNPJ", "SOCIO1", "RAZAOSOCIAL"}) EXPECT_EQ(ler(id, col).isNull(), f) << col.toStdString();
         EXPECT_EQ(contar("Select Count(*) From TbCadSit Where Fk = :ID and Situacao = 'A' and IdResp = 2 and Data = '2026-03-10'", id), 1);
     }
 }
 
 TEST_F(ComercialTest, UserDataPasswordsAndTypeRights)
 {
+    // Who saves (session type), the type given, login, password, web password, refusal.
     const struct { QString quem, tipo, login, senha, web, msg; } casos[] = {
-        {"A", "U", "JOAO", "1234567890", "", ""},
-        {"A", "U", "JOAO2", "12345678901", "", kSenhaMaxima},
-        {"A", "U", "JOAO3", "123", "12345678901", kSenhaMaxima},
-        {"A", "U", "", "123", "", kDefinaUsuarioSenha},
-        {"A", "U", "JOAO4", "", "", kDefinaUsuarioSenha},
-        {"U", "A", "JOAO5", "123", "", kSemPermissaoTipoUsuario},
-        {"S", "A", "JOAO6", "123", "", kSemPermissaoTipoUsuario},
-        {"S", "S", "JOAO7", "123", "", ""},
-        {"U", "S", "JOAO8", "123", "", kSemPermissaoTipoUsuario},
-        {"D", "A", "JOAO9", "123", "web", ""},
-        {"A", "U", "admin", "123", "", kUsuarioRepetido},
+        {"A", "U", "JOAO", "1234567890", "", ""},          {"A", "U", "JOAO2", "12345678901", "", kSenhaMaxima},
+        {"A", "U", "JOAO3", "123", "12345678901", kSenhaMaxima}, {"A", "U", "", "123", "", kDefinaUsuarioSenha},
+        {"A", "U", "JOAO4", "", "", kDefinaUsuarioSenha},   {"S", "A", "JOAO6", "123", "", kSemPermissaoTipoUsuario},
+        {"S", "S", "JOAO7", "123", "", ""},                 {"U", "S", "JOAO8", "123", "", kSemPermissaoTipoUsuario},
+        {"D", "A", "JOAO9", "123", "web", ""},              {"A", "U", "admin", "123", "", kUsuarioRepetido},
     };
     for (const auto &c : casos) {
         SCOPED_TRACE(c.login.toStdString() + c.quem.toStdString() + c.tipo.toStdString());
@@ -265,7 +218,6 @@ TEST_F(ComercialTest, UserDataPasswordsAndTypeRights)
         try {
             const int id = salvarCadastro(t, 0, v, modoCadastro("Fu"), {}, s, kHoje);
             EXPECT_EQ(c.msg, "");
-            EXPECT_EQ(ler(id, "SENHA").toString(), MD5(c.senha));
             EXPECT_EQ(ler(id, "SENHAWEB").toString(), c.web.isEmpty() ? "" : MD5(c.web));
             // An edit without a typed password keeps the stored hash.
             salvarCadastro(t, id, {{"NOME", "OUTRO"}}, modoCadastro("Fu"), {}, s, kHoje);
@@ -281,56 +233,52 @@ TEST_F(ComercialTest, UserDataPasswordsAndTypeRights)
 TEST_F(ComercialTest, DeleteRefusalsInOrder)
 {
     // Case i sets up the dependencies of its own rule and of every later one: the first must win.
-    const struct { QString msg; std::function<void(int)> prepara; } regras[] = {
+    const std::pair<QString, QString> regras[] = {
         {"Esta empresa não pode ser excluída pois a mesma esta definida como a Empresa Padrão do Sistema!",
-         [&](int id) { db::executar(t, "Update TbParGlobais Set IdEmpresa = :ID", {{"ID", id}}); }},
+         "Update TbParGlobais Set IdEmpresa = :ID"},
         {"O usuário ADMIN não pode ser excluído!",
-         [&](int id) { db::executar(t, "Update TbCad Set Usuario = 'ADMIN' Where Id = :ID", {{"ID", id}}); }},
+         "Update TbCad Set Usuario = 'ADMIN' Where Id = :ID"},
         {"Este cliente não pode ser excluído pois já existe alguma venda para o mesmo!",
-         [&](int id) { db::executar(t, "Insert Into TbCom (Op, IdCad) Values (1, :ID)", {{"ID", id}}); }},
+         "Insert Into TbCom (Op, IdCad) Values (1, :ID)"},
         {"Este cliente não pode ser excluído pois já existe algum contrato para o mesmo!",
-         [&](int id) { db::executar(t, "Insert Into TbCom (Op, IdCad) Values (3, :ID)", {{"ID", id}}); }},
+         "Insert Into TbCom (Op, IdCad) Values (3, :ID)"},
         {"Este cliente não pode ser excluído pois já existe alguma conta a receber para o mesmo!",
-         [&](int id) { db::executar(t, "Insert Into TbContas (Tipo, IdCad) Values ('C', :ID)", {{"ID", id}}); }},
+         "Insert Into TbContas (Tipo, IdCad) Values ('C', :ID)"},
         {"Este fornecedor não pode ser excluído pois já existe alguma compra para o mesmo!",
-         [&](int id) { db::executar(t, "Insert Into TbCom (Op, IdCad) Values (4, :ID)", {{"ID", id}}); }},
+         "Insert Into TbCom (Op, IdCad) Values (4, :ID)"},
         {"Este fornecedor não pode ser excluído pois já existe alguma conta a pagar para o mesmo!",
-         [&](int id) { db::executar(t, "Insert Into TbContas (Tipo, IdCad) Values ('D', :ID)", {{"ID", id}}); }},
+         "Insert Into TbContas (Tipo, IdCad) Values ('D', :ID)"},
         {"Este fornecedor não pode ser excluído pois já existe alguma mercadoria no estoque para o mesmo!",
-         [&](int id) { db::executar(t, "Insert Into TbItensForn (IdFornecedor) Values (:ID)", {{"ID", id}}); }},
+         "Insert Into TbItensForn (IdFornecedor) Values (:ID)"},
         {"Esta transportadora não pode ser excluída pois já existe alguma venda para a mesma!",
-         [&](int id) { db::executar(t, "Insert Into TbComFat (IdTransportadora) Values (:ID)", {{"ID", id}}); }},
+         "Insert Into TbComFat (IdTransportadora) Values (:ID)"},
         {"Este vendedor não pode ser excluído pois já existe alguma venda para o mesmo!",
-         [&](int id) { db::executar(t, "Insert Into TbCom (Op, IdRepresentante) Values (2, :ID)", {{"ID", id}}); }},
+         "Insert Into TbCom (Op, IdRepresentante) Values (2, :ID)"},
         {"Este vendedor não pode ser excluído pois já existe algum cliente para o mesmo!",
-         [&](int id) { situacao(inserir({{"NOME", "CLIENTE"}, {"CL", "S"}}), kHoje, "A", id); }},
+         "Insert Into TbCadSit (Fk, Situacao, IdRep) Values (1, 'A', :ID)"},
     };
     const int n = int(std::size(regras));
     for (int i = 0; i < n; ++i) {
         const int id = inserir({{"NOME", "ALVO"}, {"CL", "S"}, {"FO", "S"}, {"TR", "S"}, {"RE", "S"}});
-        for (int j = i; j < n; ++j) regras[j].prepara(id);
+        for (int j = i; j < n; ++j) db::executar(t, regras[j].second, {{"ID", id}});
         try {
             excluirCadastro(t, id);
             ADD_FAILURE() << "deleted at rule " << i;
         } catch (const Recusa &r) {
-            EXPECT_EQ(r.texto, regras[i].msg);
+            EXPECT_EQ(r.texto, regras[i].first);
         }
         EXPECT_EQ(contar("Select Count(*) From TbCad Where Id = :ID", id), 1);
         t.rollback();
         t.iniciar();
     }
-    EXPECT_THROW(excluirCadastro(t, 1), Recusa);
-    EXPECT_THROW(excluirCadastro(t, 2), Recusa);
 
     // Free of use: the record goes with every detail row.
     const int id = inserir({{"NOME", "LIVRE"}, {"CL", "S"}});
-    situacao(id, kHoje, "A");
-    for (const QString tab : {"TbCadCont", "TbCadEspec", "TbCadEmpSit", "TbCadFuncSit", "TbCadMedSit", "TbCadEquip"})
-        db::executar(t, "Insert Into " + tab + " (Fk) Values (:ID)", {{"ID", id}});
+    const QStringList detalhes = {"TbCadSit", "TbCadCont", "TbCadEspec", "TbCadEmpSit", "TbCadFuncSit", "TbCadMedSit", "TbCadEquip"};
+    for (const QString &tab : detalhes) db::executar(t, "Insert Into " + tab + " (Fk) Values (:ID)", {{"ID", id}});
     excluirCadastro(t, id);
     EXPECT_EQ(contar("Select Count(*) From TbCad Where Id = :ID", id), 0);
-    for (const QString tab : {"TbCadSit", "TbCadCont", "TbCadEspec", "TbCadEmpSit", "TbCadFuncSit", "TbCadMedSit", "TbCadEquip"})
-        EXPECT_EQ(contar("Select Count(*) From " + tab + " Where Fk = :ID", id), 0) << tab.toStdString();
+    for (const QString &tab : detalhes) EXPECT_EQ(contar("Select Count(*) From " + tab + " Where Fk = :ID", id), 0) << tab.toStdString();
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 
 #include "TCadComerciais.h"
 #include "acesso/Sessao.h"
-#include "apoio/BancoTeste.h"
+#include "apoio/TabsTeste.h"
 #include "dados/Cep.h"
 #include "dados/Tabs.h"
 #include "ui/Mensagens.h"
@@ -20,25 +20,7 @@ using namespace orb;
 
 namespace {
 
-struct TCadComerciaisTest : ::testing::Test {
-    teste::BancoTemporario bt;
-    TTabs tabs;
-    MensageiroTeste msg;
-    void SetUp() override
-    {
-        Tabs = &tabs;
-        tabs.conectar(db::Banco::abrir(bt.conexao()));
-        sessao() = Sessao{};
-        sessao().idUsuario = 2;
-        sessao().nivel = 999;
-        sessao().tipoUsuario = "D";
-    }
-    void TearDown() override
-    {
-        tabs.desconectar();
-        Tabs = nullptr;
-        sessao() = Sessao{};
-    }
+struct TCadComerciaisTest : teste::ComTabs {
     static void digitar(TCadComerciais &f, const char *campo, const QString &texto)
     {
         auto *e = f.findChild<QLineEdit *>(campo);
