@@ -277,6 +277,13 @@ int TCadComerciais::gravar(db::Transacao &t, int id)
     }
 }
 
+bool TCadComerciais::confirmarCancelamento()
+{
+    if (!Pergunta("Deseja realmente cancelar as alterações deste cadastro?", false)) return false;
+    Tabs->Deb("Operação Cancelada - " + QString::number(estado() == Estado::Alterando ? idAtual() : 0));
+    return true;
+}
+
 void TCadComerciais::apagar(db::Transacao &t, int id)
 {
     excluirCadastro(t, id);

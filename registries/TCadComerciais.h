@@ -27,6 +27,7 @@ protected:
     QString perguntaExclusao() const override { return kPerguntaExcluirCadastro; }
     bool montarBusca(const QString &ordem, const QString &texto, QString &sql, std::map<QString, QVariant> &p) override;
     bool eventFilter(QObject *o, QEvent *e) override;
+    bool confirmarCancelamento() override;
 
 private:
     void preencherEndereco(const struct Endereco &e);

@@ -336,7 +336,7 @@ void FormCadastro::BtSalvarClick()
 void FormCadastro::BtCancelarClick()
 {
     Tabs->Deb("procedure " + classe_ + ".BtCancelarClick(Sender: TObject)");
-    if (estado_ == Estado::Navegando) return;
+    if (estado_ == Estado::Navegando || !confirmarCancelamento()) return;
     transacao().rollback();
     if (estado_ == Estado::Alterando) informarMonitor(idEditado_, QStringLiteral("CANCELAMENTO"));
     estado_ = Estado::Navegando;

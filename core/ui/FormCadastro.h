@@ -84,6 +84,7 @@ protected:
     virtual void apagar(db::Transacao &t, int id) = 0;
     virtual QString perguntaExclusao() const { return QStringLiteral("Tem certeza que deseja excluir este registro?"); }
     virtual QString tabela() const = 0;                          // locked at Alterar
+    virtual bool confirmarCancelamento() { return true; }        // a registry may ask before losing the edit
     virtual void registroMudou(int id) {}                        // the grid moved to another record (0 = none)
     // A registry with search clauses of its own builds the whole browse query here.
     virtual bool montarBusca(const QString &ordem, const QString &texto, QString &sql, std::map<QString, QVariant> &p)

@@ -71,7 +71,11 @@ TEST_F(TCadComerciaisTest, CustomerRegisteredThroughTheForm)
     digitar(f, "CPF", "11144477735");
     f.conferirDocumento("CPF");
     EXPECT_EQ(msg.avisos.last(), "CPF já existente!");
+    f.BtCancelarClick();  // asked, and No keeps the edit
+    EXPECT_EQ(f.estado(), FormCadastro::Estado::Incluindo);
+    msg.respostas = {QMessageBox::Yes};
     f.BtCancelarClick();
+    EXPECT_EQ(f.estado(), FormCadastro::Estado::Navegando);
 }
 
 TEST_F(TCadComerciaisTest, LegalPersonCustomerNeedsCnpjSupplierDoesNot)
@@ -90,6 +94,7 @@ TEST_F(TCadComerciaisTest, LegalPersonCustomerNeedsCnpjSupplierDoesNot)
             ASSERT_EQ(msg.avisos.size(), 1);
             EXPECT_TRUE(msg.avisos[0].endsWith("CNPJ")) << msg.avisos[0].toStdString();
             EXPECT_EQ(f.estado(), FormCadastro::Estado::Incluindo);
+            msg.respostas = {QMessageBox::Yes};
             f.BtCancelarClick();
         } else {
             EXPECT_TRUE(msg.avisos.isEmpty()) << msg.avisos.join(" | ").toStdString();
@@ -139,6 +144,7 @@ TEST_F(TCadComerciaisTest, AddressByCep)
     ASSERT_TRUE(achou.wait(5000));
     EXPECT_EQ(f.valorDoCampo("ENDERECO").toString(), "Rua Quatro de Março");
     EXPECT_EQ(f.valorDoCampo("BAIRRO").toString(), "Centro");
+    msg.respostas = {QMessageBox::Yes};
     f.BtCancelarClick();
     b.definirServico({});
     EXPECT_EQ(b.local(t, "12010000").logradouro, "Rua Quatro de Março");  // from the cache, offline
