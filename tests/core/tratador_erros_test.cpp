@@ -42,85 +42,39 @@ struct TratadorErros : ::testing::Test {
     QStringList arquivos() const { return QDir(dir.filePath("Erros")).entryList(QDir::Files, QDir::Name); }
     QString relatorio() const
     {
-        for (const QString &a : arquivos())
-            if (a.endsWith(".html")) {
-                QFile f(dir.filePath("Erros/" + a));
-                return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
-            }
-        return {};
+        QFile f(dir.filePath("Erros/" + arquivos().filter(".html").value(0)));
+        return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
     }
 };
 
 TEST_F(TratadorErros, KnownDataErrorsGetTheirShortMessageAndNoFiles)
 {
-    const struct { db::TipoErro tipo; QString texto; } casos[] = {
-        {db::TipoErro::DataInvalida, "Data inválida!"},
-        {db::TipoErro::NumeroInvalido, "Valor inválido!"},
-        {db::TipoErro::Dependentes, "Não foi possível excluir este registro pois existem registros dependentes do mesmo!"},
-    };
-    for (const auto &c : casos) {
-        msg.avisos.clear();
-        // English wording of another kind must not sway the decision.
-        Ae1Exception(std::make_exception_ptr(db::ErroBanco(c.tipo, "conversion error from string", "tecnico")));
-        EXPECT_EQ(msg.avisos, QStringList{c.texto});
+    // English wording of another kind must not sway the decision.
+    for (const auto tipo : {db::TipoErro::DataInvalida, db::TipoErro::NumeroInvalido, db::TipoErro::Dependentes})
+        Ae1Exception(std::make_exception_ptr(db::ErroBanco(tipo, "conversion error from string", "tecnico")));
+    try {
+        throw db::ErroBanco(db::TipoErro::DataInvalida, "m", "t");
+    } catch (...) {
+        Ae1Exception();  // a catch-all in plain code reports the error being handled
     }
+    EXPECT_EQ(msg.avisos, QStringList({"Data inválida!", "Valor inválido!",
+                                       "Não foi possível excluir este registro pois existem registros dependentes do mesmo!",
+                                       "Data inválida!"}));
     EXPECT_TRUE(arquivos().isEmpty());
 }
 
 TEST_F(TratadorErros, AnythingElseGetsTheLongMessageTheScreenshotAndTheReport)
 {
-    const struct { std::exception_ptr erro; QString mensagem, classe, noRelatorio; } casos[] = {
-        {std::make_exception_ptr(std::runtime_error("disco cheio")), "disco cheio", "std::runtime_error",
-         "<b>Erro:</b> disco cheio<br>"},
+    const struct { std::exception_ptr erro; QString mensagem, classe, erroNoRelatorio; } casos[] = {
         {std::make_exception_ptr(db::ErroBanco(db::TipoErro::Conexao, "Servidor fora do ar", "Unable to complete network request")),
-         "Servidor fora do ar", "ErroBanco", "<b>Erro:</b> Servidor fora do ar - Unable to complete network request<br>"},
-        {std::make_exception_ptr(std::out_of_range("a < b & c")), "a < b & c", "std::out_of_range",
-         "<b>Erro:</b> a &lt; b &amp; c<br>"},
-        {std::make_exception_ptr(42), "Erro desconhecido", "int", "<b>ClassName(Erro):</b> int<br>"},
+         "Servidor fora do ar", "ErroBanco", "Servidor fora do ar - Unable to complete network request"},
+        {std::make_exception_ptr(std::out_of_range("a < b & c")), "a < b & c", "std::out_of_range", "a &lt; b &amp; c"},
+        {std::make_exception_ptr(42), "Erro desconhecido", "int", "Erro desconhecido"},
     };
     sessao().usuario = "MARIA";
     QCoreApplication::setApplicationVersion("3.2.1");
-    for (const auto &c : casos) {
-        SCOPED_TRACE(c.classe.toStdString());
-        QDir(dir.filePath("Erros")).removeRecursively();
-        msg.avisos.clear();
-        const QDateTime antes = QDateTime::currentDateTime().addSecs(-1);
-        Ae1Exception(c.erro);
-
-        ASSERT_EQ(msg.avisos.size(), 1);
-        EXPECT_EQ(msg.avisos[0], "Este módulo está apresentando o seguinte erro: " + c.mensagem + "\n\nClassName: " + c.classe
-                                     + "\nHandler 0: procedure T.Rotina9\nHandler 1: procedure T.Rotina8\nHandler 2:procedure T.Rotina7"
-                                       "\n\nPara evitar problemas consequentes desse erro é aconselhável reiniciar o aplicativo.\n"
-                                       "O erro foi enviado para o suporte técnico. ");
-
-        const QStringList a = arquivos();
-        ASSERT_EQ(a.size(), 2) << a.join(' ').toStdString();
-        const auto m = QRegularExpression("^A_Erro(\\d{15})\\.html$").match(a[0]);
-        ASSERT_TRUE(m.hasMatch()) << a[0].toStdString();
-        EXPECT_EQ(a[1], "A_Erro" + m.captured(1) + ".jpg");
-        EXPECT_FALSE(QImage(dir.filePath("Erros/" + a[1])).isNull());
-        const QDateTime quando = QDateTime::fromString(m.captured(1), "ddMMyyhhmmsszzz").addYears(100);
-        EXPECT_TRUE(quando >= antes && quando <= QDateTime::currentDateTime()) << m.captured(1).toStdString();
-
-        const QString rel = relatorio();
-        EXPECT_TRUE(rel.contains(c.noRelatorio)) << rel.toStdString();
-        QStringList linhas = {"***************************", "<b>Versão:</b> 3.2.1", "<b>Atualizador:</b> ",
-                              "<b>Usuário:</b> MARIA", "<b>Nome do Computador:</b> " + QSysInfo::machineHostName(),
-                              "<b>Erro:</b> ", "<b>ClassName(Erro):</b> " + c.classe};
-        for (int i = 0; i < 10; ++i) linhas << QString("<b>Handler %1:</b> procedure T.Rotina%2").arg(i).arg(9 - i);
-        linhas << "<b>ActiveControl:</b> " << "<b>ActivePage:</b> " << "<b>Sender:</b> " << "***************************" << "";
-        const QStringList tem = rel.split("<br>");
-        ASSERT_EQ(tem.size(), linhas.size()) << rel.toStdString();
-        for (int i = 0; i < tem.size(); ++i) EXPECT_TRUE(tem[i].startsWith(linhas[i])) << tem[i].toStdString();
-    }
-    QCoreApplication::setApplicationVersion({});
-}
-
-// The report names where the user was: the focused control, the window's current tab, the sender.
-TEST_F(TratadorErros, TheReportTellsWhereTheUserWas)
-{
+    // The report names where the user was: the focused control, the window's current tab, the sender.
     QWidget janela;
-    janela.setWindowTitle("Clientes");
     auto *abas = new QTabWidget(&janela);
     abas->addTab(new QWidget, "Geral");
     auto *edt = new QLineEdit;
@@ -135,21 +89,36 @@ TEST_F(TratadorErros, TheReportTellsWhereTheUserWas)
     QObject botao;
     botao.setObjectName("btnGravar");
 
-    Ae1Exception(std::make_exception_ptr(std::logic_error("x")), &botao);
-    const QString rel = relatorio();
-    for (const char *parte : {"<b>ActiveControl:</b> edtLimite<br>", "<b>ActivePage:</b> Financeiro<br>", "<b>Sender:</b> btnGravar<br>"})
-        EXPECT_TRUE(rel.contains(parte)) << parte << "\n" << rel.toStdString();
-}
+    for (const auto &c : casos) {
+        SCOPED_TRACE(c.classe.toStdString());
+        QDir(dir.filePath("Erros")).removeRecursively();
+        msg.avisos.clear();
+        const QDateTime antes = QDateTime::currentDateTime().addSecs(-1);
+        Ae1Exception(c.erro, &botao);
+        EXPECT_EQ(msg.avisos, QStringList{"Este módulo está apresentando o seguinte erro: " + c.mensagem + "\n\nClassName: " + c.classe
+                                          + "\nHandler 0: procedure T.Rotina9\nHandler 1: procedure T.Rotina8\nHandler 2:procedure T.Rotina7"
+                                            "\n\nPara evitar problemas consequentes desse erro é aconselhável reiniciar o aplicativo.\n"
+                                            "O erro foi enviado para o suporte técnico. "});
 
-// A catch-all in plain code reports the error being handled.
-TEST_F(TratadorErros, FromACatchAll)
-{
-    try {
-        throw db::ErroBanco(db::TipoErro::NumeroInvalido, "m", "t");
-    } catch (...) {
-        Ae1Exception();
+        // Screenshot and report side by side, named by the moment: A_ErroddMMyyhhmmsszzz.
+        const QStringList a = arquivos();
+        ASSERT_EQ(a.size(), 2) << a.join(' ').toStdString();
+        const auto m = QRegularExpression("^A_Erro(\\d{15})\\.html$").match(a[0]);
+        ASSERT_TRUE(m.hasMatch()) << a[0].toStdString();
+        EXPECT_EQ(a[1], "A_Erro" + m.captured(1) + ".jpg");
+        EXPECT_FALSE(QImage(dir.filePath("Erros/" + a[1])).isNull());
+        const QDateTime quando = QDateTime::fromString(m.captured(1), "ddMMyyhhmmsszzz").addYears(100);
+        EXPECT_TRUE(quando >= antes && quando <= QDateTime::currentDateTime()) << m.captured(1).toStdString();
+
+        QStringList linhas = {"***************************", "<b>Versão:</b> 3.2.1", "<b>Atualizador:</b> ", "<b>Usuário:</b> MARIA",
+                              "<b>Nome do Computador:</b> " + QSysInfo::machineHostName(), "<b>Erro:</b> " + c.erroNoRelatorio,
+                              "<b>ClassName(Erro):</b> " + c.classe};
+        for (int i = 0; i < 10; ++i) linhas << QString("<b>Handler %1:</b> procedure T.Rotina%2").arg(i).arg(9 - i);
+        linhas << "<b>ActiveControl:</b> edtLimite" << "<b>ActivePage:</b> Financeiro" << "<b>Sender:</b> btnGravar"
+               << "***************************" << "";
+        EXPECT_EQ(relatorio().split("<br>"), linhas);
     }
-    EXPECT_EQ(msg.avisos, QStringList{"Valor inválido!"});
+    QCoreApplication::setApplicationVersion({});
 }
 
 // Errors escaping event handlers, of any kind, end in the handler and the program goes on.
@@ -158,15 +127,13 @@ TEST_F(TratadorErros, EscapingEventHandlersTheProgramGoesOn)
     ASSERT_TRUE(qobject_cast<Aplicacao *>(qApp)) << "the tests' entry point must create the program's application";
     int depois = 0;
     QTimer::singleShot(0, [] { throw db::ErroBanco(db::TipoErro::DataInvalida, "m", "t"); });
-    QTimer::singleShot(0, [] { throw std::runtime_error("falhou no timer"); });
     QTimer::singleShot(0, [] { throw 7; });
     QTimer::singleShot(5, [&] { ++depois; });
     QTRY_COMPARE_WITH_TIMEOUT(depois, 1, 2000);
-    ASSERT_EQ(msg.avisos.size(), 3);
+    ASSERT_EQ(msg.avisos.size(), 2);
     EXPECT_EQ(msg.avisos[0], "Data inválida!");
-    EXPECT_TRUE(msg.avisos[1].startsWith("Este módulo está apresentando o seguinte erro: falhou no timer\n"));
-    EXPECT_TRUE(msg.avisos[2].contains("\nClassName: int\n"));
-    EXPECT_EQ(arquivos().size(), 4);
+    EXPECT_TRUE(msg.avisos[1].contains("\nClassName: int\n"));
+    EXPECT_EQ(arquivos().size(), 2);
 }
 
 // Boxes and screenshots belong to the GUI thread: a worker's error is shown from there.
