@@ -120,6 +120,59 @@ DeclaracaoRegistro declaracaoComercial(const ModoCadastro &m)
           {"OBS", "Observação", C::Texto, {}, 100}},
          "Tem certeza que deseja excluir esta Especialidade?"},
     };
+    const QString sqlEmpresas = "Select Id, Apelido From TbCad Where Em = 'S' Order By Apelido";
+    if (m.codigo.isEmpty() || m.codigo == "Fu")
+        d.detalhes.append({"Situação do funcionário", "TBCADFUNCSIT", "FK",
+            "Select S.*, F.Funcao Z_Funcao, E.Apelido Z_Empresa From TbCadFuncSit S Left Join TbFuncoes F On (F.Id = S.IdFuncao) "
+            "Left Join TbCad E On (E.Id = S.IdEmpresa) Where S.Fk = :MESTRE Order By S.Data Desc",
+            {{"DATA", "Data"}, {"SITUACAO", "Situação"}, {"Z_EMPRESA", "Empresa"}, {"Z_FUNCAO", "Função"}, {"SALARIO", "Salário"}},
+            {{"DATA", "Data", C::Data, "Digite a data da situação primeiro!"},
+             {"SITUACAO", "Situação", C::Lista, "Defina a situação primeiro!", 0, 2, {{"A", "A - Ativo"}, {"F", "F - Férias"}, {"D", "D - Demitido"}}},
+             {"IDEMPRESA", "Empresa", C::Consulta, "Selecione a Empresa primeiro!", 0, 2, {}, sqlEmpresas},
+             {"IDFUNCAO", "Função", C::Consulta, "Selecione a Função primeiro!", 0, 2, {}, "Select Id, Funcao From TbFuncoes Order By Funcao"},
+             {"SETOR", "Setor", C::Texto, {}, 20},
+             {"IDHORARIO", "Horário", C::Consulta, {}, 0, 2, {}, "Select Id, Horario From TbHorarios Order By Horario"},
+             {"SALARIO", "Salário", C::Decimal}},
+            "Tem certeza que deseja excluir esta Situação?"});
+    if (m.codigo.isEmpty() || m.codigo == "Em")
+        d.detalhes.append({"Situação da empresa", "TBCADEMPSIT", "FK",
+            "Select * From TbCadEmpSit Where Fk = :MESTRE Order By Data Desc",
+            {{"DATA", "Data"}, {"REGTRIBFED", "Regime"}, {"PERCSIMPLES", "% Simples"}, {"PERCISSQN", "% ISSQN"}, {"GASTOFIXO", "Gasto fixo"}},
+            {{"DATA", "Data", C::Data, "Digite a data da situação primeiro!"},
+             {"REGTRIBFED", "Regime tributário", C::Lista, "Defina o regime tributário primeiro!", 0, 2,
+              {{"S", "S - Simples Nacional"}, {"P", "P - Lucro Presumido"}, {"R", "R - Lucro Real"}}},
+             {"PERCSIMPLES", "% Simples", C::Decimal}, {"PERCISSQN", "% ISSQN", C::Decimal}, {"PERCINSS", "% INSS", C::Decimal},
+             {"GASTOFIXO", "Gasto fixo", C::Decimal}, {"PERCDESPFIN", "% Despesa financeira", C::Decimal}},
+            "Tem certeza que deseja excluir esta Situação?"});
+    if (m.codigo.isEmpty() || m.codigo == "Md" || m.codigo == "Es")
+        d.detalhes.append({"Configuração da Agenda", "TBCADMEDSIT", "FK",
+            "Select A.*, C.Consultorio Z_Consultorio From TbCadMedSit A Left Join TbConsultorios C On (C.Id = A.IdConsultorio) "
+            "Where A.Fk = :MESTRE Order By A.Data Desc",
+            {{"DATA", "Data"}, {"Z_CONSULTORIO", "Consultório"}, {"HORAINICIO", "Início"}, {"HORASAIDAINT", "Saída"},
+             {"HORARETINT", "Retorno"}, {"HORATERMINO", "Término"}, {"HORATEMPO", "Tempo"}},
+            {{"DATA", "Data", C::Data, "Digite a data primeiro!"},
+             {"IDCONSULTORIO", "Consultório", C::Consulta, {}, 0, 2, {}, "Select Id, Consultorio From TbConsultorios Order By Consultorio"},
+             {"SESSOESPRIMATEND", "Sessões do primeiro atendimento", C::Inteiro},
+             {"HORAINICIO", "Início", C::Hora, "Digite a hora de início primeiro!", 5, 2, {}, {}, "99:99;_"},
+             {"HORASAIDAINT", "Saída para o intervalo", C::Hora, {}, 5, 2, {}, {}, "99:99;_"},
+             {"HORARETINT", "Retorno do intervalo", C::Hora, {}, 5, 2, {}, {}, "99:99;_"},
+             {"HORATERMINO", "Término", C::Hora, "Digite a hora de término primeiro!", 5, 2, {}, {}, "99:99;_"},
+             {"HORATEMPO", "Tempo de cada atendimento", C::Hora, "Digite o tempo de cada atendimento primeiro!", 5, 2, {}, {}, "99:99;_"}},
+            "Tem certeza que deseja excluir esta Configuração?"});
+    if (m.codigo.isEmpty() || m.codigo == "Cl")
+        d.detalhes.append({"Equipamentos", "TBCADEQUIP", "FK", "Select * From TbCadEquip Where Fk = :MESTRE Order By TipoUsuario",
+            {{"USUARIO", "Usuário"}, {"SETOR", "Setor"}, {"NOMEREDE", "Nome na rede"}, {"ENDIP", "IP"}},
+            {{"USUARIO", "Usuário", C::Texto, "Digite o usuário do equipamento primeiro!", 20},
+             {"TIPOUSUARIO", "Tipo de usuário", C::Lista, {}, 0, 2, {{"U", "Usuário"}, {"A", "Administrador"}}},
+             {"SETOR", "Setor", C::Texto, {}, 30}, {"PROCESSADOR", "Processador", C::Texto, {}, 50},
+             {"MEMORIA", "Memória", C::Texto, {}, 20}, {"NOMEREDE", "Nome na rede", C::Texto, {}, 20},
+             {"ENDIP", "Endereço IP", C::Texto, {}, 20}, {"OBSERVACOES", "Observações", C::Texto, {}, 200}},
+            "Tem certeza que deseja excluir este Equipamento?"});
+    // The last movements: read as they are, to be opened from the sales and purchases screens.
+    d.detalhes.append({"Últimas movimentações", "TBCOM", "IDCAD",
+        "Select First 50 Id, Op, Data, Pedido, Total, Case Op When 1 Then 'Venda' When 4 Then 'Compra' When 2 Then 'Ordem de serviço' "
+        "When 3 Then 'Contrato' Else 'Operação' End Z_Tipo From TbCom Where IdCad = :MESTRE Order By Data Desc",
+        {{"DATA", "Data"}, {"Z_TIPO", "Tipo"}, {"PEDIDO", "Pedido"}, {"TOTAL", "Total"}}});
     return d;
 }
 

@@ -15,7 +15,9 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QShortcut>
+#include <QSplitter>
 #include <QTabWidget>
 #include <QTableView>
 #include <QVBoxLayout>
@@ -90,13 +92,24 @@ FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const Q
     grade_->setAlternatingRowColors(true);
     grade_->setMinimumHeight(140);
     connect(grade_, &QTableView::doubleClicked, this, [this] { BtAlterarClick(); });
-    corpo_->addWidget(grade_, 2);
+    // Grid, edit area and details share the height; the user may move the dividers.
+    divisor_ = new QSplitter(Qt::Vertical, this);
+    divisor_->setChildrenCollapsible(false);
+    corpo_->addWidget(divisor_, 1);
+    divisor_->addWidget(grade_);
     connect(grade_->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] { mostrarRegistro(); });
 
     areaEdicao_ = new QWidget(this);
     areaEdicao_->setMaximumWidth(900);  // long lines of fields are hard to read
     form_ = new QFormLayout(areaEdicao_);
-    corpo_->addWidget(areaEdicao_, 1);
+    auto *rolagem = new QScrollArea(this);
+    rolagem->setWidget(areaEdicao_);
+    rolagem->setWidgetResizable(true);
+    rolagem->setFrameShape(QFrame::NoFrame);
+    divisor_->addWidget(rolagem);
+    divisor_->setStretchFactor(0, 2);
+    divisor_->setStretchFactor(1, 3);
+    divisor_->setSizes({250, 350});
 
     status_ = new QLabel(this);
     layout->addWidget(status_);
@@ -156,6 +169,14 @@ void FormCadastro::focarPrimeiro()
         for (int i = 0; i < abasEdicao_->count(); ++i)
             if (abasEdicao_->widget(i)->isAncestorOf(alvo)) abasEdicao_->setCurrentIndex(i);
     alvo->setFocus();
+}
+
+void FormCadastro::adicionarPainel(QWidget *w, int proporcao)
+{
+    divisor_->addWidget(w);
+    divisor_->setStretchFactor(divisor_->count() - 1, proporcao);
+    paineis_ << w;
+    divisor_->setSizes({220, 330, 220});
 }
 
 void FormCadastro::registrarCampo(const QString &nome, QWidget *w)
@@ -233,6 +254,8 @@ void FormCadastro::Botoes()
     botoes_["Cancelar"]->setEnabled(!navegando);
     botoes_["Fechar"]->setEnabled(navegando);
     grade_->setEnabled(navegando);
+    // While a record is edited its details step aside and the fields get the room.
+    for (QWidget *p : std::as_const(paineis_)) p->setVisible(navegando);
     const int n = modelo_->rowCount();
     status_->setText(navegando ? QString("%1 registro(s)%2").arg(n).arg(modelo_->canFetchMore({}) ? "+" : "")
                                : (estado_ == Estado::Incluindo ? "Incluindo novo registro" : "Alterando registro"));

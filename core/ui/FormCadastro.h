@@ -19,6 +19,7 @@ class QLabel;
 class QPushButton;
 class QTableView;
 class QTabWidget;
+class QSplitter;
 class QVBoxLayout;
 
 namespace orb {
@@ -76,6 +77,8 @@ protected:
     void adicionarLinha(const QString &rotulo, QWidget *w, const QString &aba = {});
     QWidget *campo(const QString &nome) const { return campos_.value(nome); }
     QVBoxLayout *corpo() const { return corpo_; }
+    // A panel under the edit area (details), sharing the height with the grid and the fields.
+    void adicionarPainel(QWidget *w, int proporcao = 2);
 
     // Rules of each registry
     virtual void limpar() = 0;                                   // Incluir: empty fields and defaults
@@ -120,6 +123,8 @@ private:
     QHash<QString, QFormLayout *> paginas_;
     QWidget *areaEdicao_ = nullptr;
     QVBoxLayout *corpo_ = nullptr;
+    QSplitter *divisor_ = nullptr;
+    QList<QWidget *> paineis_;
     QLabel *status_ = nullptr;
     QString sqlBase_;
     QList<QPair<QString, QString>> ordens_;

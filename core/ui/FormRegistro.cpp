@@ -260,7 +260,7 @@ FormRegistro::FormRegistro(DeclaracaoRegistro d, QWidget *parent)
             abas->addTab(pag, dd.titulo);
             detalhes_ << det;
         }
-        corpo()->addWidget(abas, 1);
+        adicionarPainel(abas);
     }
     definirConsulta(sqlGrade(d_), d_.colunas, d_.ordens);
     editarDetalhe = [this](const DetalheRegistro &dd, Valores &v) {
