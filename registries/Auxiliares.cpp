@@ -21,15 +21,21 @@ const QList<QPair<QString, QString>> kUfs = [] {
 
 const QList<QPair<QString, QString>> kTiposGrupo = {{"M", "Mercadorias"}, {"S", "Serviços"}, {"P", "Patrimônio"}, {"C", "Consumo"}};
 
-// A registry whose only field is a name, numbered by CODIGO when the table requires one.
-DeclaracaoRegistro simples(const QString &classe, const QString &titulo, const QString &tabela, const QString &coluna,
-                           const QString &rotulo, int tamanho, const QString &msg, bool numerar = false)
+DeclaracaoRegistro registro(const QString &classe, const QString &titulo, const QString &area, const QString &tabela)
 {
     DeclaracaoRegistro d;
     d.classe = classe;
     d.titulo = titulo;
-    d.area = "Tr" + classe.mid(1);
+    d.area = area;
     d.tabela = tabela;
+    return d;
+}
+
+// A registry whose only field is a name, numbered by CODIGO when the table requires one.
+DeclaracaoRegistro simples(const QString &classe, const QString &titulo, const QString &tabela, const QString &coluna,
+                           const QString &rotulo, int tamanho, const QString &msg, bool numerar = false)
+{
+    DeclaracaoRegistro d = registro(classe, titulo, "Tr" + classe.mid(1), tabela);
     d.colunas = {{coluna, rotulo}};
     d.ordens = {{rotulo, coluna}};
     d.campos = {{coluna, rotulo, C::Texto, msg, tamanho}};
@@ -44,11 +50,7 @@ QList<DeclaracaoRegistro> montar()
 {
     QList<DeclaracaoRegistro> r;
 
-    DeclaracaoRegistro cidades;
-    cidades.classe = "TCidades";
-    cidades.titulo = "Cidades";
-    cidades.area = "TrCidades";
-    cidades.tabela = "TBCIDADES";
+    DeclaracaoRegistro cidades = registro("TCidades", "Cidades", "TrCidades", "TBCIDADES");
     cidades.colunas = {{"CIDADE", "Cidade"}, {"UF", "UF"}, {"CEP", "CEP"}, {"CODIGO", "Código"}};
     cidades.ordens = {{"CIDADE", "CIDADE"}, {"CEP", "CEP"}};
     cidades.campos = {{"CIDADE", "Cidade", C::Texto, "Digite o nome da cidade primeiro!", 50},
@@ -59,11 +61,7 @@ QList<DeclaracaoRegistro> montar()
     cidades.traco = "Cidade Excluída (";
     r << cidades;
 
-    DeclaracaoRegistro bancos;
-    bancos.classe = "TBancos";
-    bancos.titulo = "Bancos";
-    bancos.area = "TrBancos";
-    bancos.tabela = "TBBANCOS";
+    DeclaracaoRegistro bancos = registro("TBancos", "Bancos", "TrBancos", "TBBANCOS");
     bancos.colunas = {{"NUMERO", "Nº"}, {"BANCO", "Banco"}, {"NOMEBANCO", "Razão social"}, {"SITE", "Site"}};
     bancos.ordens = {{"Banco", "BANCO"}, {"Nº", "NUMERO"}};
     bancos.campos = {{"NUMERO", "Nº do banco", C::Texto, "Digite o Nº do Banco primeiro!", 5},
@@ -75,11 +73,7 @@ QList<DeclaracaoRegistro> montar()
     bancos.traco = "Banco Excluído (";
     r << bancos;
 
-    DeclaracaoRegistro grupos;
-    grupos.classe = "TGrupos";
-    grupos.titulo = "Grupos";
-    grupos.area = "TrGrupos";
-    grupos.tabela = "TBGRUPOS";
+    DeclaracaoRegistro grupos = registro("TGrupos", "Grupos", "TrGrupos", "TBGRUPOS");
     grupos.colunas = {{"CODIGO", "Código"}, {"GRUPO", "Grupo"}, {"TIPO", "Tipo"}};
     grupos.ordens = {{"Grupo", "GRUPO"}};
     grupos.campos = {{"CODIGO", "Código", C::Inteiro, "Digite o código do grupo primeiro!"},
@@ -91,11 +85,7 @@ QList<DeclaracaoRegistro> montar()
     grupos.traco = "Grupo Excluído (";
     r << grupos;
 
-    DeclaracaoRegistro sub;
-    sub.classe = "TSubgrupos";
-    sub.titulo = "Subgrupos";
-    sub.area = "TrSubgrupos";
-    sub.tabela = "TBGRUPOSSUB";
+    DeclaracaoRegistro sub = registro("TSubgrupos", "Subgrupos", "TrSubgrupos", "TBGRUPOSSUB");
     sub.sqlGrade = "Select S.*, G.Grupo Z_Grupo From TbGruposSub S Left Join TbGrupos G On (G.Id = S.Fk)";
     sub.colunas = {{"Z_GRUPO", "Grupo"}, {"CODIGO", "Código"}, {"SUBGRUPO", "Subgrupo"}, {"TIPO", "Tipo"}};
     sub.ordens = {{"Subgrupo", "SUBGRUPO"}};
@@ -107,11 +97,7 @@ QList<DeclaracaoRegistro> montar()
     sub.traco = "Subgrupo Excluído (";
     r << sub;
 
-    DeclaracaoRegistro cat;
-    cat.classe = "TCategorias";
-    cat.titulo = "Categorias";
-    cat.area = "TrCategorias";
-    cat.tabela = "TBCAT";
+    DeclaracaoRegistro cat = registro("TCategorias", "Categorias", "TrCategorias", "TBCAT");
     cat.colunas = {{"COD", "Código"}, {"CATEGORIA", "Categoria"}};
     cat.ordens = {{"Código", "COD"}, {"Categoria", "CATEGORIA"}};
     cat.campos = {{"COD", "Código", C::Texto, "Digite o código da categoria primeiro!", 10},
@@ -125,11 +111,7 @@ QList<DeclaracaoRegistro> montar()
     cat.traco = "Categoria Excluída (";
     r << cat;
 
-    DeclaracaoRegistro cfop;
-    cfop.classe = "TCfop";
-    cfop.titulo = "CFOP";
-    cfop.area = "TrCfop";
-    cfop.tabela = "TBCFOP";
+    DeclaracaoRegistro cfop = registro("TCfop", "CFOP", "TrCfop", "TBCFOP");
     cfop.colunas = {{"CFOP", "CFOP"}, {"DESCRICAO", "Descrição"}};
     cfop.ordens = {{"CFOP", "CFOP"}, {"Descrição", "DESCRICAO"}};
     cfop.campos = {{"CFOP", "CFOP", C::Inteiro, "Digite a CFOP primeiro!"},
@@ -138,11 +120,7 @@ QList<DeclaracaoRegistro> montar()
     cfop.perguntaExclusao = "Tem certeza que deseja excluir esta CFOP?";
     r << cfop;
 
-    DeclaracaoRegistro icms;
-    icms.classe = "TIcms";
-    icms.titulo = "Alíquotas de ICMS";
-    icms.area = "TrIcms";
-    icms.tabela = "TBICMS";
+    DeclaracaoRegistro icms = registro("TIcms", "Alíquotas de ICMS", "TrIcms", "TBICMS");
     icms.colunas = {{"UF", "UF"}, {"PERCICMSO", "% Origem"}, {"PERCICMSD", "% Destino"}};
     icms.ordens = {{"UF", "UF"}};
     icms.campos = {{"UF", "UF", C::Lista, {}, 0, 2, kUfs},
@@ -151,11 +129,7 @@ QList<DeclaracaoRegistro> montar()
     icms.perguntaExclusao = "Tem certeza que deseja excluir esta Alíquota?";
     r << icms;
 
-    DeclaracaoRegistro feriados;
-    feriados.classe = "TFeriados";
-    feriados.titulo = "Feriados";
-    feriados.area = "TrFeriados";
-    feriados.tabela = "TBFERIADOS";
+    DeclaracaoRegistro feriados = registro("TFeriados", "Feriados", "TrFeriados", "TBFERIADOS");
     feriados.colunas = {{"DATA", "Data"}, {"DESCRICAO", "Descrição"}};
     feriados.ordens = {{"Data", "DATA"}, {"Descrição", "DESCRICAO"}};
     feriados.campos = {{"DATA", "Data", C::Data, "Digite a data do feriado primeiro!"},
@@ -164,11 +138,7 @@ QList<DeclaracaoRegistro> montar()
     feriados.traco = "Feriado Excluído (";
     r << feriados;
 
-    DeclaracaoRegistro horarios;
-    horarios.classe = "THorarios";
-    horarios.titulo = "Horários";
-    horarios.area = "TrHorarios";
-    horarios.tabela = "TBHORARIOS";
+    DeclaracaoRegistro horarios = registro("THorarios", "Horários", "TrHorarios", "TBHORARIOS");
     horarios.colunas = {{"HORARIO", "Horário"}, {"ENTRADA", "Entrada"}, {"SAIDA", "Saída"}};
     horarios.ordens = {{"Horário", "HORARIO"}};
     horarios.campos = {{"HORARIO", "Horário", C::Texto, "Digite o nome do horário primeiro!", 20},
@@ -178,11 +148,7 @@ QList<DeclaracaoRegistro> montar()
     horarios.traco = "Horário Excluído (";
     r << horarios;
 
-    DeclaracaoRegistro optel;
-    optel.classe = "TOpTel";
-    optel.titulo = "Operadoras de Telefonia";
-    optel.area = "TrOpTel";
-    optel.tabela = "TBOPTEL";
+    DeclaracaoRegistro optel = registro("TOpTel", "Operadoras de Telefonia", "TrOpTel", "TBOPTEL");
     optel.colunas = {{"CODIGO", "Código"}, {"NOME", "Operadora"}};
     optel.ordens = {{"Operadora", "NOME"}};
     optel.campos = {{"CODIGO", "Código de longa distância", C::Inteiro, "Digite o Código para ligações de longa distância primeiro!"},
@@ -214,11 +180,7 @@ QList<DeclaracaoRegistro> montar()
     r << simples("TIntegrantes", "Integrantes", "TBINTEGRANTES", "INTEGRANTE", "Integrante", 30,
                  "Digite o nome do integrante primeiro!");
 
-    DeclaracaoRegistro funcoes;
-    funcoes.classe = "TFuncoes";
-    funcoes.titulo = "Funções";
-    funcoes.area = "TrFuncoes";
-    funcoes.tabela = "TBFUNCOES";
+    DeclaracaoRegistro funcoes = registro("TFuncoes", "Funções", "TrFuncoes", "TBFUNCOES");
     funcoes.colunas = {{"FUNCAO", "Função"}, {"CBO", "CBO"}};
     funcoes.ordens = {{"Função", "FUNCAO"}};
     funcoes.campos = {{"FUNCAO", "Função", C::Texto, "Digite o nome da Função primeiro!", 100}, {"CBO", "CBO", C::Texto, {}, 10}};
@@ -240,11 +202,7 @@ QList<DeclaracaoRegistro> montar()
                          "Tem certeza que deseja excluir este Salário/Cidade?", "Salário/Cidade Excluído ("}};
     r << funcoes;
 
-    DeclaracaoRegistro status;
-    status.classe = "TStatusCom";
-    status.titulo = "Status das Operações";
-    status.area = "TrStatusCom";
-    status.tabela = "TBSTATUSCOM";
+    DeclaracaoRegistro status = registro("TStatusCom", "Status das Operações", "TrStatusCom", "TBSTATUSCOM");
     status.sqlGrade = "Select S.*, E.Etapa Z_Etapa From TbStatusCom S Left Join TbEtapasCom E On (E.Id = S.Fk)";
     status.colunas = {{"Z_ETAPA", "Etapa"}, {"ORDEM", "Ordem"}, {"STATUS", "Status"}, {"OP", "Operação"}};
     status.ordens = {{"Status", "STATUS"}, {"Etapa", "Z_ETAPA"}};
@@ -334,11 +292,7 @@ QList<DeclaracaoRegistro> montar()
     r << item("TProcedimentos", "Procedimentos", "P", "Digite o código do Procedimento primeiro!",
               "Digite o nome do Procedimento primeiro!", "Tem certeza que deseja excluir este Exame?", "Procedimento Excluído (");
 
-    DeclaracaoRegistro textos;
-    textos.classe = "TTextos";
-    textos.titulo = "Modelos de Texto";
-    textos.area = "TrTextos";
-    textos.tabela = "TBITENS";
+    DeclaracaoRegistro textos = registro("TTextos", "Modelos de Texto", "TrTextos", "TBITENS");
     textos.filtro = "Tipo = 'T'";
     textos.fixos = {{"TIPO", "T"}};
     textos.colunas = {{"DESCRICAO", "Título"}};
