@@ -51,6 +51,20 @@ FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const Q
         barra->addWidget(b);
         botoes_.insert(d.nome, b);
     }
+    // The navigator: first, previous, next and last record of the grid.
+    const std::pair<const char *, int> nav[] = {{"Primeiro", -2}, {"Anterior", -1}, {"Proximo", 1}, {"Ultimo", 2}};
+    const char *setas[] = {"|◀", "◀", "▶", "▶|"};
+    barra->addSpacing(12);
+    for (int k = 0; k < 4; ++k) {
+        auto *b = new QPushButton(QString::fromUtf8(setas[k]), this);
+        b->setObjectName(QString("Bt") + nav[k].first);
+        b->setFocusPolicy(Qt::TabFocus);
+        b->setFixedWidth(36);
+        const int passo = nav[k].second;
+        connect(b, &QPushButton::clicked, this, [this, passo] { navegar(passo); });
+        barra->addWidget(b);
+        botoes_.insert(nav[k].first, b);
+    }
     barra->addStretch();
     layout->addLayout(barra);
     // Esc cancels an edit, or closes the form while browsing.
@@ -149,6 +163,18 @@ QWidget *FormCadastro::paginaEdicao(const QString &aba)
         abasEdicao_->addTab(p, aba);
     }
     return paginas_[aba]->parentWidget();
+}
+
+void FormCadastro::navegar(int passo)
+{
+    if (estado_ != Estado::Navegando) return;
+    if (passo == 2)
+        while (modelo_->canFetchMore({})) modelo_->fetchMore({});
+    const int n = modelo_->rowCount();
+    if (!n) return;
+    const int atual = std::max(0, grade_->currentIndex().row());
+    const int alvo = passo == -2 ? 0 : passo == 2 ? n - 1 : std::clamp(atual + passo, 0, n - 1);
+    grade_->selectRow(alvo);
 }
 
 void FormCadastro::focarPrimeiro()
@@ -253,6 +279,7 @@ void FormCadastro::Botoes()
     botoes_["Salvar"]->setEnabled(!navegando);
     botoes_["Cancelar"]->setEnabled(!navegando);
     botoes_["Fechar"]->setEnabled(navegando);
+    for (const char *n : {"Primeiro", "Anterior", "Proximo", "Ultimo"}) botoes_[n]->setEnabled(navegando && temRegistro);
     grade_->setEnabled(navegando);
     // While a record is edited its details step aside and the fields get the room.
     for (QWidget *p : std::as_const(paineis_)) p->setVisible(navegando);

@@ -54,6 +54,8 @@ public:
     void BtCancelarClick();
     void BtExcluirClick();
     void BtFecharClick();
+    // Moves through the grid: -2 first, -1 previous, 1 next, 2 last.
+    void navegar(int passo);
     // Runs the browse query again with the current order and search text.
     void pesquisar();
 

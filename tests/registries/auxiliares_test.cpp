@@ -173,6 +173,23 @@ TEST_F(AuxiliaresTest, CityThroughTheForm)
 
 } // namespace
 
+TEST_F(AuxiliaresTest, NavigatorMovesThroughTheGrid)
+{
+    {
+        db::Transacao t(tabs.DbORB());
+        for (const char *c : {"Atibaia", "Bauru", "Campinas"})
+            db::executar(t, "insert into TbCidades (Cidade, Uf, Cep) values (:C, 'SP', '13000000')", {{"C", c}});
+        t.commit();
+    }
+    FormRegistro f(*registroAuxiliar("TCidades"));
+    auto cidade = [&] { return f.modelo()->valor(f.grade()->currentIndex().row(), "CIDADE").toString(); };
+    const std::pair<int, const char *> passos[] = {{2, "Campinas"}, {-1, "Bauru"}, {-2, "Atibaia"}, {-1, "Atibaia"}, {1, "Bauru"}};
+    for (const auto &[passo, esperado] : passos) {
+        f.navegar(passo);
+        EXPECT_EQ(cidade(), esperado) << passo;
+    }
+}
+
 // A save is posted to the activity monitor: a real HTTP endpoint on 127.0.0.1 receives it.
 TEST_F(AuxiliaresTest, SavesArePostedToTheActivityMonitor)
 {
