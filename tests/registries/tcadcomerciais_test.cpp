@@ -1,6 +1,7 @@
 // The commercial registry driven through its widgets, as a receptionist would.
 
 #include "TCadComerciais.h"
+#include "TMiniCad.h"
 #include "acesso/Sessao.h"
 #include "apoio/TabsTeste.h"
 #include "dados/Cep.h"
@@ -101,6 +102,23 @@ TEST_F(TCadComerciaisTest, LegalPersonCustomerNeedsCnpjSupplierDoesNot)
             EXPECT_EQ(f.estado(), FormCadastro::Estado::Navegando);
         }
     }
+}
+
+TEST_F(TCadComerciaisTest, QuickRegistration)
+{
+    TMiniCad mini;
+    mini.definir("CPF", "11144477736");
+    mini.conferirCpf();
+    EXPECT_EQ(msg.perguntas.value(0), "CPF inválido! Corrigir?");
+    mini.BtSalvarClick();  // no name yet
+    EXPECT_TRUE(msg.avisos.value(0).contains("Nome"));
+    mini.definir("CPF", "11144477735");
+    mini.definir("NOME", "José Pereira");
+    mini.BtSalvarClick();
+    ASSERT_GT(mini.id(), 0) << msg.avisos.join(" | ").toStdString();
+    db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+    EXPECT_EQ(db::escalar(t, "select Apelido || '/' || Cl || '/' || Cpf from TbCad where Id = :ID", {{"ID", mini.id()}}).toString(),
+              "José Pereira/S/11144477735");
 }
 
 // Offline the city comes from the registry; a configured service adds street and district, and
