@@ -1,3 +1,4 @@
+#include "ui/Dialogos.h"
 #include "TMiniCad.h"
 
 #include "dados/Tabs.h"
@@ -33,12 +34,7 @@ TMiniCad::TMiniCad(QWidget *parent) : QDialog(parent)
     definir("PESSOA", "F");
     definir("SEXO", "M");
     campo("CPF")->installEventFilter(this);
-    auto *bb = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel, this);
-    bb->button(QDialogButtonBox::Save)->setText("Salvar");
-    bb->button(QDialogButtonBox::Cancel)->setText("Cancelar");
-    connect(bb, &QDialogButtonBox::accepted, this, &TMiniCad::BtSalvarClick);
-    connect(bb, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    f->addRow(bb);
+    f->addRow(botoesSalvarCancelar(this, [this] { BtSalvarClick(); }));
 }
 
 QWidget *TMiniCad::campo(const QString &coluna) const { return findChild<QWidget *>(coluna); }

@@ -1,5 +1,6 @@
 // Administration forms: users, access levels and each level's tree of permissions.
 
+#include "ui/Dialogos.h"
 #include "acesso/FormsAcesso.h"
 
 #include "acesso/Permissoes.h"
@@ -162,12 +163,7 @@ TPermissoes::TPermissoes(int idNivel, const QString &descricao, QWidget *parent)
     ramo->addWidget(nenhum);
     ramo->addStretch();
     l->addLayout(ramo);
-    auto *bb = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel, this);
-    bb->button(QDialogButtonBox::Save)->setText("Salvar");
-    bb->button(QDialogButtonBox::Cancel)->setText("Cancelar");
-    connect(bb, &QDialogButtonBox::accepted, this, &TPermissoes::BtSalvarClick);
-    connect(bb, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    l->addWidget(bb);
+    l->addWidget(botoesSalvarCancelar(this, [this] { BtSalvarClick(); }));
 
     completarArvoreNivel(tr_, idNivel_);
     for (const NoPermissao &m : lerArvoreNivel(tr_, idNivel_)) {

@@ -1,12 +1,8 @@
 #include "acesso/Usuarios.h"
 
-#include <QCryptographicHash>
+#include "acesso/Login.h"
 
 namespace orb {
-
-namespace {
-QString md5(const QString &s) { return QCryptographicHash::hash(s.toLatin1(), QCryptographicHash::Md5).toHex().toUpper(); }
-} // namespace
 
 int salvarUsuario(db::Transacao &t, const DadosUsuario &u, const Sessao &atual)
 {
@@ -29,7 +25,7 @@ int salvarUsuario(db::Transacao &t, const DadosUsuario &u, const Sessao &atual)
     std::map<QString, QVariant> p = {{"USUARIO", login}, {"NOME", u.nome.trimmed()}, {"APELIDO", u.apelido.trimmed()},
                                      {"TIPO", u.tipoUsuario}, {"NIVEL", u.idNivel}};
     if (u.id == 0) {
-        p["SENHA"] = md5(u.senha);
+        p["SENHA"] = MD5(u.senha);
         return db::escalar(t, "Insert Into TbCad (Usuario, Nome, RazaoSocial, Apelido, Senha, TipoUsuario, IdNivel, Us, "
                               "Pessoa, DataCadastro) Values (:USUARIO, :NOME, :NOME, :APELIDO, :SENHA, :TIPO, :NIVEL, 'S', "
                               "'F', Current_Timestamp) Returning Id", p).toInt();
@@ -38,7 +34,7 @@ int salvarUsuario(db::Transacao &t, const DadosUsuario &u, const Sessao &atual)
     db::executar(t, "Update TbCad Set Usuario = :USUARIO, Nome = :NOME, Apelido = :APELIDO, TipoUsuario = :TIPO, "
                     "IdNivel = :NIVEL Where Id = :ID", p);
     if (!u.senha.isEmpty())
-        db::executar(t, "Update TbCad Set Senha = :SENHA Where Id = :ID", {{"SENHA", md5(u.senha)}, {"ID", u.id}});
+        db::executar(t, "Update TbCad Set Senha = :SENHA Where Id = :ID", {{"SENHA", MD5(u.senha)}, {"ID", u.id}});
     return u.id;
 }
 

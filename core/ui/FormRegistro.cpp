@@ -1,3 +1,4 @@
+#include "ui/Dialogos.h"
 #include "ui/FormRegistro.h"
 
 #include "dados/Tabs.h"
@@ -275,12 +276,7 @@ FormRegistro::FormRegistro(DeclaracaoRegistro d, QWidget *parent)
             f->addRow(c.rotulo, w);
             ws << w;
         }
-        auto *bb = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dlg);
-        bb->button(QDialogButtonBox::Ok)->setText("Salvar");
-        bb->button(QDialogButtonBox::Cancel)->setText("Cancelar");
-        connect(bb, &QDialogButtonBox::accepted, &dlg, &QDialog::accept);
-        connect(bb, &QDialogButtonBox::rejected, &dlg, &QDialog::reject);
-        f->addRow(bb);
+        f->addRow(botoesSalvarCancelar(&dlg, [&dlg] { dlg.accept(); }));
         if (dlg.exec() != QDialog::Accepted) return false;
         for (int k = 0; k < dd.campos.size(); ++k) v[dd.campos[k].coluna] = lerWidgetCampo(dd.campos[k], ws[k]);
         return true;
