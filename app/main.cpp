@@ -2,6 +2,8 @@
 
 #include "Auxiliares.h"
 #include "Configuracao.h"
+#include "Estoque.h"
+#include "Inventario.h"
 #include "TCadComerciais.h"
 #include "acesso/TLogin.h"
 #include "dados/Cep.h"
@@ -145,6 +147,8 @@ int main(int argc, char *argv[])
     orb::registrarFormulariosNucleo(pasta);
     orb::registrarAuxiliares();
     orb::registrarComercial();
+    orb::registrarEstoque();
+    orb::registrarInventario();
     {
         // The activity monitor's address, when this installation has one.
         QSettings ini(pasta + "/ORBManager.ini", QSettings::IniFormat);

@@ -1,0 +1,9 @@
+#include "Estoque.h"
+
+namespace orb {
+
+void registrarEstoque()
+{
+}
+
+} // namespace orb

@@ -1,0 +1,9 @@
+#include "Inventario.h"
+
+namespace orb {
+
+void registrarInventario()
+{
+}
+
+} // namespace orb
