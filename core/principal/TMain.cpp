@@ -33,7 +33,11 @@ TMain::TMain(const QString &pastaPrograma, std::function<bool()> pedirLogin, QWi
     connect(abas_, &QTabWidget::tabCloseRequested, this, [this](int i) {
         QWidget *w = abas_->widget(i);
         if (w == inicio_) return;
-        if (auto *f = qobject_cast<FormCadastro *>(w); f && f->estado() != FormCadastro::Estado::Navegando) return;
+        // A screen may hold several registry sheets: none of them may be left in the middle of an edit.
+        QList<FormCadastro *> fs = w->findChildren<FormCadastro *>();
+        if (auto *f = qobject_cast<FormCadastro *>(w)) fs << f;
+        for (FormCadastro *f : std::as_const(fs))
+            if (f->estado() != FormCadastro::Estado::Navegando) return;
         abas_->removeTab(i);
         w->deleteLater();  // a form lives as long as its tab
     });
@@ -168,10 +172,12 @@ QWidget *TMain::abrirFormulario(const QString &grupoCaption, const QString &grup
         delete d;
         return nullptr;
     }
-    if (auto *f = qobject_cast<FormCadastro *>(w)) {
+    QList<FormCadastro *> fs = w->findChildren<FormCadastro *>();
+    if (auto *f = qobject_cast<FormCadastro *>(w)) fs << f;
+    for (FormCadastro *f : std::as_const(fs)) {
         f->definirMenu(grupoCaption, m.classe);
-        connect(f, &FormCadastro::fechar, this, [this, f] {
-            const int i = abas_->indexOf(f);
+        connect(f, &FormCadastro::fechar, this, [this, w] {
+            const int i = abas_->indexOf(w);
             if (i >= 0) emit abas_->tabCloseRequested(i);
         });
     }

@@ -316,7 +316,7 @@ bool FormCadastro::permitido(const QString &operacao)
     Sessao &s = sessao();
     s.menuAtual = menu_;
     s.moduloAtual = classe_;
-    if (AcessoModulos(operacao)) return true;
+    if (AcessoModulos(operacao + sufixoOperacoes_)) return true;
     if (s.logado()) SemPermissao();
     return false;
 }
@@ -339,11 +339,17 @@ void FormCadastro::BtAlterarClick()
     Tabs->Deb("procedure " + classe_ + ".BtAlterarClick(Sender: TObject)");
     const int id = idAtual();
     if (estado_ != Estado::Navegando || !id || !permitido("Alterar")) return;
+    try {
+        conferirOperacao("Alterar", id);
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+        return;
+    }
     db::Transacao &t = transacao();
     t.iniciar();
     try {
         // Touching the record takes its lock now: a second workstation is told at once.
-        db::executar(t, QString("Update %1 Set Id = Id Where Id = :ID").arg(tabela()), {{"ID", id}});
+        db::executar(t, QString("Update %1 Set %2 = %2 Where %2 = :ID").arg(tabela(), chave()), {{"ID", id}});
         carregar(t, id);
     } catch (const db::ErroBanco &e) {
         t.rollback();
@@ -364,7 +370,7 @@ void FormCadastro::BtSalvarClick()
     db::Transacao &t = transacao();
     try {
         const int id = gravar(t, idEditado_);
-        Registro r{"select * from " + tabela(), {{"ID", id}}};
+        Registro r{"select * from " + tabela(), {{chave(), id}}};
         const QString acao = estado_ == Estado::Incluindo ? QStringLiteral("INCLUSÃO") : QStringLiteral("ALTERAÇÃO");
         Tabs->Log(t, r, acao);
         t.commit();
@@ -399,12 +405,18 @@ void FormCadastro::BtExcluirClick()
     Tabs->Deb("procedure " + classe_ + ".BtExcluirClick(Sender: TObject)");
     const int id = idAtual();
     if (estado_ != Estado::Navegando || !id || !permitido("Excluir")) return;
+    try {
+        conferirOperacao("Excluir", id);
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+        return;
+    }
     if (!Pergunta(perguntaExclusao())) return;
     db::Transacao &t = transacao();
     t.iniciar();
     try {
         apagar(t, id);
-        Tabs->Log(t, Registro{"select * from " + tabela(), {{"ID", id}}}, QStringLiteral("EXCLUSÃO"));
+        Tabs->Log(t, Registro{"select * from " + tabela(), {{chave(), id}}}, QStringLiteral("EXCLUSÃO"));
         t.commit();
         informarMonitor(id, QStringLiteral("EXCLUSÃO"));
         recarregar();
@@ -432,14 +444,14 @@ void FormCadastro::informarMonitor(int id, const QString &acao)
     try {
         // The record as saved, read again: the monitor sees what the database holds.
         db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
-        db::Consulta q(t, QString("Select * From %1 Where Id = :ID").arg(tabela()));
+        db::Consulta q(t, QString("Select * From %1 Where %2 = :ID").arg(tabela(), chave()));
         q.bind("ID", id);
         q.executar();
         Registro r{"select * from " + tabela(), {}};
         if (q.proxima())
             for (int i = 0; i < q.colunas(); ++i) r.definir(q.nomeColuna(i), q.valor(i));
         else
-            r.definir("ID", id);
+            r.definir(chave(), id);
         monitor().HttpRequest(tabela(), acao, Tabs->TbToJson({r}));
     } catch (const db::ErroBanco &) {
         // The monitor never holds the user up.

@@ -46,6 +46,8 @@ public:
         menu_ = menuCaption;
         if (!modulo.isEmpty()) classe_ = modulo;
     }
+    // One module with several sheets names its operations per sheet ("Incluir" + " Estoque").
+    void definirSufixoOperacoes(const QString &sufixo) { sufixoOperacoes_ = sufixo; }
 
     // Handlers, public so that tests and shortcuts drive them as the buttons do.
     void BtIncluirClick();
@@ -89,6 +91,9 @@ protected:
     virtual void apagar(db::Transacao &t, int id) = 0;
     virtual QString perguntaExclusao() const { return QStringLiteral("Tem certeza que deseja excluir este registro?"); }
     virtual QString tabela() const = 0;                          // locked at Alterar
+    virtual QString chave() const { return QStringLiteral("ID"); }  // the table's key column
+    // A registry's refusal of "Alterar" or "Excluir" on this record, before anything is asked or locked.
+    virtual void conferirOperacao(const QString &operacao, int id) {}
     virtual bool confirmarCancelamento() { return true; }        // a registry may ask before losing the edit
     virtual void registroMudou(int id) {}                        // the grid moved to another record (0 = none)
     // A registry with search clauses of its own builds the whole browse query here.
@@ -111,7 +116,7 @@ private:
     void mostrarRegistro();
     void habilitarEdicao(bool sim);
 
-    QString classe_, titulo_, area_, menu_;
+    QString classe_, titulo_, area_, menu_, sufixoOperacoes_;
     Estado estado_ = Estado::Navegando;
     int idEditado_ = 0;
     QHash<QString, QPushButton *> botoes_;

@@ -71,11 +71,11 @@ int gravarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valore
         sets << k + " = :" + k;
     }
     if (id == 0) {
-        db::Consulta q(t, QString("Insert Into %1 (%2) Values (%3) Returning Id").arg(d.tabela, cols.join(", "), params.join(", ")));
+        db::Consulta q(t, QString("Insert Into %1 (%2) Values (%3) Returning %4").arg(d.tabela, cols.join(", "), params.join(", "), d.chave));
         for (const auto &[k, x] : v) q.bind(k, x);
         return q.escalar().toInt();
     }
-    db::Consulta q(t, QString("Update %1 Set %2 Where Id = :ID_").arg(d.tabela, sets.join(", ")));
+    db::Consulta q(t, QString("Update %1 Set %2 Where %3 = :ID_").arg(d.tabela, sets.join(", "), d.chave));
     for (const auto &[k, x] : v) q.bind(k, x);
     q.bind("ID_", id);
     q.executar();
@@ -87,7 +87,7 @@ Valores lerRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id)
     QStringList cols;
     for (const CampoForm &c : d.campos)
         if (!c.transitorio) cols << c.coluna;
-    db::Consulta q(t, QString("Select %1 From %2 Where Id = :ID").arg(cols.join(", "), d.tabela));
+    db::Consulta q(t, QString("Select %1 From %2 Where %3 = :ID").arg(cols.join(", "), d.tabela, d.chave));
     q.bind("ID", id);
     q.executar();
     Valores v;
@@ -99,7 +99,7 @@ Valores lerRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id)
 
 void excluirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id)
 {
-    db::executar(t, QString("Delete From %1 Where Id = :ID").arg(d.tabela), {{"ID", id}});
+    db::executar(t, QString("Delete From %1 Where %2 = :ID").arg(d.tabela, d.chave), {{"ID", id}});
 }
 
 int gravarDetalhe(db::Transacao &t, const DetalheRegistro &d, int idMestre, int id, const Valores &v)

@@ -44,6 +44,7 @@ struct DeclaracaoRegistro {
     QString titulo;                 // tab caption
     QString area;                   // its transaction: "TrCidades"
     QString tabela;                 // "TBCIDADES"
+    QString chave = QStringLiteral("ID");  // key column; another one (CODIGO) is filled by `completar`
     QString filtro;                 // rows of a larger table ("Cv = 'S'")
     Valores fixos;                  // written on every insert (PESSOA "J", CV "S")
     QString sqlGrade;               // browse query with joins; default: the table (and filter)
@@ -97,6 +98,7 @@ protected:
     void apagar(db::Transacao &t, int id) override;
     QString perguntaExclusao() const override { return d_.perguntaExclusao; }
     QString tabela() const override { return d_.tabela; }
+    QString chave() const override { return d_.chave; }
 
     void registroMudou(int id) override;
 
