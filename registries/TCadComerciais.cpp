@@ -1,5 +1,7 @@
 #include "TCadComerciais.h"
 
+#include "acesso/Login.h"
+
 #include "dados/Cep.h"
 #include "dados/Tabs.h"
 #include "principal/Menus.h"
@@ -40,7 +42,7 @@ DeclaracaoRegistro declaracaoComercial(const ModoCadastro &m)
     for (int i = 0; i < kOrdensCadastro.size(); ++i) d.ordens << qMakePair(kOrdensCadastro[i], colunas.value(i));
     d.filtro = m.flag.isEmpty() ? QString() : m.flag + " = 'S'";
     const QString dados = "&Dados", pessoal = "&Pessoal", operacional = "&Operacional", contato = "&Endereço e contato",
-                  acesso = "A&cesso", obs = "O&bservações";
+                  acesso = "A&cesso", obs = "O&bservações", referencias = "&Referências", foto = "&Foto";
     d.campos = {
         {"CODIGO", "Código", C::Inteiro, {}, 0, 2, {}, {}, {}, dados},
         {"PESSOA", "Pessoa", C::Lista, {}, 0, 2, {{"F", "Física"}, {"J", "Jurídica"}}, {}, {}, dados},
@@ -86,7 +88,15 @@ DeclaracaoRegistro declaracaoComercial(const ModoCadastro &m)
         {"IDNIVEL", "Nível de acesso", C::Consulta, {}, 0, 2, {}, "Select Id, Nivel || ' - ' || Descricao From TbNiveis Order By Nivel", {}, acesso},
         {"TIPOUSUARIO", "Tipo de usuário", C::Lista, {}, 0, 2, {{"U", "U - Usuário"}, {"S", "S - Supervisor"}, {"A", "A - Administrador"}}, {}, {}, acesso},
         {"OBSERVACOES", "Observações", C::Memo, {}, 0, 2, {}, {}, {}, obs},
+        {"FOTO", "Foto", C::Foto, {}, 0, 2, {}, {}, {}, foto, false, "TIPOFOTO"},
     };
+    // Three commercial references: the business, its phone and whom to ask for.
+    for (int i = 1; i <= 3; ++i) {
+        const QString n = QString::number(i);
+        d.campos.append({"REFCOM" + n, "Referência " + n, C::Texto, {}, 40, 2, {}, {}, {}, referencias});
+        d.campos.append({"TELREFCOM" + n, "Telefone", C::Texto, {}, 11, 2, {}, {}, "(99)99999-9999;_", referencias});
+        d.campos.append({"CONTATOREFCOM" + n, "Contato", C::Texto, {}, 20, 2, {}, {}, {}, referencias});
+    }
     for (CampoForm &c : d.campos)
         if (c.coluna == kNovaSenha) c.transitorio = true;
     // The role boxes: which kinds of party this record is.
@@ -318,10 +328,14 @@ int TCadComerciais::gravar(db::Transacao &t, int id)
 {
     Valores v;
     for (const CampoForm &c : declaracao().campos) v[c.coluna] = valorDoCampo(c.coluna);
+    completarTiposFoto(declaracao().campos, v);
     try {
-        return salvarCadastro(t, id, v, modo_, {}, sessao(), QDate::currentDate(),
-                              modo_.codigo == "Md" && id == 0 ? QList<Valores>{agendaPadrao(QDate::currentDate(), sessao())}
-                                                             : QList<Valores>{});
+        const int salvo = salvarCadastro(t, id, v, modo_, {}, sessao(), QDate::currentDate(),
+                                         modo_.codigo == "Md" && id == 0 ? QList<Valores>{agendaPadrao(QDate::currentDate(), sessao())}
+                                                                        : QList<Valores>{});
+        // Users editing their own record see their new name and level at once.
+        if (salvo == sessao().idUsuario) atualizarSessao(t, sessao());
+        return salvo;
     } catch (const RecusaCampos &r) {
         // Every failing field is painted; the message lists them all.
         for (const QString &c : r.campos)

@@ -2,6 +2,7 @@
 
 #include "ui/Dialogos.h"
 #include "acesso/FormsAcesso.h"
+#include "acesso/Login.h"
 
 #include "acesso/Permissoes.h"
 #include "acesso/Usuarios.h"
@@ -86,9 +87,11 @@ void TUsuarios::carregar(db::Transacao &t, int id)
 
 int TUsuarios::gravar(db::Transacao &t, int id)
 {
-    return salvarUsuario(t, {id, usuario_->text(), nome_->text(), apelido_->text(), senha_->text(),
-                             tipo_->currentData().toString(), nivel_->currentData().toInt()},
-                         sessao());
+    const int salvo = salvarUsuario(t, {id, usuario_->text(), nome_->text(), apelido_->text(), senha_->text(),
+                                        tipo_->currentData().toString(), nivel_->currentData().toInt()},
+                                    sessao());
+    if (salvo == sessao().idUsuario) atualizarSessao(t, sessao());
+    return salvo;
 }
 
 void TUsuarios::apagar(db::Transacao &t, int id) { excluirUsuario(t, id); }

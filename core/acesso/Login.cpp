@@ -69,6 +69,20 @@ ResultadoLogin autenticar(db::Transacao &t, const QString &usuario, const QStrin
     return r;
 }
 
+void atualizarSessao(db::Transacao &t, Sessao &s)
+{
+    db::Consulta q(t, "Select U.Usuario, U.Apelido, U.TipoUsuario, U.IdNivel, N.Nivel "
+                      "From TbCad U Left Join TbNiveis N On (N.Id = U.IdNivel) Where U.Id = :ID");
+    q.bind("ID", s.idUsuario);
+    q.executar();
+    if (!q.proxima()) return;
+    s.usuario = q["USUARIO"].toString().trimmed();
+    s.apelido = q["APELIDO"].toString().trimmed();
+    s.tipoUsuario = q["TIPOUSUARIO"].toString().trimmed();
+    s.idNivel = q["IDNIVEL"].toInt();
+    s.nivel = q["NIVEL"].toInt();
+}
+
 void trocarSenha(db::Transacao &t, int idUsuario, const QString &nova, const QString &confirmacao)
 {
     if (nova.isEmpty()) throw Recusa(kDigiteNovaSenha, "nova");

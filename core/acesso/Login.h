@@ -32,6 +32,9 @@ struct ResultadoLogin {
 
 // Throws Recusa with one of the three refusal texts; campo is "usuario" or "senha".
 ResultadoLogin autenticar(db::Transacao &t, const QString &usuario, const QString &senha);
+// Reads the logged-in user's name, nickname, type and level again (after they edited their own record);
+// where they are working is kept.
+void atualizarSessao(db::Transacao &t, Sessao &s);
 // Throws Recusa naming "nova" or "confirmacao".
 void trocarSenha(db::Transacao &t, int idUsuario, const QString &nova, const QString &confirmacao);
 

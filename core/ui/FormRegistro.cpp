@@ -3,6 +3,7 @@
 
 #include "dados/Tabs.h"
 #include "principal/Menus.h"
+#include "ui/Foto.h"
 #include "ui/Mensagens.h"
 #include "ui/Recusa.h"
 
@@ -56,6 +57,15 @@ QString sqlGrade(const DeclaracaoRegistro &d)
     return "Select * From " + d.tabela + (d.filtro.isEmpty() ? QString() : " Where (" + d.filtro + ")");
 }
 
+void completarTiposFoto(const QList<CampoForm> &campos, Valores &v)
+{
+    for (const CampoForm &c : campos)
+        if (c.tipo == CampoForm::Foto && !c.colunaTipo.isEmpty() && v.count(c.coluna)) {
+            const QString tipo = tipoDaFoto(v[c.coluna].toByteArray());
+            v[c.colunaTipo] = tipo.isEmpty() ? QVariant() : tipo;
+        }
+}
+
 int gravarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v)
 {
     conferirObrigatorios(d, v);
@@ -63,6 +73,7 @@ int gravarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valore
     if (d.completar) d.completar(t, v, id == 0);
     if (id == 0)
         for (const auto &[k, x] : d.fixos) v[k] = x;
+    completarTiposFoto(d.campos, v);
     // Column names come from the declaration, never from what was typed.
     QStringList cols, params, sets;
     for (const auto &[k, x] : v) {
@@ -123,6 +134,7 @@ QWidget *criarWidgetCampo(const CampoForm &c)
     switch (c.tipo) {
     case CampoForm::Memo: return new QPlainTextEdit;
     case CampoForm::Marca: return new QCheckBox(c.rotulo);
+    case CampoForm::Foto: return new CampoFoto;
     case CampoForm::Data: {
         auto *e = new QDateEdit;
         e->setDisplayFormat("dd/MM/yyyy");
@@ -162,6 +174,7 @@ QVariant lerWidgetCampo(const CampoForm &c, QWidget *w)
     if (auto *x = qobject_cast<QCheckBox *>(w)) return x->isChecked() ? "S" : "N";
     if (auto *m = qobject_cast<QPlainTextEdit *>(w)) return m->toPlainText().isEmpty() ? QVariant() : m->toPlainText();
     if (auto *de = qobject_cast<QDateEdit *>(w)) return de->date() == de->minimumDate() ? QVariant() : de->date();
+    if (auto *f = qobject_cast<CampoFoto *>(w)) return f->dados().isEmpty() ? QVariant() : QVariant(f->dados());
     const QString s = static_cast<QLineEdit *>(w)->text();
     if (!preenchido(s)) return {};
     switch (c.tipo) {
@@ -197,6 +210,8 @@ void escreverWidgetCampo(QWidget *w, const QVariant &v)
         m->setPlainText(v.toString());
     } else if (auto *de = qobject_cast<QDateEdit *>(w)) {
         de->setDate(v.isNull() ? de->minimumDate() : v.toDate());
+    } else if (auto *f = qobject_cast<CampoFoto *>(w)) {
+        f->definir(v.toByteArray());
     } else if (auto *e = qobject_cast<QLineEdit *>(w)) {
         if (v.metaType() == QMetaType::fromType<db::Decimal>()) e->setText(v.value<db::Decimal>().textoBR(v.value<db::Decimal>().escala()));
         else e->setText(v.toString());

@@ -13,7 +13,7 @@ namespace orb {
 using Valores = std::map<QString, QVariant>;  // column -> value, as the form gathered them
 
 struct CampoForm {
-    enum Tipo { Texto, Inteiro, Decimal, Data, Hora, Memo, Lista, Consulta, Marca /* "S"/"N" */ };
+    enum Tipo { Texto, Inteiro, Decimal, Data, Hora, Memo, Lista, Consulta, Marca /* "S"/"N" */, Foto };
     QString coluna;
     QString rotulo;
     Tipo tipo = Texto;
@@ -25,6 +25,7 @@ struct CampoForm {
     QString mascara;                        // input mask of a text field
     QString aba;                            // tab page of the edit area; empty = the main area
     bool transitorio = false;               // typed but not a column (a new password): never read back
+    QString colunaTipo;                     // Foto: the column that keeps the picture's type
 };
 
 // A detail table shown in a tab under the record, following it (its rows point at the record).
@@ -62,6 +63,8 @@ struct DeclaracaoRegistro {
 
 // The first empty required field, in screen order, stops the save.
 void conferirObrigatorios(const DeclaracaoRegistro &d, const Valores &v);
+// The type column of each picture field, from the picture's bytes.
+void completarTiposFoto(const QList<CampoForm> &campos, Valores &v);
 // Checks and writes; returns the record's ID.
 int gravarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v);
 Valores lerRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id);
