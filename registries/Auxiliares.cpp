@@ -282,7 +282,7 @@ QList<DeclaracaoRegistro> montar()
                        "Where C.Fk = :MESTRE Order By I.Descricao",
                        {{"Z_ITEM", "Item"}, {"QTD", "Quantidade"}, {"PRUNITARIO", "Preço"}, {"TOTAL", "Total"}},
                        {{"IDITEM", "Item", C::Consulta, "Selecione o item primeiro!", 0, 2, {},
-                         "Select Id, Descricao From TbItens Order By Descricao"},
+                         "Select Id, Descricao From TbItens Where Tipo In ('D', 'L') Order By Descricao"},
                         {"QTD", "Quantidade", C::Decimal, "Digite a quantidade primeiro!", 0, 4},
                         {"PRUNITARIO", "Preço", C::Decimal, {}, 0, 4}}}};
         return d;
@@ -291,6 +291,27 @@ QList<DeclaracaoRegistro> montar()
               "Tem certeza que deseja excluir este Exame?", "Exame Excluído (");
     r << item("TProcedimentos", "Procedimentos", "P", "Digite o código do Procedimento primeiro!",
               "Digite o nome do Procedimento primeiro!", "Tem certeza que deseja excluir este Exame?", "Procedimento Excluído (");
+
+    // Medicines and materials are the items an attendance consumes (an exam's composition lists them).
+    auto consumo = [](const QString &classe, const QString &titulo, const QString &tipo, const QString &nome,
+                      const QString &excluido) {
+        DeclaracaoRegistro d = registro(classe, titulo, "Tr" + classe.mid(1), "TBITENS");
+        d.filtro = "Tipo = '" + tipo + "'";
+        d.fixos = {{"TIPO", tipo}};
+        d.colunas = {{"DESCRICAO", nome}, {"UN", "Unidade"}, {"PRVENDAVAR", "Preço"}};
+        d.ordens = {{nome, "DESCRICAO"}};
+        d.campos = {{"DESCRICAO", nome, C::Texto, "Digite o nome do " + nome + " primeiro!", 240},
+                    {"CODIGO", "Código", C::Texto, {}, 14},
+                    {"UN", "Unidade", C::Texto, {}, 6},
+                    {"CUSTO", "Custo", C::Decimal, {}, 0, 4},
+                    {"PRVENDAVAR", "Preço", C::Decimal, {}, 0, 4},
+                    {"DESCRICAODET", "Observações", C::Memo}};
+        d.perguntaExclusao = "Tem certeza que deseja excluir este " + nome + "?";
+        d.traco = excluido;
+        return d;
+    };
+    r << consumo("TMedicamentos", "Medicamentos", "D", "Medicamento", "Medicamento Excluído (");
+    r << consumo("TMateriais", "Materiais", "L", "Material", "Material Excluído (");
 
     DeclaracaoRegistro textos = registro("TTextos", "Modelos de Texto", "TrTextos", "TBITENS");
     textos.filtro = "Tipo = 'T'";

@@ -3,6 +3,7 @@
 #include "acesso/Permissoes.h"
 #include "dados/Monitor.h"
 #include "dados/Tabs.h"
+#include "ui/Impressao.h"
 #include "ui/Mensagens.h"
 #include "ui/Recusa.h"
 
@@ -38,6 +39,7 @@ FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const Q
                       {"Salvar", "Salvar (F10)", "F10", &FormCadastro::BtSalvarClick},
                       {"Cancelar", "Cancelar (Esc)", nullptr, &FormCadastro::BtCancelarClick},
                       {"Excluir", "Excluir (F5)", "F5", &FormCadastro::BtExcluirClick},
+                      {"Imprimir", "Imprimir", nullptr, &FormCadastro::BtImprimirClick},
                       {"Fechar", "Fechar", nullptr, &FormCadastro::BtFecharClick}};
     for (const B &d : defs) {
         auto *b = new QPushButton(QString::fromUtf8(d.texto), this);
@@ -278,6 +280,7 @@ void FormCadastro::Botoes()
     botoes_["Excluir"]->setEnabled(navegando && temRegistro);
     botoes_["Salvar"]->setEnabled(!navegando);
     botoes_["Cancelar"]->setEnabled(!navegando);
+    botoes_["Imprimir"]->setEnabled(navegando);
     botoes_["Fechar"]->setEnabled(navegando);
     for (const char *n : {"Primeiro", "Anterior", "Proximo", "Ultimo"}) botoes_[n]->setEnabled(navegando && temRegistro);
     grade_->setEnabled(navegando);
@@ -480,6 +483,13 @@ bool FormCadastro::eventFilter(QObject *o, QEvent *e)
         }
     }
     return QWidget::eventFilter(o, e);
+}
+
+void FormCadastro::BtImprimirClick()
+{
+    Tabs->Deb("procedure " + classe_ + ".BtImprimirClick(Sender: TObject)");
+    if (estado_ != Estado::Navegando || !permitido("Imprimir")) return;
+    imprimirHtml(titulo_, htmlGrade(*modelo_, titulo_, sessao().usuario), this);
 }
 
 void FormCadastro::BtFecharClick()

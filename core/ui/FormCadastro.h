@@ -55,6 +55,7 @@ public:
     void BtSalvarClick();
     void BtCancelarClick();
     void BtExcluirClick();
+    void BtImprimirClick();
     void BtFecharClick();
     // Moves through the grid: -2 first, -1 previous, 1 next, 2 last.
     void navegar(int passo);

@@ -5,6 +5,7 @@
 #include "acesso/Sessao.h"
 #include "dados/Monitor.h"
 #include "dados/Tabs.h"
+#include "ui/Impressao.h"
 #include "ui/Recusa.h"
 #include "ui/Mensagens.h"
 
@@ -27,6 +28,27 @@ namespace {
 
 struct AuxiliaresTest : teste::ComTabs {
 };
+
+// A plausible value for any declared field.
+QVariant preencher(const CampoForm &c)
+{
+    switch (c.tipo) {
+    case CampoForm::Inteiro: return 7;
+    case CampoForm::Decimal: return QVariant::fromValue(db::Decimal("12.5"));
+    case CampoForm::Data: return QDate(2026, 12, 25);
+    case CampoForm::Hora: return "08:00";
+    case CampoForm::Lista: return c.itens.first().first;
+    case CampoForm::Consulta: return 1;  // no foreign keys: any ID stands for the chosen row
+    default: return "X";
+    }
+}
+
+Valores completos(const DeclaracaoRegistro &d)
+{
+    Valores v;
+    for (const CampoForm &c : d.campos) v[c.coluna] = preencher(c);
+    return v;
+}
 
 // With every field empty, then filling them one at a time in screen order, each save is refused
 // with the message of the next required field, and the last one succeeds.
@@ -54,17 +76,6 @@ TEST_F(AuxiliaresTest, RequiredFieldsInScreenOrder)
     for (const DeclaracaoRegistro &d : registrosAuxiliares()) {
         SCOPED_TRACE(d.classe.toStdString());
         db::Transacao t(tabs.DbORB());
-        auto preencher = [](const CampoForm &c) -> QVariant {
-            switch (c.tipo) {
-            case CampoForm::Inteiro: return 7;
-            case CampoForm::Decimal: return QVariant::fromValue(db::Decimal("12.5"));
-            case CampoForm::Data: return QDate(2026, 12, 25);
-            case CampoForm::Hora: return "08:00";
-            case CampoForm::Lista: return c.itens.first().first;
-            case CampoForm::Consulta: return 1;  // no foreign keys: any ID stands for the chosen row
-            default: return "X";
-            }
-        };
         Valores v;
         for (const CampoForm &c : d.campos)
             if (c.obrigatorio.isEmpty()) v[c.coluna] = preencher(c);
@@ -169,6 +180,85 @@ TEST_F(AuxiliaresTest, CityThroughTheForm)
     EXPECT_TRUE(tabs.trilha().contains(QString("Cidade Excluída (%1)").arg(1)) || !tabs.trilha().filter("Cidade Excluída").isEmpty());
     db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
     EXPECT_EQ(db::escalar(t, "select count(*) from TbLog where Tabela = 'TBCIDADES'").toInt(), 2);  // inclusion and deletion
+}
+
+// Every member asks its own question before deleting, and traces the deletion with the record's ID.
+TEST_F(AuxiliaresTest, DeleteQuestionsAndTraces)
+{
+    const QMap<QString, QPair<QString, QString>> esperado = {
+        {"TCidades", {"Tem certeza que deseja excluir esta Cidade?", "Cidade Excluída ("}},
+        {"TBancos", {"Tem certeza que deseja excluir este Banco?", "Banco Excluído ("}},
+        {"TGrupos", {"Tem certeza que deseja excluir este Grupo?", "Grupo Excluído ("}},
+        {"TSubgrupos", {"Tem certeza que deseja excluir esta Subgrupo?", "Subgrupo Excluído ("}},
+        {"TCategorias", {"Tem certeza que deseja excluir esta Categoria?", "Categoria Excluída ("}},
+        {"TCfop", {"Tem certeza que deseja excluir esta CFOP?", ""}},
+        {"TIcms", {"Tem certeza que deseja excluir esta Alíquota?", ""}},
+        {"TFuncoes", {"Tem certeza que deseja excluir esta Função?", "Função Excluída ("}},
+        {"TFeriados", {"Tem certeza que deseja excluir este Feriado?", "Feriado Excluído ("}},
+        {"THorarios", {"Tem certeza que deseja excluir este Horário?", "Horário Excluído ("}},
+        {"TOpTel", {"Tem certeza que deseja excluir esta Operadora?", "Operadora de Telefonia Excluída ("}},
+        {"TEspecialidades", {"Tem certeza que deseja excluir esta Especialidade?", "Especialidade Excluída ("}},
+        {"TStatusCom", {"Tem certeza que deseja excluir este Status?", "Status Excluído ("}},
+        {"TConsultorios", {"Tem certeza que deseja excluir esta Consultório?", "Consultório Excluído ("}},
+        {"TConvenios", {"Tem certeza que deseja excluir este Convênio?", "Convênio Excluído ("}},
+        {"TLaboratorios", {"Tem certeza que deseja excluir este Laboratório?", "Laboratório Excluído ("}},
+        {"TExames", {"Tem certeza que deseja excluir este Exame?", "Exame Excluído ("}},
+        {"TProcedimentos", {"Tem certeza que deseja excluir este Exame?", "Procedimento Excluído ("}},
+        {"TTextos", {"Tem certeza que deseja excluir este Modelo de Texto?", "Modelo de Texto Excluído ("}},
+        {"TMedicamentos", {"Tem certeza que deseja excluir este Medicamento?", "Medicamento Excluído ("}},
+        {"TMateriais", {"Tem certeza que deseja excluir este Material?", "Material Excluído ("}},
+    };
+    int vistos = 0;
+    for (const DeclaracaoRegistro &d : registrosAuxiliares()) {
+        SCOPED_TRACE(d.classe.toStdString());
+        int id = 0;
+        {
+            db::Transacao t(tabs.DbORB());
+            id = gravarRegistro(t, d, 0, completos(d));
+            t.commit();
+        }
+        FormRegistro f(d);
+        int linha = -1;
+        for (int r = 0; r < f.modelo()->rowCount(); ++r)
+            if (f.modelo()->idDaLinha(r) == id) linha = r;
+        ASSERT_GE(linha, 0);
+        f.grade()->setCurrentIndex(f.modelo()->index(linha, 0));
+        msg.perguntas.clear();
+        msg.respostas = {QMessageBox::No};
+        f.BtExcluirClick();  // No keeps the record
+        msg.respostas = {QMessageBox::Yes};
+        f.BtExcluirClick();
+        ASSERT_EQ(msg.perguntas.size(), 2);
+        EXPECT_EQ(msg.perguntas[0], msg.perguntas[1]);
+        db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+        EXPECT_EQ(db::escalar(t, "select count(*) from " + d.tabela + " where Id = :ID", {{"ID", id}}).toInt(), 0);
+        if (!d.traco.isEmpty()) EXPECT_TRUE(tabs.trilha().contains(d.traco + QString::number(id) + ")"));
+        if (!esperado.contains(d.classe)) continue;
+        ++vistos;
+        EXPECT_EQ(msg.perguntas[0], esperado[d.classe].first);
+        EXPECT_EQ(d.traco, esperado[d.classe].second);
+    }
+    EXPECT_EQ(vistos, esperado.size());
+}
+
+// Imprimir sends the whole list under the current search, escaped, with its count.
+TEST_F(AuxiliaresTest, PrintsTheListOfTheGrid)
+{
+    {
+        db::Transacao t(tabs.DbORB());
+        for (const char *b : {"Banco <Um>", "Banco & Dois"})
+            db::executar(t, "insert into TbBancos (Numero, Banco) values ('001', :B)", {{"B", b}});
+        t.commit();
+    }
+    QString titulo, html;
+    definirImpressora([&](const QString &ti, const QString &h) { titulo = ti, html = h; });
+    FormRegistro f(*registroAuxiliar("TBancos"));
+    f.BtImprimirClick();
+    definirImpressora({});
+    EXPECT_EQ(titulo, f.windowTitle());
+    EXPECT_TRUE(html.contains("Banco &lt;Um&gt;"));
+    EXPECT_TRUE(html.contains("Banco &amp; Dois"));
+    EXPECT_TRUE(html.contains("2 registro(s)"));
 }
 
 } // namespace

@@ -6,9 +6,12 @@
 #include "apoio/TabsTeste.h"
 #include "dados/Cep.h"
 #include "dados/Tabs.h"
+#include "ui/Foto.h"
 #include "ui/Mensagens.h"
 
 #include <QComboBox>
+#include <QImage>
+#include <QTableView>
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QTcpServer>
@@ -167,6 +170,50 @@ TEST_F(TCadComerciaisTest, AddressByCep)
     b.definirServico({});
     EXPECT_EQ(b.local(t, "12010000").logradouro, "Rua Quatro de Março");  // from the cache, offline
     b.definirCache({});
+}
+
+} // namespace
+
+namespace {
+
+// Users who edit their own record see the change in their session at once; the references and
+// the photo typed on their tabs are kept with the record.
+TEST_F(TCadComerciaisTest, OwnRecordRefreshesTheSession)
+{
+    int id = 0;
+    {
+        db::Transacao t(tabs.DbORB());
+        id = db::escalar(t, "insert into TbCad (Codigo, Nome, Apelido, Pessoa, Cl, Us, Usuario, Senha, TipoUsuario, IdNivel) "
+                            "values (50, 'Joana Prado', 'Joana', 'F', 'S', 'S', 'JOANA', 'X', 'U', "
+                            "(select first 1 Id from TbNiveis)) returning Id").toInt();
+        db::executar(t, "insert into TbCadSit (Data, Situacao, Fk) values ('2026-01-01', 'A', :ID)", {{"ID", id}});
+        t.commit();
+    }
+    sessao().idUsuario = id;
+    sessao().usuario = "JOANA";
+    sessao().apelido = "Joana";
+    QTemporaryDir dir;
+    QImage img(4, 4, QImage::Format_RGB32);
+    img.fill(Qt::blue);
+    img.save(dir.filePath("joana.png"));
+
+    TCadComerciais f("");
+    f.show();
+    ASSERT_EQ(f.modelo()->rowCount(), 1);
+    f.grade()->setCurrentIndex(f.modelo()->index(0, 0));
+    f.BtAlterarClick();
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Alterando);
+    auto *apelido = f.findChild<QLineEdit *>("APELIDO");
+    apelido->selectAll();
+    apelido->insert("Jô");
+    digitar(f, "REFCOM1", "Armazém Central");
+    f.findChild<CampoFoto *>("FOTO")->carregar(dir.filePath("joana.png"));
+    f.BtSalvarClick();
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << (msg.avisos + msg.perguntas + tabs.trilha()).join(" | ").toStdString();
+    EXPECT_EQ(sessao().apelido, "Jô");
+    db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+    EXPECT_EQ(db::escalar(t, "select RefCom1 || '/' || TipoFoto from TbCad where Id = :ID", {{"ID", id}}).toString(),
+              "Armazém Central/PNG");
 }
 
 } // namespace
