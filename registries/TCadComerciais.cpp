@@ -152,6 +152,7 @@ DeclaracaoRegistro declaracaoComercial(const ModoCadastro &m)
              {"REGTRIBFED", "Regime tributário", C::Lista, "Defina o regime tributário primeiro!", 0, 2,
               {{"S", "S - Simples Nacional"}, {"P", "P - Lucro Presumido"}, {"R", "R - Lucro Real"}}},
              {"PERCSIMPLES", "% Simples", C::Decimal}, {"PERCISSQN", "% ISSQN", C::Decimal}, {"PERCINSS", "% INSS", C::Decimal},
+             {"PERCIRPJMD", "% IRPJ", C::Decimal}, {"PERCCSLLMD", "% CSLL", C::Decimal},
              {"GASTOFIXO", "Gasto fixo", C::Decimal}, {"PERCDESPFIN", "% Despesa financeira", C::Decimal}},
             "Tem certeza que deseja excluir esta Situação?"});
     if (m.codigo.isEmpty() || m.codigo == "Md" || m.codigo == "Es")

@@ -192,16 +192,16 @@ DeclaracaoRegistro declaracaoItens(const QString &tipo)
     return d;
 }
 
-void conferirExclusaoItem(db::Transacao &t, int id)
+void conferirExclusaoItemInventario(db::Transacao &t, int id)
 {
     // Lines keep a copy of the item, but approval and its cancelling need the item itself.
     if (db::escalar(t, "Select Count(*) From TbItensMovInventario Where IdInventario = :ID", {{"ID", id}}).toInt() > 0)
         throw Recusa("Esse item não pode ser excluído por constar em movimentações!");
 }
 
-void excluirItem(db::Transacao &t, int id)
+void excluirItemInventario(db::Transacao &t, int id)
 {
-    conferirExclusaoItem(t, id);
+    conferirExclusaoItemInventario(t, id);
     db::executar(t, "Delete From TbManutInventario Where Inventario = :ID", {{"ID", id}});
     db::executar(t, "Delete From TbInventario Where Id = :ID", {{"ID", id}});
 }

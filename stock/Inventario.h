@@ -28,8 +28,8 @@ DeclaracaoRegistro declaracaoItens(const QString &tipo);
 // The item checks, in order; throws Recusa naming the column.
 void conferirItem(db::Transacao &t, const QString &tipo, const Valores &v);
 // An item in a movement stays; an asset's maintenances go with it.
-void conferirExclusaoItem(db::Transacao &t, int id);
-void excluirItem(db::Transacao &t, int id);
+void conferirExclusaoItemInventario(db::Transacao &t, int id);
+void excluirItemInventario(db::Transacao &t, int id);
 
 // ---- maintenances of assets in TBMANUTINVENTARIO (INVENTARIO = the asset's ID)
 

@@ -92,12 +92,12 @@ void FolhaItens::conferirOperacao(const QString &operacao, int id)
 {
     if (operacao != QStringLiteral("Excluir")) return;
     db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
-    conferirExclusaoItem(t, id);
+    conferirExclusaoItemInventario(t, id);
 }
 
 void FolhaItens::apagar(db::Transacao &t, int id)
 {
-    excluirItem(t, id);
+    excluirItemInventario(t, id);
     Tabs->Deb(declaracao().traco + QString::number(id) + ")");
 }
 

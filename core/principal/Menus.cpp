@@ -51,9 +51,12 @@ G pessoal(QList<M> extra = {})
 G inventario()
 {
     return {"Inventario1", "&Inventário",
-            {{"Inventario2", "&Inventário...", "TInventario"},
+            {{"Estoque1", "&Estoque...", "TEstoque"},
+             {"Inventario2", "&Inventário...", "TInventario"},
              {"Grupos1", "&Grupos...", "TGrupos"},
-             {"Subgrupos1", "&Subgrupos...", "TSubgrupos"}}};
+             {"Subgrupos1", "&Subgrupos...", "TSubgrupos"},
+             {"Acondic1", "&Acondicionamentos...", "TAcondic"},
+             {"Kits1", "&Kits...", "TKits"}}};
 }
 
 G financeiro()

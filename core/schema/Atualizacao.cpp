@@ -29,6 +29,7 @@ QString Mudanca::descricao() const
     case RemoverColuna: return QString("%1: remover coluna %2").arg(tabela, coluna);
     case CriarRestricao: return QString("%1: criar restrição %2").arg(tabela, coluna);
     case CriarSequencia: return QString("Criar sequência %1").arg(tabela);
+    case CriarIndice: return QString("%1: criar índice %2").arg(tabela, coluna);
     }
     return {};
 }
@@ -109,6 +110,14 @@ const QList<Mudanca> &mudancas()
         novaTabela("TBCONVENIOS"),
         novaTabela("TBETAPASCOM"),
         {Mudanca::CriarSequencia, "GN_TBUSUARIOS_ID2", {}, {}, {}},
+        // The stock screen finds items by code and description and sums each item's stock rows.
+        {Mudanca::CriarIndice, "TBITENS", "IDX_TBITENS_DESCRICAO", {}, "(DESCRICAO)"},
+        {Mudanca::CriarIndice, "TBITENS", "IDX_TBITENS_CODIGO", {}, "(CODIGO)"},
+        {Mudanca::CriarIndice, "TBITENS", "IDX_TBITENS_CODIGOBARRAS", {}, "(CODIGOBARRAS)"},
+        {Mudanca::CriarIndice, "TBITENSEST", "IDX_TBITENSEST_FK", {}, "(FK)"},
+        {Mudanca::CriarIndice, "TBITENSFOTOS", "IDX_TBITENSFOTOS_FK", {}, "(FK)"},
+        {Mudanca::CriarIndice, "TBITENSFORN", "IDX_TBITENSFORN_FK", {}, "(FK)"},
+        {Mudanca::CriarIndice, "TBCOMITENS", "IDX_TBCOMITENS_IDITEM", {}, "(IDITEM)"},
     };
     return m;
 }
@@ -151,6 +160,11 @@ Metadados Metadados::ler(Banco &b)
         db::Consulta q(t, "select trim(rdb$constraint_name) from rdb$relation_constraints");
         q.executar();
         while (q.proxima()) m.restricoes.insert(q.valor(0).toString());
+    }
+    {
+        db::Consulta q(t, "select trim(rdb$index_name) from rdb$indices where coalesce(rdb$system_flag, 0) = 0");
+        q.executar();
+        while (q.proxima()) m.indices.insert(q.valor(0).toString());
     }
     {
         db::Consulta q(t, "select trim(rdb$trigger_name) from rdb$triggers where coalesce(rdb$system_flag, 0) = 0");
@@ -293,6 +307,11 @@ bool aplicar(Banco &b, Metadados &m, const Mudanca &mu)
         if (m.restricoes.contains(mu.coluna)) return false;
         ddl(b, {QString("ALTER TABLE %1 ADD CONSTRAINT %2 %3").arg(mu.tabela, mu.coluna, mu.extra)});
         m.restricoes.insert(mu.coluna);
+        return true;
+    case Mudanca::CriarIndice:
+        if (m.indices.contains(mu.coluna)) return false;
+        ddl(b, {QString("CREATE INDEX %1 ON %2 %3").arg(mu.coluna, mu.tabela, mu.extra)});
+        m.indices.insert(mu.coluna);
         return true;
     case Mudanca::CriarSequencia:
         if (m.geradores.contains(mu.tabela)) return false;

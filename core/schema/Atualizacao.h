@@ -13,12 +13,13 @@
 namespace esquema {
 
 struct Mudanca {
-    enum Tipo { CriarDominio, AdicionarColuna, CriarTabela, MudarDominio, RemoverColuna, CriarRestricao, CriarSequencia };
+    enum Tipo { CriarDominio, AdicionarColuna, CriarTabela, MudarDominio, RemoverColuna, CriarRestricao, CriarSequencia, CriarIndice };
     Tipo tipo;
     QString tabela;     // or the domain / sequence name for CriarDominio / CriarSequencia
-    QString coluna;     // or the constraint name for CriarRestricao
+    QString coluna;     // or the constraint / index name for CriarRestricao / CriarIndice
     QString dominio;    // the column's domain; for MudarDominio the new one
     QString extra;      // AdicionarColuna: fill for existing rows ("SET ..."); CriarRestricao: its definition;
+                        // CriarIndice: its columns ("(FK)");
                         // MudarDominio and RemoverColuna: the domain the column had before
     QString descricao() const;
 };
@@ -28,7 +29,7 @@ const QList<Mudanca> &mudancas();
 
 // What the database has, read once and kept in step with the changes applied.
 struct Metadados {
-    QSet<QString> dominios, geradores, restricoes, gatilhos, tabelas;
+    QSet<QString> dominios, geradores, restricoes, gatilhos, tabelas, indices;
     QHash<QString, QHash<QString, QString>> colunas;  // table -> column -> domain (RDB$FIELD_SOURCE)
     QHash<QString, QHash<QString, int>> posicoes;     // table -> column -> position (0-based)
 

@@ -18,7 +18,9 @@
 #include <QPushButton>
 #include <QScrollArea>
 #include <QShortcut>
+#include <QGroupBox>
 #include <QSplitter>
+#include <QStackedWidget>
 #include <QTabWidget>
 #include <QTableView>
 #include <QVBoxLayout>
@@ -159,12 +161,27 @@ QWidget *FormCadastro::paginaEdicao(const QString &aba)
         abasEdicao_->setObjectName("PcEdicao");
         form_->addRow(abasEdicao_);
     }
-    if (!paginas_.contains(aba)) {
+    if (paginas_.contains(aba)) return paginas_[aba]->parentWidget();
+    const int barra = int(aba.indexOf('/'));
+    if (barra < 0) {
         auto *p = new QWidget;
         paginas_.insert(aba, new QFormLayout(p));
         abasEdicao_->addTab(p, aba);
+        return p;
     }
-    return paginas_[aba]->parentWidget();
+    // "Page/Group": groups of fields side by side on one page (wholesale beside retail, ...).
+    const QString nome = aba.left(barra);
+    QWidget *pagina = paginasAgrupadas_.value(nome);
+    if (!pagina) {
+        pagina = new QWidget;
+        new QHBoxLayout(pagina);
+        abasEdicao_->addTab(pagina, nome);
+        paginasAgrupadas_.insert(nome, pagina);
+    }
+    auto *grupo = new QGroupBox(aba.mid(barra + 1), pagina);
+    paginas_.insert(aba, new QFormLayout(grupo));
+    static_cast<QHBoxLayout *>(pagina->layout())->addWidget(grupo, 0, Qt::AlignTop);
+    return grupo;
 }
 
 void FormCadastro::navegar(int passo)
@@ -385,6 +402,7 @@ void FormCadastro::BtSalvarClick()
         Atencao(r.texto);
         if (QWidget *w = campo(r.campo)) {
             marcarFalha(w);
+            mostrarCampo(w);
             w->setFocus();
         }
     } catch (const db::ErroBanco &e) {
@@ -430,6 +448,14 @@ void FormCadastro::BtExcluirClick()
         t.rollback();
         Atencao(e.mensagem());
     }
+}
+
+void FormCadastro::mostrarCampo(QWidget *w)
+{
+    // Brings forward every tab page on the way from the field up to the form.
+    for (QWidget *p = w; p && p != this; p = p->parentWidget())
+        if (auto *pilha = qobject_cast<QStackedWidget *>(p->parentWidget()))
+            if (auto *abas = qobject_cast<QTabWidget *>(pilha->parentWidget())) abas->setCurrentWidget(p);
 }
 
 void FormCadastro::marcarFalha(QWidget *w)

@@ -103,6 +103,7 @@ protected:
         return false;
     }
     void marcarFalha(QWidget *w);
+    void mostrarCampo(QWidget *w);  // the tab page holding the field comes to the front
     void focarPrimeiro();
     void informarMonitor(int id, const QString &acao);
 
@@ -129,6 +130,7 @@ private:
     QFormLayout *form_ = nullptr;
     QTabWidget *abasEdicao_ = nullptr;
     QHash<QString, QFormLayout *> paginas_;
+    QHash<QString, QWidget *> paginasAgrupadas_;
     QWidget *areaEdicao_ = nullptr;
     QVBoxLayout *corpo_ = nullptr;
     QSplitter *divisor_ = nullptr;

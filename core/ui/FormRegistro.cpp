@@ -119,6 +119,7 @@ int gravarDetalhe(db::Transacao &t, const DetalheRegistro &d, int idMestre, int 
     r.tabela = d.tabela;
     r.campos = d.campos;
     r.fixos = {{d.chave, idMestre}};
+    r.completar = d.completar;
     return gravarRegistro(t, r, id, v);
 }
 
@@ -214,6 +215,7 @@ void escreverWidgetCampo(QWidget *w, const QVariant &v)
         f->definir(v.toByteArray());
     } else if (auto *e = qobject_cast<QLineEdit *>(w)) {
         if (v.metaType() == QMetaType::fromType<db::Decimal>()) e->setText(v.value<db::Decimal>().textoBR(v.value<db::Decimal>().escala()));
+        else if (v.typeId() == QMetaType::QTime) e->setText(v.toTime().toString("HH:mm"));
         else e->setText(v.toString());
     }
 }

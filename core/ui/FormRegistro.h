@@ -23,7 +23,7 @@ struct CampoForm {
     QList<QPair<QString, QString>> itens;   // Lista: (stored value, caption)
     QString sqlLista;                       // Consulta: "Select Id, <caption> From ..." (LigaCombo)
     QString mascara;                        // input mask of a text field
-    QString aba;                            // tab page of the edit area; empty = the main area
+    QString aba;                            // tab page of the edit area ("Page/Group": a group on it); empty = the main area
     bool transitorio = false;               // typed but not a column (a new password): never read back
     QString colunaTipo;                     // Foto: the column that keeps the picture's type
 };
@@ -38,6 +38,8 @@ struct DetalheRegistro {
     QList<CampoForm> campos;                 // editable fields; none = shown read-only
     QString perguntaExclusao = QStringLiteral("Tem certeza que deseja excluir este item?");
     QString traco;
+    // Values derived before writing (a component's code and description from the chosen item).
+    std::function<void(db::Transacao &t, Valores &v, bool novo)> completar;
 };
 
 struct DeclaracaoRegistro {
@@ -111,6 +113,7 @@ public:
     void BtAlterarDetalheClick(int i);
     void BtExcluirDetalheClick(int i);
     ModeloConsulta *modeloDetalhe(int i) const { return detalhes_.value(i).modelo; }
+    class QTableView *gradeDetalhe(int i) const { return detalhes_.value(i).grade; }
     // How a detail row is edited; tests fill the values themselves.
     std::function<bool(const DetalheRegistro &, Valores &)> editarDetalhe;
 

@@ -1,0 +1,299 @@
+// Stock items: the price composition, code uniqueness, the save and delete rules, the browse
+// filters on a small fixture, and one item registered through the screen.
+
+#include "Estoque.h"
+#include "TEstoque.h"
+#include "apoio/TabsTeste.h"
+#include "ui/Recusa.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QTableView>
+#include <QTableWidget>
+#include <gtest/gtest.h>
+
+using namespace orb;
+using D = db::Decimal;
+
+namespace {
+
+QVariant dec(const char *s) { return QVariant::fromValue(D(s)); }
+D lido(const Valores &v, const QString &c) { return v.at(c).value<D>(); }
+
+// Cost 100, commission 5 + freight 3 + expenses 2 on top of the desired profit; ICMS 18 and the
+// federal taxes (PIS 1,65, COFINS 7,6, IRPJ 1,2, CSLL 1,08) unless the regime is Simples (6).
+TEST(ComposicaoPreco, BothLevelsRegimesAndIpi)
+{
+    const Valores base = {{"CUSTO", dec("100")},          {"PERCLUCROMINAT", dec("30")}, {"PERCLUCROMINVAR", dec("50")},
+                          {"PERCCOMAT", dec("5")},        {"PERCFRETEAT", dec("3")},     {"PERCDESPFINAT", dec("2")},
+                          {"PERCCOMVAR", dec("5")},       {"PERCFRETEVAR", dec("3")},    {"PERCDESPFINVAR", dec("2")},
+                          {"PERCICMS", dec("18")},        {"PERCPIS", dec("1.65")},      {"PERCCOFINS", dec("7.6")},
+                          {"PERCIRPJ", dec("1.2")},       {"PERCCSLL", dec("1.08")},     {"PERCSIMPLES", dec("6")},
+                          {"PRVENDAAT", dec("150")},      {"PRVENDAVAR", dec("200")}};
+    struct Caso {
+        const char *nome;
+        Valores mudancas;
+        const char *minAt, *custoTribAt, *markupAt, *mcAt, *minVar, *mcVar;
+    };
+    const Caso casos[] = {
+        // IPI goes on top of the grossed-up price, computed on P: 144,4444 / 0,7047 + 14,4444.
+        {"normal com IPI", {{"REGTRIBFEDERAL", "P"}, {"PERCIPI", dec("10")}}, "219.4174", "57.0989", "2.19417", "50.0000", "253.1739", "100.00"},
+        {"simples", {{"REGTRIBFEDERAL", "S"}}, "190.0585", "34.6667", "1.90059", "50.0000", nullptr, "100.00"},
+        // Under Simples the federal rates play no part, whatever they hold.
+        {"simples sem federais", {{"REGTRIBFEDERAL", "S"}, {"PERCPIS", dec("99")}, {"PERCCOFINS", {}}, {"PERCIRPJ", dec("50")}, {"PERCCSLL", {}}},
+         "190.0585", "34.6667", "1.90059", "50.0000", nullptr, "100.00"},
+        // No cost: nothing to mark up, and the margin is exactly 100.
+        {"custo zero", {{"REGTRIBFEDERAL", "S"}, {"CUSTO", dec("0")}}, "0", "0", "0", "100", nullptr, "100"},
+    };
+    for (const Caso &c : casos) {
+        SCOPED_TRACE(c.nome);
+        Valores v = base;
+        for (const auto &[k, x] : c.mudancas) v[k] = x;
+        comporPreco(v);
+        EXPECT_EQ(lido(v, "PRVENDAMINAT"), D(c.minAt));
+        EXPECT_EQ(lido(v, "CUSTOTRIBAT"), D(c.custoTribAt));
+        EXPECT_EQ(lido(v, "MARKUPAT"), D(c.markupAt));
+        EXPECT_EQ(lido(v, "PERCMCAT"), D(c.mcAt));
+        if (c.minVar) EXPECT_EQ(lido(v, "PRVENDAMINVAR"), D(c.minVar));
+        EXPECT_EQ(lido(v, "PERCMCVAR"), D(c.mcVar));
+    }
+}
+
+TEST(ComposicaoPreco, CommissionTotalsLeaveTheTechnicianOut)
+{
+    Valores v = {{"PERCCOMATVAT", dec("1")},  {"PERCCOMREPVAT", dec("2")},  {"PERCCOMEMPVAT", dec("0.5")}, {"PERCCOMOUTVAT", {}},
+                 {"PERCCOMATSAT", dec("1")},  {"PERCCOMTECSAT", dec("10")}, {"PERCCOMOUTSAT", dec("0.25")},
+                 {"PERCCOMREPVVAR", dec("3")}, {"PERCCOMTECSVAR", dec("4")}};
+    somarComissoes(v);
+    EXPECT_EQ(lido(v, "PERCCOMVAT"), D("3.5"));
+    EXPECT_EQ(lido(v, "PERCCOMSAT"), D("1.25"));
+    EXPECT_EQ(lido(v, "PERCCOMVVAR"), D("3"));
+    EXPECT_EQ(lido(v, "PERCCOMSVAR"), D("0"));
+}
+
+struct EstoqueTest : teste::ComTabs {
+    int fabricante = 0;
+    void SetUp() override
+    {
+        teste::ComTabs::SetUp();
+        db::Transacao t(tabs.DbORB());
+        fabricante = db::escalar(t, "insert into TbFabricantes (Fabricante) values ('ACME') returning Id").toInt();
+        t.commit();
+    }
+    Valores item(const QString &codigo, const QString &descricao)
+    {
+        return {{"CODIGO", codigo}, {"DESCRICAO", descricao}, {"UN", "UN"}, {"IDFABRICANTE", fabricante},
+                {"CUSTO", dec("10")}, {"TIPO", "M"}};
+    }
+    int salvar(db::Transacao &t, const QString &codigo, const QString &descricao, const Valores &extra = {},
+               const char *atual = "0", const char *minimo = "0", const char *maximo = "0")
+    {
+        Valores v = item(codigo, descricao);
+        for (const auto &[k, x] : extra) v[k] = x;
+        LinhaEstoque l = linhaPrincipal(t);
+        l.atual = D(atual);
+        l.minimo = D(minimo);
+        l.maximo = D(maximo);
+        return salvarItem(t, 0, v, {l}, "CO");
+    }
+    static QString recusa(const std::function<void()> &f)
+    {
+        try {
+            f();
+        } catch (const Recusa &r) {
+            return r.texto;
+        }
+        return {};
+    }
+};
+
+// A code or bar code held by another row is refused with the kind of that row; the item's own is not.
+TEST_F(EstoqueTest, CodesAreUniqueAcrossMerchandiseAndServiceTypes)
+{
+    db::Transacao t(tabs.DbORB());
+    const int parafuso = salvar(t, "P001", "Parafuso 3mm", {{"CODIGOBARRAS", "7891000000017"}});
+    db::executar(t, "insert into TbItens (Codigo, CodigoBarras, Descricao, Tipo) values ('S01', '2000000000015', 'Instalação', 'S')");
+    const struct { int id; const char *codigo, *esperado; } casos[] = {
+        {0, "P001", "Item já cadastrado! Parafuso 3mm"},
+        {0, "7891000000017", "Item já cadastrado! Parafuso 3mm"},
+        {0, "2000000000015", "Este código já foi utilizado para cadastrar o Tipo de Serviço Instalação!"},
+        {parafuso, "P001", ""},
+        {0, "", ""},
+        {0, "P002", ""},
+    };
+    for (const auto &c : casos) {
+        SCOPED_TRACE(c.codigo);
+        EXPECT_EQ(recusa([&] { conferirCodigoItem(t, c.id, c.codigo, "CODIGOBARRAS"); }), c.esperado);
+    }
+    // Again at Salvar, for the bar code.
+    Valores v = item("P003", "Arruela");
+    v["CODIGOBARRAS"] = "2000000000015";
+    EXPECT_EQ(recusa([&] { salvarItem(t, 0, v, {linhaPrincipal(t)}, "CO"); }),
+              "Este código já foi utilizado para cadastrar o Tipo de Serviço Instalação!");
+}
+
+// Each check stops the save in its order; fixing them one at a time reaches the next.
+TEST_F(EstoqueTest, SaveChecksInOrder)
+{
+    db::Transacao t(tabs.DbORB());
+    salvar(t, "USADO", "Outro item");
+    Valores v = {{"CODIGO", ""},          {"DESCRICAO", ""},         {"UN", ""},     {"CUSTO", dec("-1")},
+                 {"PRVENDAAT", dec("-1")}, {"PRVENDAVAR", dec("-1")}, {"TIPO", "M"}, {"MARKUPAT", dec("-2")}};
+    QList<LinhaEstoque> estoques;
+    const std::pair<const char *, std::function<void()>> passos[] = {
+        {"Defina o código primeiro!", [&] { v["CODIGO"] = "USADO"; }},
+        {"Item já cadastrado! Outro item", [&] { v["CODIGO"] = "NOVO"; }},
+        {"Escolha o Fabricante primeiro!", [&] { v["IDFABRICANTE"] = fabricante; }},
+        {"Defina a descrição primeiro!", [&] { v["DESCRICAO"] = "Porca"; }},
+        {"Preço de Custo inválido!", [&] { v["CUSTO"] = dec("0"); }},
+        {"Preço de venda no Atacado inválido!", [&] { v["PRVENDAAT"] = dec("0"); }},
+        {"Preço de Venda no Varejo inválido!", [&] { v["PRVENDAVAR"] = dec("2.5"); }},
+        {"Defina a unidade primeiro!", [&] { v["UN"] = "UN"; }},
+        {"Defina o(s) estoque(s) primeiro!", [&] { estoques << linhaPrincipal(t); }},
+    };
+    for (const auto &[mensagem, corrigir] : passos) {
+        EXPECT_EQ(recusa([&] { salvarItem(t, 0, v, estoques, "CO"); }), mensagem);
+        corrigir();
+    }
+    const int id = salvarItem(t, 0, v, estoques, "CO");
+    EXPECT_TRUE(db::escalar(t, "select MarkupAt from TbItens where Id = :ID", {{"ID", id}}).isNull());  // negative cleared
+    EXPECT_EQ(db::escalar(t, "select count(*) from TbItensEst where Fk = :ID", {{"ID", id}}).toInt(), 1);
+    // Engineering firms keep items without a manufacturer.
+    Valores semFabricante = item("ENG1", "Projeto padrão");
+    semFabricante.erase("IDFABRICANTE");
+    EXPECT_GT(salvarItem(t, 0, semFabricante, estoques, "EN"), 0);
+}
+
+// A new item takes the principal company's tax regime from its latest situation, and its stock row.
+TEST_F(EstoqueTest, NewItemDefaultsFromThePrincipalCompany)
+{
+    db::Transacao t(tabs.DbORB());
+    const int empresa = empresaPrincipal(t);
+    ASSERT_GT(empresa, 0);
+    db::executar(t, "insert into TbCadEmpSit (Data, RegTribFed, PercIrpjMd, PercCsllMd, PercSimples, Fk) "
+                    "values ('2025-01-01', 'S', 0, 0, 4, :E)", {{"E", empresa}});
+    db::executar(t, "insert into TbCadEmpSit (Data, RegTribFed, PercIrpjMd, PercCsllMd, PercSimples, Fk) "
+                    "values ('2026-01-01', 'P', 1.2, 1.08, 0, :E)", {{"E", empresa}});
+    const Valores v = novoItem(t);
+    EXPECT_EQ(v.at("CST").toString(), "90");
+    EXPECT_EQ(v.at("CONTRSERIAL").toString(), "NÃO");
+    EXPECT_EQ(v.at("REGTRIBFEDERAL").toString(), "P");
+    EXPECT_EQ(lido(v, "PERCIRPJ"), D("1.2"));
+    EXPECT_EQ(lido(v, "PERCCSLL"), D("1.08"));
+    EXPECT_EQ(v.count("PERCSIMPLES"), 0u);
+    EXPECT_EQ(linhaPrincipal(t).idEmpresa, empresa);
+}
+
+// An item used in any commercial operation, of any kind or state, stays.
+TEST_F(EstoqueTest, DeleteRefusedOnceUsedInAnyOperation)
+{
+    db::Transacao t(tabs.DbORB());
+    const int usado = salvar(t, "A1", "Usado numa compra");
+    const int livre = salvar(t, "A2", "Nunca usado");
+    db::executar(t, "insert into TbItensFotos (Descricao, Fk) values ('frente', :I)", {{"I", livre}});
+    const int compra = db::escalar(t, "insert into TbCom (Op) values (4) returning Id").toInt();
+    db::executar(t, "insert into TbComItens (Tipo, IdItem, Qtd, Fk) values ('M', :I, 1, :C)", {{"I", usado}, {"C", compra}});
+    EXPECT_EQ(recusa([&] { excluirItem(t, usado); }),
+              "Este item não pode ser excluído por já estar sendo utilizada em uma operação comercial!");
+    excluirItem(t, livre);
+    EXPECT_EQ(db::escalar(t, "select count(*) from TbItensEst where Fk = :I", {{"I", livre}}).toInt(), 0);
+    EXPECT_EQ(db::escalar(t, "select count(*) from TbItensFotos where Fk = :I", {{"I", livre}}).toInt(), 0);
+}
+
+// The browse filters on a small fixture: which items each combination lists.
+TEST_F(EstoqueTest, FiltersSelectTheExpectedItems)
+{
+    {
+        db::Transacao t(tabs.DbORB());
+        //    code  description        DispVenda DispWeb Versao  current min max
+        salvar(t, "F1", "Furadeira d'água", {{"DISPVENDA", "S"}, {"DISPWEB", "N"}, {"VERSAO", "N"}, {"APLICACAO", "obra"}}, "2", "5", "10");
+        salvar(t, "F2", "Lixa", {{"DISPVENDA", "N"}, {"DISPWEB", "N"}, {"VERSAO", "C"}}, "0", "0", "0");
+        salvar(t, "F3", "Martelo", {{"DISPVENDA", "S"}, {"DISPWEB", "S"}, {"VERSAO", "C"}}, "12", "1", "12");
+        salvar(t, "F4", "Serrote", {{"DISPVENDA", "N"}, {"DISPWEB", "S"}, {"VERSAO", "C"}}, "6", "2", "10");
+        t.commit();
+    }
+    auto codigos = [&](const QString &ordem, const QString &texto, const FiltroEstoque &f) {
+        std::map<QString, QVariant> p;
+        db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+        db::Consulta q(t, sqlEstoque(ordem, texto, f, p));
+        for (const auto &[k, x] : p) q.bind(k, x);
+        q.executar();
+        QStringList r;
+        while (q.proxima()) r << q["CODIGO"].toString();
+        return r.join(",");
+    };
+    auto filtro = [](std::initializer_list<bool FiltroEstoque::*> marcados) {
+        FiltroEstoque f;
+        for (auto m : marcados) f.*m = true;
+        return f;
+    };
+    using F = FiltroEstoque;
+    const struct { const char *nome; QString ordem, texto; FiltroEstoque f; const char *esperado; } casos[] = {
+        {"todos", "TODOS", "", {}, "F1,F2,F3,F4"},
+        {"disponíveis", "TODOS", "", filtro({&F::disponiveis}), "F1"},
+        {"indisponíveis", "TODOS", "", filtro({&F::indisponiveis}), "F2"},
+        {"web", "TODOS", "", filtro({&F::web}), "F3,F4"},
+        {"disp + indisp", "TODOS", "", filtro({&F::disponiveis, &F::indisponiveis}), "F1,F2"},
+        {"disp + web", "TODOS", "", filtro({&F::disponiveis, &F::web}), "F1,F3,F4"},
+        {"indisp + web", "TODOS", "", filtro({&F::indisponiveis, &F::web}), "F2,F3,F4"},
+        {"novidade", "TODOS", "", filtro({&F::novidade}), "F1"},
+        {"comum", "TODOS", "", filtro({&F::comum}), "F2,F3,F4"},
+        {"mínimo", "TODOS", "", filtro({&F::minimo}), "F1"},
+        {"máximo", "TODOS", "", filtro({&F::maximo}), "F3"},
+        {"normal", "TODOS", "", filtro({&F::normal}), "F4"},
+        {"zerado", "TODOS", "", filtro({&F::zerado}), "F2"},
+        {"mínimo ou zerado", "TODOS", "", filtro({&F::minimo, &F::zerado}), "F1,F2"},
+        {"apóstrofo", "DESCRIÇÃO", "d'água", {}, "F1"},
+        {"substring sem caixa", "DESCRIÇÃO", "ARTE", {}, "F3"},
+        {"aplicação", "APLICAÇÃO", "obr", {}, "F1"},
+        {"código", "CÓDIGO", "4", {}, "F4"},
+        {"todos por texto", "TODOS", "obra", {}, "F1"},
+    };
+    for (const auto &c : casos) EXPECT_EQ(codigos(c.ordem, c.texto, c.f), c.esperado) << c.nome;
+}
+
+// As a cashier would: Incluir, type the item with its cost and prices and the shop's stock on the
+// general sheet, Salvar, then find it by its bar code.
+TEST_F(EstoqueTest, ItemRegisteredThroughTheScreen)
+{
+    TEstoque f;
+    f.show();
+    QApplication::setActiveWindow(&f);
+    f.BtIncluirClick();
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Incluindo);
+    ASSERT_EQ(f.estoques().size(), 1);  // the principal company's row, at once
+    auto digitar = [&](const char *campo, const QString &texto) {
+        auto *e = f.findChild<QLineEdit *>(campo);
+        e->setFocus();
+        e->selectAll();
+        e->insert(texto);
+        e->clearFocus();  // leaving the field runs its rules
+    };
+    digitar("CODIGO", "CAN-01");
+    digitar("CODIGOBARRAS", "7890000000012");
+    digitar("DESCRICAO", "Caneta esferográfica azul");
+    digitar("UN", "UN");
+    f.findChild<QComboBox *>("IDFABRICANTE")->setCurrentIndex(1);
+    digitar("CUSTO", "1,20");
+    digitar("PERCLUCROMINVAR", "100");
+    digitar("PRVENDAVAR", "2,50");
+    EXPECT_EQ(f.valorDoCampo("PRVENDAMINVAR").value<D>(), D("2.4"));  // proposed as the field is left
+    EXPECT_EQ(f.valorDoCampo("PERCMCVAR").value<D>(), D("108.33"));
+    digitar("Z_ESTATUALP", "35");
+    f.BtSalvarClick();
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
+
+    auto *ordem = f.findChild<QComboBox *>("CbOrdem");
+    ordem->setCurrentText("CÓDIGO BARRAS");
+    auto *busca = f.findChild<QLineEdit *>("EdBusca");
+    busca->setText("0000000012");
+    f.pesquisar();
+    ASSERT_EQ(f.modelo()->rowCount(), 1);
+    EXPECT_EQ(f.modelo()->valor(0, "DESCRICAO").toString(), "Caneta esferográfica azul");
+    EXPECT_EQ(f.modelo()->valor(0, "Z_ESTATUAL").value<D>(), D("35"));
+    EXPECT_EQ(f.modelo()->valor(0, "PRVENDAVAR").value<D>(), D("2.5"));
+}
+
+} // namespace
