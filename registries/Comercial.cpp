@@ -210,7 +210,6 @@ BuscaCadastro sqlBusca(const ModoCadastro &m, const QString &ordem, const QStrin
     const QString ord = kOrdensCadastro.contains(ordem) ? ordem : QStringLiteral("NOME");
     const QString t = textoBusca.trimmed();
     const QString digitos = soDigitos(t);
-    const QString contem = "%" + t.toUpper() + "%";
     if (!t.isEmpty()) {
         if (ord == "CÓDIGO") {
             bool ok = false;
@@ -218,11 +217,12 @@ BuscaCadastro sqlBusca(const ModoCadastro &m, const QString &ordem, const QStrin
             onde << "(C.Codigo = :CODIGO)";
             r.parametros["CODIGO"] = ok ? QVariant(n) : QVariant();  // not a number: nothing matches
         } else if (ord == "NOME" || ord == "RAZÃO SOCIAL" || ord == "APELIDO") {
-            onde << "((Upper(C.Nome) Like :TEXTO) or (Upper(C.RazaoSocial) Like :TEXTO) or (Upper(C.Apelido) Like :TEXTO))";
-            r.parametros["TEXTO"] = contem;
+            // CONTAINING: a substring regardless of letter case, without upper-casing every row.
+            onde << "((C.Nome Containing :TEXTO) or (C.RazaoSocial Containing :TEXTO) or (C.Apelido Containing :TEXTO))";
+            r.parametros["TEXTO"] = t;
         } else if (ord == "IDENTIDADE") {
-            onde << "(Upper(C.NumId) Like :TEXTO)";
-            r.parametros["TEXTO"] = contem;
+            onde << "(C.NumId Containing :TEXTO)";
+            r.parametros["TEXTO"] = t;
         } else if (ord == "CPF" && !digitos.isEmpty()) {
             onde << "((C.Cpf = :TEXTO) or (C.CpfSocio1 = :TEXTO) or (C.CpfSocio2 = :TEXTO))";
             r.parametros["TEXTO"] = digitos;

@@ -271,16 +271,25 @@ QString clausulasFiltro(const FiltroEstoque &f)
     return s;
 }
 
+
 namespace {
+
+// An item's total over its companies' stock rows (indexed by FK), nulls as 0.
+QString soma(const QString &coluna)
+{
+    return "(Select Coalesce(Sum(E." + coluna + "), 0) From TbItensEst E Where E.Fk = I.Id)";
+}
 
 // The stock situations on the totals over companies; several ticked are joined with "or".
 QString clausulasSituacao(const FiltroEstoque &f)
 {
+    const QString atual = soma("EstAtual"), minimo = soma("EstMinimo"), maximo = soma("EstMaximo");
     QStringList c;
-    if (f.minimo) c << "((X.Z_EstAtual <= X.Z_EstMinimo) and (X.Z_EstMinimo > 0))";
-    if (f.maximo) c << "((X.Z_EstAtual >= X.Z_EstMaximo) and (X.Z_EstMaximo > 0))";
-    if (f.normal) c << "((X.Z_EstAtual > X.Z_EstMinimo) and (X.Z_EstAtual < X.Z_EstMaximo))";
-    if (f.zerado) c << "(X.Z_EstAtual <= 0)";
+    if (f.minimo) c << "((" + atual + " <= " + minimo + ") and (" + minimo + " > 0))";
+    if (f.maximo) c << "((" + atual + " >= " + maximo + ") and (" + maximo + " > 0))";
+    // Strictly between, so that an item is in one situation only.
+    if (f.normal) c << "((" + atual + " > " + minimo + ") and (" + atual + " < " + maximo + "))";
+    if (f.zerado) c << "(" + atual + " <= 0)";
     return c.isEmpty() ? QString() : " and (" + c.join(" or ") + ")";
 }
 
@@ -288,21 +297,26 @@ QString clausulasSituacao(const FiltroEstoque &f)
 
 QString sqlEstoque(const QString &ordem, const QString &texto, const FiltroEstoque &f, std::map<QString, QVariant> &p)
 {
-    // Totals are subqueries on each item's own stock rows (indexed by FK): a page costs the same
-    // whatever the size of the table.
-    static const QString soma = "(Select Coalesce(Sum(E.%1), 0) From TbItensEst E Where E.Fk = I.Id)";
-    static const QString principal = "(Select First 1 E.%1 From TbItensEst E Where (E.Fk = I.Id) and "
-                                     "(E.IdEmpresa = (Select First 1 P.IdEmpresa From TbParGlobais P Order By P.Id)))";
-    QString interno =
+    // Every per-item figure is a subquery on that item's rows, evaluated only for the rows fetched
+    // (or, filtering, for the rows visited in index order until the page is full): the first page
+    // costs the same whatever the size of the table. Wrapping this in a derived table would make
+    // the server compute them for every item before sorting.
+    const QString atual = soma("EstAtual"), minimo = soma("EstMinimo"), maximo = soma("EstMaximo");
+    QString sql =
         "Select I.Id, I.Codigo, I.CodigoBarras, I.Descricao, I.Un, I.Custo, I.PrVendaAt, I.PrVendaVar, I.DispVenda, "
         "I.DispWeb, I.Versao, I.Aplicacao, I.IdGrupo, I.IdSubgrupo, "
         "Gr.Grupo Z_Grupo, Sg.Subgrupo Z_Subgrupo, Fa.Fabricante Z_Fabricante, Gd.Grade Z_Grade, " +
-        soma.arg("EstAtual") + " Z_EstAtual, " + soma.arg("EstMinimo") + " Z_EstMinimo, " + soma.arg("EstMaximo") +
-        " Z_EstMaximo, " + principal.arg("EstAtual") + " Z_EstAtualP, " + principal.arg("EstMinimo") + " Z_EstMinimoP, " +
-        principal.arg("EstMaximo") + " Z_EstMaximoP "
+        atual + " Z_EstAtual, " + minimo + " Z_EstMinimo, " + maximo + " Z_EstMaximo, "
+        // What to buy to reach the minimum and the maximum.
+        "Case When (" + atual + " < " + minimo + ") and (" + minimo + " > 0) Then " + minimo + " - " + atual + " Else 0 End Z_CompraMin, "
+        "Case When (" + atual + " < " + maximo + ") and (" + maximo + " > 0) Then " + maximo + " - " + atual + " Else 0 End Z_CompraMax, "
+        "Ep.EstAtual Z_EstAtualP, Ep.EstMinimo Z_EstMinimoP, Ep.EstMaximo Z_EstMaximoP "
         "From TbItens I Left Join TbGrupos Gr On (Gr.Id = I.IdGrupo) Left Join TbGruposSub Sg On (Sg.Id = I.IdSubgrupo) "
         "Left Join TbFabricantes Fa On (Fa.Id = I.IdFabricante) Left Join TbGrades Gd On (Gd.Id = I.IdGrade) "
-        "Where (I.Tipo = 'M')" + clausulasFiltro(f);
+        // The principal company's own row: the IdEmpresa of the first global parameters row.
+        "Left Join TbItensEst Ep On ((Ep.Fk = I.Id) and "
+        "(Ep.IdEmpresa = (Select First 1 P.IdEmpresa From TbParGlobais P Order By P.Id))) "
+        "Where (I.Tipo = 'M')" + clausulasFiltro(f) + clausulasSituacao(f);
     if (f.idGrupo) p["GRUPO"] = f.idGrupo;
     if (f.idSubgrupo) p["SUBGRUPO"] = f.idSubgrupo;
 
@@ -313,36 +327,28 @@ QString sqlEstoque(const QString &ordem, const QString &texto, const FiltroEstoq
     auto contem = [&](const QString &coluna) { return coluna + " Containing :T"; };
     if (ordem == "CÓDIGO") {
         ordenar = "I.Codigo";
-        if (!t.isEmpty()) interno += " and (" + contem("I.Codigo") + ")";
+        if (!t.isEmpty()) sql += " and (" + contem("I.Codigo") + ")";
     } else if (ordem == "CÓDIGO BARRAS") {
         ordenar = "I.CodigoBarras";
-        if (!t.isEmpty()) interno += " and (" + contem("I.CodigoBarras") + ")";
+        if (!t.isEmpty()) sql += " and (" + contem("I.CodigoBarras") + ")";
     } else if (ordem == "DESCRIÇÃO") {
-        if (!t.isEmpty()) interno += " and (" + contem("I.Descricao") + ")";
+        if (!t.isEmpty()) sql += " and (" + contem("I.Descricao") + ")";
     } else if (ordem == "GRUPO/SUBGRUPO") {
         ordenar = "Gr.Grupo, Sg.Subgrupo, I.Descricao";
-        if (!t.isEmpty()) interno += " and ((" + contem("Gr.Grupo") + ") or (" + contem("Sg.Subgrupo") + "))";
+        if (!t.isEmpty()) sql += " and ((" + contem("Gr.Grupo") + ") or (" + contem("Sg.Subgrupo") + "))";
     } else if (ordem == "APLICAÇÃO") {
         ordenar = "I.Aplicacao";
-        if (!t.isEmpty()) interno += " and (" + contem("I.Aplicacao") + ")";
+        if (!t.isEmpty()) sql += " and (" + contem("I.Aplicacao") + ")";
     } else if (ordem == "SERIAL") {
         if (!t.isEmpty())
-            interno += " and Exists (Select S.Id From TbComFatItensSeriais S Join TbComFatItens Fi On (Fi.Id = S.Fk) "
-                       "Join TbComItens Ci On (Ci.Id = Fi.IdItem) Where (Ci.IdItem = I.Id) and (S.Serial Containing :T))";
+            sql += " and Exists (Select S.Id From TbComFatItensSeriais S Join TbComFatItens Fi On (Fi.Id = S.Fk) "
+                   "Join TbComItens Ci On (Ci.Id = Fi.IdItem) Where (Ci.IdItem = I.Id) and (S.Serial Containing :T))";
     } else if (!t.isEmpty()) {
         // TODOS: any of the codes, the description or the application.
-        interno += " and ((" + contem("I.Codigo") + ") or (" + contem("I.CodigoBarras") + ") or (" + contem("I.Descricao") +
-                   ") or (" + contem("I.Aplicacao") + "))";
+        sql += " and ((" + contem("I.Codigo") + ") or (" + contem("I.CodigoBarras") + ") or (" + contem("I.Descricao") +
+               ") or (" + contem("I.Aplicacao") + "))";
     }
-    const QString situacao = clausulasSituacao(f);
-    if (situacao.isEmpty()) return interno + " Order By " + ordenar;
-    // The situation filters read the totals, so they wrap the query that computes them.
-    QString externo = ordenar;
-    externo.replace("I.", "X.").replace("Gr.Grupo", "X.Z_Grupo").replace("Sg.Subgrupo", "X.Z_Subgrupo");
-    return "Select X.*, "
-           "Case When (X.Z_EstAtual < X.Z_EstMinimo) and (X.Z_EstMinimo > 0) Then X.Z_EstMinimo - X.Z_EstAtual Else 0 End Z_CompraMin, "
-           "Case When (X.Z_EstAtual < X.Z_EstMaximo) and (X.Z_EstMaximo > 0) Then X.Z_EstMaximo - X.Z_EstAtual Else 0 End Z_CompraMax "
-           "From (" + interno + ") X Where (1 = 1)" + situacao + " Order By " + externo;
+    return sql + " Order By " + ordenar;
 }
 
 // ------------------------------------------------------------------ declarations

@@ -110,6 +110,13 @@ const QList<Mudanca> &mudancas()
         novaTabela("TBCONVENIOS"),
         novaTabela("TBETAPASCOM"),
         {Mudanca::CriarSequencia, "GN_TBUSUARIOS_ID2", {}, {}, {}},
+        // The commercial registry is browsed by name and nickname, checks documents for duplicates
+        // and shows each record's current situation.
+        {Mudanca::CriarIndice, "TBCAD", "IDX_TBCAD_NOME", {}, "(NOME)"},
+        {Mudanca::CriarIndice, "TBCAD", "IDX_TBCAD_APELIDO", {}, "(APELIDO)"},
+        {Mudanca::CriarIndice, "TBCAD", "IDX_TBCAD_CPF", {}, "(CPF)"},
+        {Mudanca::CriarIndice, "TBCAD", "IDX_TBCAD_CNPJ", {}, "(CNPJ)"},
+        {Mudanca::CriarIndice, "TBCADSIT", "IDX_TBCADSIT_FK", {}, "(FK)"},
         // The stock screen finds items by code and description and sums each item's stock rows.
         {Mudanca::CriarIndice, "TBITENS", "IDX_TBITENS_DESCRICAO", {}, "(DESCRICAO)"},
         {Mudanca::CriarIndice, "TBITENS", "IDX_TBITENS_CODIGO", {}, "(CODIGO)"},
