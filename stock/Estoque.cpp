@@ -375,8 +375,8 @@ DeclaracaoRegistro montarEstoque()
     const QStringList campos = {"DESCRICAO", "CODIGO", "CODIGOBARRAS", "DESCRICAO", "DESCRICAO", "APLICACAO", "DESCRICAO"};
     for (int i = 0; i < kOrdensEstoque.size(); ++i) d.ordens << qMakePair(kOrdensEstoque[i], campos[i]);
     const QString geral = "&1 Geral", adicionais = "Informações Adicionais", det = "&2 Descrição Detalhada",
-                  aplic = "&3 Aplicações", compAt = "&4 Composição do Preço/Atacado", compVar = "&4 Composição do Preço/Varejo",
-                  comAt = "Comissões/Atacado", comVar = "Comissões/Varejo", icms = "&6 NF-e/ICMS", federais = "&6 NF-e/Federais";
+                  aplic = "&3 Aplicações", compAt = "&4 Composição do Preço|Atacado", compVar = "&4 Composição do Preço|Varejo",
+                  comAt = "Comissões|Atacado", comVar = "Comissões|Varejo", icms = "&6 NF-e|ICMS", federais = "&6 NF-e|Federais";
     d.campos = {
         {"CODIGO", "Código", C::Texto, {}, 14, 2, {}, {}, {}, geral},
         {"CODIGOBARRAS", "Código de barras", C::Texto, {}, 14, 2, {}, {}, {}, geral},

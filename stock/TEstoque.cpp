@@ -89,7 +89,8 @@ TEstoque::TEstoque(QWidget *parent) : FormRegistro(declaracaoEstoque(), parent)
     gradeEstoques_->setSelectionBehavior(QAbstractItemView::SelectRows);
     gradeEstoques_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     gradeEstoques_->horizontalHeader()->setStretchLastSection(true);
-    gradeEstoques_->setMinimumHeight(120);
+    gradeEstoques_->setMinimumHeight(90);
+    gradeEstoques_->setMaximumHeight(180);
     registrarCampo("ESTOQUES", gradeEstoques_);
     adicionarLinha({}, gradeEstoques_, kAbaEstoques);
     empresa_ = new QComboBox;
@@ -207,6 +208,7 @@ TEstoque::TEstoque(QWidget *parent) : FormRegistro(declaracaoEstoque(), parent)
                 while (modelo()->linhaDoId(id) < 0 && modelo()->canFetchMore({})) modelo()->fetchMore({});
                 recarregar(id);
             });
+    reajustarColunas();  // the rows read while the base form was built were not this screen's
     pesquisar();
 }
 

@@ -108,6 +108,8 @@ FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const Q
     grade_->verticalHeader()->hide();
     grade_->horizontalHeader()->setStretchLastSection(true);
     grade_->setAlternatingRowColors(true);
+    grade_->setWordWrap(false);  // one line per record; long texts are cut short with "..."
+    grade_->verticalHeader()->setDefaultSectionSize(grade_->fontMetrics().height() + 8);
     grade_->setMinimumHeight(140);
     connect(grade_, &QTableView::doubleClicked, this, [this] { BtAlterarClick(); });
     // Grid, edit area and details share the height; the user may move the dividers.
@@ -118,7 +120,7 @@ FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const Q
     connect(grade_->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] { mostrarRegistro(); });
 
     areaEdicao_ = new QWidget(this);
-    areaEdicao_->setMaximumWidth(900);  // long lines of fields are hard to read
+    areaEdicao_->setMaximumWidth(1100);  // long lines of fields are hard to read
     form_ = new QFormLayout(areaEdicao_);
     auto *rolagem = new QScrollArea(this);
     rolagem->setWidget(areaEdicao_);
@@ -162,14 +164,14 @@ QWidget *FormCadastro::paginaEdicao(const QString &aba)
         form_->addRow(abasEdicao_);
     }
     if (paginas_.contains(aba)) return paginas_[aba]->parentWidget();
-    const int barra = int(aba.indexOf('/'));
+    const int barra = int(aba.indexOf('|'));
     if (barra < 0) {
         auto *p = new QWidget;
         paginas_.insert(aba, new QFormLayout(p));
         abasEdicao_->addTab(p, aba);
         return p;
     }
-    // "Page/Group": groups of fields side by side on one page (wholesale beside retail, ...).
+    // "Page|Group": groups of fields side by side on one page (wholesale beside retail, ...).
     const QString nome = aba.left(barra);
     QWidget *pagina = paginasAgrupadas_.value(nome);
     if (!pagina) {
@@ -248,6 +250,23 @@ void FormCadastro::adicionarCampo(const QString &nome, const QString &rotulo, QW
     adicionarLinha(rotulo, w, aba);
 }
 
+void FormCadastro::ajustarColunas()
+{
+    if (colunasAjustadas_ || modelo_->rowCount() == 0) return;
+    // Widths from the first rows read, once, so that later searches do not make the grid jump.
+    colunasAjustadas_ = true;
+    grade_->horizontalHeader()->setStretchLastSection(false);
+    grade_->horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
+    grade_->resizeColumnsToContents();
+    int larga = 0;
+    for (int c = 0; c < modelo_->columnCount(); ++c) {
+        grade_->setColumnWidth(c, std::clamp(grade_->columnWidth(c), 60, 360));
+        if (grade_->columnWidth(c) > grade_->columnWidth(larga)) larga = c;
+    }
+    // The widest column (a name, a description) takes the room left, not the last one.
+    grade_->horizontalHeader()->setSectionResizeMode(larga, QHeaderView::Stretch);
+}
+
 void FormCadastro::pesquisar()
 {
     QString propria;
@@ -268,6 +287,7 @@ void FormCadastro::pesquisar()
         modelo_->consultar(sql + " Order By X." + campo, p);
     }
     if (modelo_->rowCount() > 0) grade_->selectRow(0);
+    ajustarColunas();
     mostrarRegistro();
 }
 
@@ -282,6 +302,7 @@ db::Transacao &FormCadastro::transacao() { return Tabs->Tr(area_); }
 void FormCadastro::recarregar(int selecionar)
 {
     modelo_->recarregar();
+    ajustarColunas();
     const int linha = selecionar ? modelo_->linhaDoId(selecionar) : (modelo_->rowCount() ? 0 : -1);
     if (linha >= 0) grade_->selectRow(linha);
     mostrarRegistro();

@@ -104,6 +104,8 @@ protected:
     }
     void marcarFalha(QWidget *w);
     void mostrarCampo(QWidget *w);  // the tab page holding the field comes to the front
+    void reajustarColunas() { colunasAjustadas_ = false; }  // widths again from the next rows read
+    void ajustarColunas();
     void focarPrimeiro();
     void informarMonitor(int id, const QString &acao);
 
@@ -131,6 +133,7 @@ private:
     QTabWidget *abasEdicao_ = nullptr;
     QHash<QString, QFormLayout *> paginas_;
     QHash<QString, QWidget *> paginasAgrupadas_;
+    bool colunasAjustadas_ = false;
     QWidget *areaEdicao_ = nullptr;
     QVBoxLayout *corpo_ = nullptr;
     QSplitter *divisor_ = nullptr;

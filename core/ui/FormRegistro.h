@@ -23,7 +23,7 @@ struct CampoForm {
     QList<QPair<QString, QString>> itens;   // Lista: (stored value, caption)
     QString sqlLista;                       // Consulta: "Select Id, <caption> From ..." (LigaCombo)
     QString mascara;                        // input mask of a text field
-    QString aba;                            // tab page of the edit area ("Page/Group": a group on it); empty = the main area
+    QString aba;                            // tab page of the edit area ("Page|Group": a group on it); empty = the main area
     bool transitorio = false;               // typed but not a column (a new password): never read back
     QString colunaTipo;                     // Foto: the column that keeps the picture's type
 };
