@@ -202,6 +202,26 @@ TEST_F(EstoqueTest, DeleteRefusedOnceUsedInAnyOperation)
     EXPECT_EQ(db::escalar(t, "select count(*) from TbItensFotos where Fk = :I", {{"I", livre}}).toInt(), 0);
 }
 
+// Reserved: what approved sales (their latest status) hold of the item; available: current minus that.
+TEST_F(EstoqueTest, ReservationsFromApprovedSales)
+{
+    db::Transacao t(tabs.DbORB());
+    const int item = salvar(t, "R1", "Reservado", {}, "10");
+    auto venda = [&](int op, QStringList status, const char *qtd) {
+        const int v = db::escalar(t, "insert into TbCom (Op) values (:OP) returning Id", {{"OP", op}}).toInt();
+        db::executar(t, "insert into TbComItens (Tipo, IdItem, Qtd, Fk) values ('M', :I, :Q, :V)", {{"I", item}, {"Q", dec(qtd)}, {"V", v}});
+        for (const QString &st : status) db::executar(t, "insert into TbComSt (Status, Fk) values (:S, :V)", {{"S", st}, {"V", v}});
+    };
+    venda(1, {"AO", "AP"}, "3");        // approved: reserved
+    venda(1, {"AP", "EN"}, "2");        // delivered since: no longer reserved
+    venda(2, {"AP"}, "4");              // a service order, not a sale
+    venda(1, {"AA"}, "1");              // awaiting approval
+    const QList<LinhaEstoque> e = lerEstoques(t, item);
+    ASSERT_EQ(e.size(), 1);
+    EXPECT_EQ(e[0].reservado, D("3"));
+    EXPECT_EQ(e[0].disponivel, D("7"));
+}
+
 // The browse filters on a small fixture: which items each combination lists.
 TEST_F(EstoqueTest, FiltersSelectTheExpectedItems)
 {

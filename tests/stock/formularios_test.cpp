@@ -1,0 +1,46 @@
+// Every menu item of every business segment that has a form opens it on a fresh database.
+
+#include "Auxiliares.h"
+#include "Estoque.h"
+#include "Inventario.h"
+#include "TCadComerciais.h"
+#include "apoio/TabsTeste.h"
+#include "principal/Menus.h"
+#include "principal/TMain.h"
+
+#include <QDir>
+#include <QSet>
+#include <gtest/gtest.h>
+#include <memory>
+
+using namespace orb;
+
+namespace {
+
+struct FormulariosTest : teste::ComTabs {};
+
+TEST_F(FormulariosTest, EveryMenuFormOpens)
+{
+    registrarFormulariosNucleo(QDir::tempPath());
+    registrarAuxiliares();
+    registrarComercial();
+    registrarEstoque();
+    registrarInventario();
+    QSet<QString> abertos;
+    for (const QString &ramo : kRamos)
+        for (const GrupoCatalogo &g : menuDoRamo(ramo))
+            for (const ModuloMenu &m : g.modulos) {
+                if (!formularioExiste(m.classe) || abertos.contains(m.classe) || m.classe == "TConfig") continue;
+                SCOPED_TRACE(m.classe.toStdString());
+                std::unique_ptr<QWidget> w(criarFormulario(m.classe, nullptr));
+                ASSERT_NE(w, nullptr);
+                w->show();
+                abertos.insert(m.classe);
+            }
+    // The stock forms are among them, in the segments that keep stock.
+    for (const char *c : {"TEstoque", "TInventario", "TGrades", "TAcondic", "TKits", "TMedicamentos", "TMateriais"})
+        EXPECT_TRUE(abertos.contains(c)) << c;
+    EXPECT_TRUE(msg.avisos.isEmpty()) << msg.avisos.join(" | ").toStdString();
+}
+
+} // namespace
