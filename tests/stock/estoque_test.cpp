@@ -222,6 +222,23 @@ TEST_F(EstoqueTest, ReservationsFromApprovedSales)
     EXPECT_EQ(e[0].disponivel, D("7"));
 }
 
+// A kit's component keeps the chosen item's code and description, as kits are printed from them.
+TEST_F(EstoqueTest, KitComponentCopiesTheItem)
+{
+    db::Transacao t(tabs.DbORB());
+    const int item = salvar(t, "K-PARAF-0001", "Parafuso sextavado zincado 1/4 x 2 polegadas com porca");
+    const DeclaracaoRegistro *kits = nullptr;
+    for (const DeclaracaoRegistro &d : registrosEstoque())
+        if (d.classe == "TKits") kits = &d;
+    ASSERT_NE(kits, nullptr);
+    const int kit = gravarRegistro(t, *kits, 0, {{"CODIGO", 1}, {"DESCRICAO", "Kit fixação"}, {"OBSERVACOES", QVariant()}});
+    EXPECT_EQ(recusa([&] { gravarDetalhe(t, kits->detalhes[0], kit, 0, {{"IDCOMP", item}, {"QTD", QVariant()}}); }),
+              "Digite a quantidade primeiro!");
+    gravarDetalhe(t, kits->detalhes[0], kit, 0, {{"IDCOMP", item}, {"QTD", 4}});
+    EXPECT_EQ(db::escalar(t, "select Tipo || '/' || CodComp || '/' || Descricao from TbCompKits where Kit = :K", {{"K", kit}}).toString(),
+              "ITEM/K-PARAF-00/Parafuso sextavado zincado 1/4 x 2 polegadas com p");
+}
+
 // The browse filters on a small fixture: which items each combination lists.
 TEST_F(EstoqueTest, FiltersSelectTheExpectedItems)
 {
