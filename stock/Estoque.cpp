@@ -43,7 +43,7 @@ void comporPreco(Valores &v)
                           : fracao(v, "PERCICMS") + fracao(v, "PERCPIS") + fracao(v, "PERCCOFINS") + fracao(v, "PERCIRPJ") +
                                 fracao(v, "PERCCSLL");
     const D ipi = fracao(v, "PERCIPI");
-    for (const QString nivel : {QStringLiteral("AT"), QStringLiteral("VAR")}) {
+    for (const QString &nivel : {QStringLiteral("AT"), QStringLiteral("VAR")}) {
         const D comLucro = (custo * (um + fracao(v, "PERCLUCROMIN" + nivel))).comEscala(9);
         const D outros = fracao(v, "PERCCOM" + nivel) + fracao(v, "PERCFRETE" + nivel) + fracao(v, "PERCDESPFIN" + nivel);
         // Percentages of 100 or more leave no price to propose.
@@ -69,7 +69,7 @@ void comporPreco(Valores &v)
 
 void somarComissoes(Valores &v)
 {
-    for (const QString nivel : {QStringLiteral("AT"), QStringLiteral("VAR")}) {
+    for (const QString &nivel : {QStringLiteral("AT"), QStringLiteral("VAR")}) {
         D vendas, servicos;
         for (const char *quem : {"AT", "REP", "EMP", "OUT"}) {
             vendas += dec(v, QString("PERCCOM%1V%2").arg(quem, nivel));

@@ -404,7 +404,7 @@ void TEstoque::EditCustoExit()
         return;  // a number still being typed wrong is told at Salvar
     }
     comporPreco(v);
-    for (const QString nivel : {QStringLiteral("AT"), QStringLiteral("VAR")})
+    for (const QString &nivel : {QStringLiteral("AT"), QStringLiteral("VAR")})
         for (const char *c : {"CUSTOOUTROS", "CUSTOTRIB", "PRVENDAMIN", "MARKUP", "PERCMC"}) definirValor(c + nivel, v[c + nivel]);
 }
 
