@@ -5,6 +5,8 @@
 #include "db/Banco.h"
 #include "schema/Atualizacao.h"
 
+#include "Coletor.h"
+
 #include <benchmark/benchmark.h>
 #include <firebird/Interface.h>
 #include <cstring>
@@ -181,16 +183,6 @@ void InicioAteLogin(benchmark::State &st)
     for (auto _ : st) rodar({"--database", arq}, true);
 }
 
-// Keeps each benchmark's time per iteration for the ratios printed at the end.
-struct Coletor : benchmark::ConsoleReporter {
-    std::map<std::string, double> tempos;
-    void ReportRuns(const std::vector<Run> &runs) override
-    {
-        for (const Run &r : runs) tempos[r.benchmark_name()] = r.GetAdjustedRealTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-};
-
 } // namespace
 
 BENCHMARK(PisoMetadados)->Unit(benchmark::kMillisecond);
@@ -206,18 +198,14 @@ BENCHMARK(InicioAteLogin)->Unit(benchmark::kMillisecond)->Iterations(5);
 int main(int argc, char **argv)
 {
     benchmark::Initialize(&argc, argv);
-    Coletor c;
+    bench::Coletor c;
     benchmark::RunSpecifiedBenchmarks(&c);
-    auto razao = [&](const char *a, const char *b) {
-        if (c.tempos.count(a) && c.tempos.count(b) && c.tempos[b] > 0)
-            std::printf("%-60s %8.2f\n", (std::string(a) + " / " + b).c_str(), c.tempos[a] / c.tempos[b]);
-    };
     std::printf("\nRazões (tempo / piso medido nesta execução):\n");
-    razao("AtualizacaoEmDia", "PisoMetadados");
-    razao("InsercoesCamada", "PisoInsercoesApi");
-    razao("NovoCodigo100Mil", "PisoIdaEVolta");
-    razao("AcessoModulosUmaVez", "PisoIdaEVolta");
-    razao("InicioAteLogin/iterations:5", "PisoProcesso/iterations:5");
+    c.razao("AtualizacaoEmDia", "PisoMetadados");
+    c.razao("InsercoesCamada", "PisoInsercoesApi");
+    c.razao("NovoCodigo100Mil", "PisoIdaEVolta");
+    c.razao("AcessoModulosUmaVez", "PisoIdaEVolta");
+    c.razao("InicioAteLogin/iterations:5", "PisoProcesso/iterations:5");
     banco.reset();
     return 0;
 }

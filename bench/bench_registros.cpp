@@ -8,6 +8,8 @@
 #include "schema/Atualizacao.h"
 #include "ui/ModeloConsulta.h"
 
+#include "Coletor.h"
+
 #include <benchmark/benchmark.h>
 
 #include <QCoreApplication>
@@ -113,15 +115,6 @@ void EstoqueSituacaoMinimo(benchmark::State &st)
     grade(b, sql, p, st);
 }
 
-struct Coletor : benchmark::ConsoleReporter {
-    std::map<std::string, double> tempos;
-    void ReportRuns(const std::vector<Run> &runs) override
-    {
-        for (const Run &r : runs) tempos[r.benchmark_name()] = r.GetAdjustedRealTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-};
-
 } // namespace
 
 BENCHMARK(PisoPaginaCadastro)->Unit(benchmark::kMillisecond);
@@ -136,19 +129,15 @@ int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
     benchmark::Initialize(&argc, argv);
-    Coletor c;
+    bench::Coletor c;
     benchmark::RunSpecifiedBenchmarks(&c);
-    auto razao = [&](const char *a, const char *b) {
-        if (c.tempos.count(a) && c.tempos.count(b) && c.tempos[b] > 0)
-            std::printf("%-70s %8.2f\n", (std::string(a) + " / " + b).c_str(), c.tempos[a] / c.tempos[b]);
-    };
     std::printf("\nRazões (tempo / piso medido nesta execução):\n");
-    razao("CadastroPrimeiraPagina", "PisoPaginaCadastro");
-    razao("CadastroBuscaNome", "PisoBuscaNome");
-    razao("EstoquePrimeiraPagina/50000", "PisoPaginaEstoque/50000");
-    razao("EstoqueSituacaoMinimo/50000", "PisoPaginaEstoque/50000");
+    c.razao("CadastroPrimeiraPagina", "PisoPaginaCadastro");
+    c.razao("CadastroBuscaNome", "PisoBuscaNome");
+    c.razao("EstoquePrimeiraPagina/50000", "PisoPaginaEstoque/50000");
+    c.razao("EstoqueSituacaoMinimo/50000", "PisoPaginaEstoque/50000");
     // The totals over companies are per item on the page: ten times the items, the same page cost.
-    razao("EstoquePrimeiraPagina/50000", "EstoquePrimeiraPagina/5000");
+    c.razao("EstoquePrimeiraPagina/50000", "EstoquePrimeiraPagina/5000");
     std::printf("Primeira página do cadastro: %.1f ms; do estoque (50.000 itens): %.1f ms\n",
                 c.tempos["CadastroPrimeiraPagina"], c.tempos["EstoquePrimeiraPagina/50000"]);
     bancos.clear();
