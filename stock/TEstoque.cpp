@@ -86,9 +86,7 @@ TEstoque::TEstoque(QWidget *parent) : FormRegistro(declaracaoEstoque(), parent)
     // Stock per company, edited with the item and saved with it.
     gradeEstoques_ = new QTableWidget(0, 7);
     gradeEstoques_->setHorizontalHeaderLabels({"Empresa", "Localização", "Mínimo", "Máximo", "Atual", "Reservado", "Disponível"});
-    gradeEstoques_->setSelectionBehavior(QAbstractItemView::SelectRows);
-    gradeEstoques_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    gradeEstoques_->horizontalHeader()->setStretchLastSection(true);
+    prepararGrade(gradeEstoques_);
     gradeEstoques_->setMinimumHeight(90);
     gradeEstoques_->setMaximumHeight(180);
     registrarCampo("ESTOQUES", gradeEstoques_);

@@ -226,11 +226,7 @@ QWidget *FolhaMovimentacao::montarLinhas()
     gradeLinhas_ = new QTableView;
     gradeLinhas_->setObjectName("GradeItens");
     gradeLinhas_->setModel(modeloLinhas_);
-    gradeLinhas_->setSelectionBehavior(QAbstractItemView::SelectRows);
-    gradeLinhas_->setSelectionMode(QAbstractItemView::SingleSelection);
-    gradeLinhas_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    gradeLinhas_->verticalHeader()->hide();
-    gradeLinhas_->horizontalHeader()->setStretchLastSection(true);
+    prepararGrade(gradeLinhas_);
     gradeLinhas_->setMinimumHeight(120);
     l->addWidget(gradeLinhas_);
     return caixa;

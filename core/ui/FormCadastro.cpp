@@ -27,6 +27,16 @@
 
 namespace orb {
 
+void prepararGrade(QTableView *g)
+{
+    g->setSelectionBehavior(QAbstractItemView::SelectRows);
+    g->setSelectionMode(QAbstractItemView::SingleSelection);
+    g->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    g->verticalHeader()->hide();
+    g->horizontalHeader()->setStretchLastSection(true);
+    g->setWordWrap(false);  // one line per record; long texts are cut short with "..."
+}
+
 FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const QString &area, QWidget *parent)
     : QWidget(parent), classe_(classe), titulo_(titulo), area_(area)
 {
@@ -102,13 +112,8 @@ FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const Q
     modelo_ = new ModeloConsulta(Tabs->DbORB(), this);
     grade_ = new QTableView(this);
     grade_->setModel(modelo_);
-    grade_->setSelectionBehavior(QAbstractItemView::SelectRows);
-    grade_->setSelectionMode(QAbstractItemView::SingleSelection);
-    grade_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    grade_->verticalHeader()->hide();
-    grade_->horizontalHeader()->setStretchLastSection(true);
+    prepararGrade(grade_);
     grade_->setAlternatingRowColors(true);
-    grade_->setWordWrap(false);  // one line per record; long texts are cut short with "..."
     grade_->verticalHeader()->setDefaultSectionSize(grade_->fontMetrics().height() + 8);
     grade_->setMinimumHeight(140);
     connect(grade_, &QTableView::doubleClicked, this, [this] { BtAlterarClick(); });

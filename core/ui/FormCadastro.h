@@ -24,6 +24,10 @@ class QVBoxLayout;
 
 namespace orb {
 
+// A grid for reading: whole rows selected one at a time, nothing edited in place, one line per
+// row, the last column taking the room left.
+void prepararGrade(QTableView *g);
+
 class FormCadastro : public QWidget {
     Q_OBJECT
 public:

@@ -256,9 +256,7 @@ FormRegistro::FormRegistro(DeclaracaoRegistro d, QWidget *parent)
             det.modelo->definirColunas(dd.colunas);
             det.grade = new QTableView(pag);
             det.grade->setModel(det.modelo);
-            det.grade->setSelectionBehavior(QAbstractItemView::SelectRows);
-            det.grade->setEditTriggers(QAbstractItemView::NoEditTriggers);
-            det.grade->horizontalHeader()->setStretchLastSection(true);
+            prepararGrade(det.grade);
             l->addWidget(det.grade);
             if (!dd.campos.isEmpty()) {
                 auto *b = new QHBoxLayout;

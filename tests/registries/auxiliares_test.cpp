@@ -232,7 +232,9 @@ TEST_F(AuxiliaresTest, DeleteQuestionsAndTraces)
         EXPECT_EQ(msg.perguntas[0], msg.perguntas[1]);
         db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
         EXPECT_EQ(db::escalar(t, "select count(*) from " + d.tabela + " where Id = :ID", {{"ID", id}}).toInt(), 0);
-        if (!d.traco.isEmpty()) EXPECT_TRUE(tabs.trilha().contains(d.traco + QString::number(id) + ")"));
+        if (!d.traco.isEmpty()) {
+            EXPECT_TRUE(tabs.trilha().contains(d.traco + QString::number(id) + ")"));
+        }
         if (!esperado.contains(d.classe)) continue;
         ++vistos;
         EXPECT_EQ(msg.perguntas[0], esperado[d.classe].first);

@@ -56,7 +56,9 @@ TEST(ComposicaoPreco, BothLevelsRegimesAndIpi)
         EXPECT_EQ(lido(v, "CUSTOTRIBAT"), D(c.custoTribAt));
         EXPECT_EQ(lido(v, "MARKUPAT"), D(c.markupAt));
         EXPECT_EQ(lido(v, "PERCMCAT"), D(c.mcAt));
-        if (c.minVar) EXPECT_EQ(lido(v, "PRVENDAMINVAR"), D(c.minVar));
+        if (c.minVar) {
+            EXPECT_EQ(lido(v, "PRVENDAMINVAR"), D(c.minVar));
+        }
         EXPECT_EQ(lido(v, "PERCMCVAR"), D(c.mcVar));
     }
 }
