@@ -177,6 +177,8 @@ TEST(Clinica, RespeitaOQueJaExiste)
         for (const QString &sql : c.preparar) db::executar(t, sql);
         const auto novos = semear(t);
         for (const auto &[tab, n] : c.novos) EXPECT_EQ(novos.at(tab), n) << tab.toStdString();
-        if (c.conferir) EXPECT_EQ(db::escalar(t, c.conferir).toString(), c.esperado);
+        if (c.conferir) {
+            EXPECT_EQ(db::escalar(t, c.conferir).toString(), c.esperado);
+        }
     }
 }
