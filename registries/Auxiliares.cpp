@@ -21,21 +21,11 @@ const QList<QPair<QString, QString>> kUfs = [] {
 
 const QList<QPair<QString, QString>> kTiposGrupo = {{"M", "Mercadorias"}, {"S", "Serviços"}, {"P", "Patrimônio"}, {"C", "Consumo"}};
 
-DeclaracaoRegistro registro(const QString &classe, const QString &titulo, const QString &area, const QString &tabela)
-{
-    DeclaracaoRegistro d;
-    d.classe = classe;
-    d.titulo = titulo;
-    d.area = area;
-    d.tabela = tabela;
-    return d;
-}
-
 // A registry whose only field is a name, numbered by CODIGO when the table requires one.
 DeclaracaoRegistro simples(const QString &classe, const QString &titulo, const QString &tabela, const QString &coluna,
                            const QString &rotulo, int tamanho, const QString &msg, bool numerar = false)
 {
-    DeclaracaoRegistro d = registro(classe, titulo, "Tr" + classe.mid(1), tabela);
+    DeclaracaoRegistro d = declararRegistro(classe, titulo, "Tr" + classe.mid(1), tabela);
     d.colunas = {{coluna, rotulo}};
     d.ordens = {{rotulo, coluna}};
     d.campos = {{coluna, rotulo, C::Texto, msg, tamanho}};
@@ -50,7 +40,7 @@ QList<DeclaracaoRegistro> montar()
 {
     QList<DeclaracaoRegistro> r;
 
-    DeclaracaoRegistro cidades = registro("TCidades", "Cidades", "TrCidades", "TBCIDADES");
+    DeclaracaoRegistro cidades = declararRegistro("TCidades", "Cidades", "TrCidades", "TBCIDADES");
     cidades.colunas = {{"CIDADE", "Cidade"}, {"UF", "UF"}, {"CEP", "CEP"}, {"CODIGO", "Código"}};
     cidades.ordens = {{"CIDADE", "CIDADE"}, {"CEP", "CEP"}};
     cidades.campos = {{"CIDADE", "Cidade", C::Texto, "Digite o nome da cidade primeiro!", 50},
@@ -61,7 +51,7 @@ QList<DeclaracaoRegistro> montar()
     cidades.traco = "Cidade Excluída (";
     r << cidades;
 
-    DeclaracaoRegistro bancos = registro("TBancos", "Bancos", "TrBancos", "TBBANCOS");
+    DeclaracaoRegistro bancos = declararRegistro("TBancos", "Bancos", "TrBancos", "TBBANCOS");
     bancos.colunas = {{"NUMERO", "Nº"}, {"BANCO", "Banco"}, {"NOMEBANCO", "Razão social"}, {"SITE", "Site"}};
     bancos.ordens = {{"Banco", "BANCO"}, {"Nº", "NUMERO"}};
     bancos.campos = {{"NUMERO", "Nº do banco", C::Texto, "Digite o Nº do Banco primeiro!", 5},
@@ -73,7 +63,7 @@ QList<DeclaracaoRegistro> montar()
     bancos.traco = "Banco Excluído (";
     r << bancos;
 
-    DeclaracaoRegistro grupos = registro("TGrupos", "Grupos", "TrGrupos", "TBGRUPOS");
+    DeclaracaoRegistro grupos = declararRegistro("TGrupos", "Grupos", "TrGrupos", "TBGRUPOS");
     grupos.colunas = {{"CODIGO", "Código"}, {"GRUPO", "Grupo"}, {"TIPO", "Tipo"}};
     grupos.ordens = {{"Grupo", "GRUPO"}};
     grupos.campos = {{"CODIGO", "Código", C::Inteiro, "Digite o código do grupo primeiro!"},
@@ -85,7 +75,7 @@ QList<DeclaracaoRegistro> montar()
     grupos.traco = "Grupo Excluído (";
     r << grupos;
 
-    DeclaracaoRegistro sub = registro("TSubgrupos", "Subgrupos", "TrSubgrupos", "TBGRUPOSSUB");
+    DeclaracaoRegistro sub = declararRegistro("TSubgrupos", "Subgrupos", "TrSubgrupos", "TBGRUPOSSUB");
     sub.sqlGrade = "Select S.*, G.Grupo Z_Grupo From TbGruposSub S Left Join TbGrupos G On (G.Id = S.Fk)";
     sub.colunas = {{"Z_GRUPO", "Grupo"}, {"CODIGO", "Código"}, {"SUBGRUPO", "Subgrupo"}, {"TIPO", "Tipo"}};
     sub.ordens = {{"Subgrupo", "SUBGRUPO"}};
@@ -97,7 +87,7 @@ QList<DeclaracaoRegistro> montar()
     sub.traco = "Subgrupo Excluído (";
     r << sub;
 
-    DeclaracaoRegistro cat = registro("TCategorias", "Categorias", "TrCategorias", "TBCAT");
+    DeclaracaoRegistro cat = declararRegistro("TCategorias", "Categorias", "TrCategorias", "TBCAT");
     cat.colunas = {{"COD", "Código"}, {"CATEGORIA", "Categoria"}};
     cat.ordens = {{"Código", "COD"}, {"Categoria", "CATEGORIA"}};
     cat.campos = {{"COD", "Código", C::Texto, "Digite o código da categoria primeiro!", 10},
@@ -111,7 +101,7 @@ QList<DeclaracaoRegistro> montar()
     cat.traco = "Categoria Excluída (";
     r << cat;
 
-    DeclaracaoRegistro cfop = registro("TCfop", "CFOP", "TrCfop", "TBCFOP");
+    DeclaracaoRegistro cfop = declararRegistro("TCfop", "CFOP", "TrCfop", "TBCFOP");
     cfop.colunas = {{"CFOP", "CFOP"}, {"DESCRICAO", "Descrição"}};
     cfop.ordens = {{"CFOP", "CFOP"}, {"Descrição", "DESCRICAO"}};
     cfop.campos = {{"CFOP", "CFOP", C::Inteiro, "Digite a CFOP primeiro!"},
@@ -120,7 +110,7 @@ QList<DeclaracaoRegistro> montar()
     cfop.perguntaExclusao = "Tem certeza que deseja excluir esta CFOP?";
     r << cfop;
 
-    DeclaracaoRegistro icms = registro("TIcms", "Alíquotas de ICMS", "TrIcms", "TBICMS");
+    DeclaracaoRegistro icms = declararRegistro("TIcms", "Alíquotas de ICMS", "TrIcms", "TBICMS");
     icms.colunas = {{"UF", "UF"}, {"PERCICMSO", "% Origem"}, {"PERCICMSD", "% Destino"}};
     icms.ordens = {{"UF", "UF"}};
     icms.campos = {{"UF", "UF", C::Lista, {}, 0, 2, kUfs},
@@ -129,7 +119,7 @@ QList<DeclaracaoRegistro> montar()
     icms.perguntaExclusao = "Tem certeza que deseja excluir esta Alíquota?";
     r << icms;
 
-    DeclaracaoRegistro feriados = registro("TFeriados", "Feriados", "TrFeriados", "TBFERIADOS");
+    DeclaracaoRegistro feriados = declararRegistro("TFeriados", "Feriados", "TrFeriados", "TBFERIADOS");
     feriados.colunas = {{"DATA", "Data"}, {"DESCRICAO", "Descrição"}};
     feriados.ordens = {{"Data", "DATA"}, {"Descrição", "DESCRICAO"}};
     feriados.campos = {{"DATA", "Data", C::Data, "Digite a data do feriado primeiro!"},
@@ -138,7 +128,7 @@ QList<DeclaracaoRegistro> montar()
     feriados.traco = "Feriado Excluído (";
     r << feriados;
 
-    DeclaracaoRegistro horarios = registro("THorarios", "Horários", "TrHorarios", "TBHORARIOS");
+    DeclaracaoRegistro horarios = declararRegistro("THorarios", "Horários", "TrHorarios", "TBHORARIOS");
     horarios.colunas = {{"HORARIO", "Horário"}, {"ENTRADA", "Entrada"}, {"SAIDA", "Saída"}};
     horarios.ordens = {{"Horário", "HORARIO"}};
     horarios.campos = {{"HORARIO", "Horário", C::Texto, "Digite o nome do horário primeiro!", 20},
@@ -148,7 +138,7 @@ QList<DeclaracaoRegistro> montar()
     horarios.traco = "Horário Excluído (";
     r << horarios;
 
-    DeclaracaoRegistro optel = registro("TOpTel", "Operadoras de Telefonia", "TrOpTel", "TBOPTEL");
+    DeclaracaoRegistro optel = declararRegistro("TOpTel", "Operadoras de Telefonia", "TrOpTel", "TBOPTEL");
     optel.colunas = {{"CODIGO", "Código"}, {"NOME", "Operadora"}};
     optel.ordens = {{"Operadora", "NOME"}};
     optel.campos = {{"CODIGO", "Código de longa distância", C::Inteiro, "Digite o Código para ligações de longa distância primeiro!"},
@@ -180,7 +170,7 @@ QList<DeclaracaoRegistro> montar()
     r << simples("TIntegrantes", "Integrantes", "TBINTEGRANTES", "INTEGRANTE", "Integrante", 30,
                  "Digite o nome do integrante primeiro!");
 
-    DeclaracaoRegistro funcoes = registro("TFuncoes", "Funções", "TrFuncoes", "TBFUNCOES");
+    DeclaracaoRegistro funcoes = declararRegistro("TFuncoes", "Funções", "TrFuncoes", "TBFUNCOES");
     funcoes.colunas = {{"FUNCAO", "Função"}, {"CBO", "CBO"}};
     funcoes.ordens = {{"Função", "FUNCAO"}};
     funcoes.campos = {{"FUNCAO", "Função", C::Texto, "Digite o nome da Função primeiro!", 100}, {"CBO", "CBO", C::Texto, {}, 10}};
@@ -202,7 +192,7 @@ QList<DeclaracaoRegistro> montar()
                          "Tem certeza que deseja excluir este Salário/Cidade?", "Salário/Cidade Excluído ("}};
     r << funcoes;
 
-    DeclaracaoRegistro status = registro("TStatusCom", "Status das Operações", "TrStatusCom", "TBSTATUSCOM");
+    DeclaracaoRegistro status = declararRegistro("TStatusCom", "Status das Operações", "TrStatusCom", "TBSTATUSCOM");
     status.sqlGrade = "Select S.*, E.Etapa Z_Etapa From TbStatusCom S Left Join TbEtapasCom E On (E.Id = S.Fk)";
     status.colunas = {{"Z_ETAPA", "Etapa"}, {"ORDEM", "Ordem"}, {"STATUS", "Status"}, {"OP", "Operação"}};
     status.ordens = {{"Status", "STATUS"}, {"Etapa", "Z_ETAPA"}};
@@ -220,11 +210,7 @@ QList<DeclaracaoRegistro> montar()
     // Insurance plans and laboratories are rows of the commercial registry, with their prices.
     auto parceiro = [](const QString &classe, const QString &titulo, const QString &flag, const QString &msgCodigo,
                        const QString &msgNome, const QString &pergunta, const QString &traco) {
-        DeclaracaoRegistro d;
-        d.classe = classe;
-        d.titulo = titulo;
-        d.area = "Tr" + classe.mid(1);
-        d.tabela = "TBCAD";
+        DeclaracaoRegistro d = declararRegistro(classe, titulo, "Tr" + classe.mid(1), "TBCAD");
         d.filtro = flag + " = 'S'";
         d.fixos = {{"PESSOA", "J"}, {flag, "S"}};
         d.colunas = {{"CODIGO", "Código"}, {"NOME", "Nome"}, {"TELEFONE1", "Telefone"}};
@@ -256,11 +242,7 @@ QList<DeclaracaoRegistro> montar()
     // Exams, procedures and text models are rows of the item table.
     auto item = [](const QString &classe, const QString &titulo, const QString &tipo, const QString &msgCodigo,
                    const QString &msgNome, const QString &pergunta, const QString &traco) {
-        DeclaracaoRegistro d;
-        d.classe = classe;
-        d.titulo = titulo;
-        d.area = "Tr" + classe.mid(1);
-        d.tabela = "TBITENS";
+        DeclaracaoRegistro d = declararRegistro(classe, titulo, "Tr" + classe.mid(1), "TBITENS");
         d.filtro = "Tipo = '" + tipo + "'";
         d.fixos = {{"TIPO", tipo}};
         d.colunas = {{"CODIGO", "Código"}, {"DESCRICAO", "Descrição"}, {"PRVENDAVAR", "Preço"}};
@@ -295,7 +277,7 @@ QList<DeclaracaoRegistro> montar()
     // Medicines and materials are the items an attendance consumes (an exam's composition lists them).
     auto consumo = [](const QString &classe, const QString &titulo, const QString &tipo, const QString &nome,
                       const QString &excluido) {
-        DeclaracaoRegistro d = registro(classe, titulo, "Tr" + classe.mid(1), "TBITENS");
+        DeclaracaoRegistro d = declararRegistro(classe, titulo, "Tr" + classe.mid(1), "TBITENS");
         d.filtro = "Tipo = '" + tipo + "'";
         d.fixos = {{"TIPO", tipo}};
         d.colunas = {{"DESCRICAO", nome}, {"UN", "Unidade"}, {"PRVENDAVAR", "Preço"}};
@@ -313,7 +295,7 @@ QList<DeclaracaoRegistro> montar()
     r << consumo("TMedicamentos", "Medicamentos", "D", "Medicamento", "Medicamento Excluído (");
     r << consumo("TMateriais", "Materiais", "L", "Material", "Material Excluído (");
 
-    DeclaracaoRegistro textos = registro("TTextos", "Modelos de Texto", "TrTextos", "TBITENS");
+    DeclaracaoRegistro textos = declararRegistro("TTextos", "Modelos de Texto", "TrTextos", "TBITENS");
     textos.filtro = "Tipo = 'T'";
     textos.fixos = {{"TIPO", "T"}};
     textos.colunas = {{"DESCRICAO", "Título"}};

@@ -359,11 +359,7 @@ const QList<QPair<QString, QString>> kSimNao = {{"S", "SIM"}, {"N", "NÃO"}};
 
 DeclaracaoRegistro montarEstoque()
 {
-    DeclaracaoRegistro d;
-    d.classe = "TEstoque";
-    d.titulo = "Inventário - Estoque";
-    d.area = "TrMercadorias";
-    d.tabela = "TBITENS";
+    DeclaracaoRegistro d = declararRegistro("TEstoque", "Inventário - Estoque", "TrMercadorias", "TBITENS");
     d.filtro = "Tipo = 'M'";
     d.fixos = {{"TIPO", "M"}};
     d.colunas = {{"CODIGO", "Código"},       {"DESCRICAO", "Descrição"},   {"UN", "Un."},
@@ -532,11 +528,7 @@ DeclaracaoRegistro montarEstoque()
 QList<DeclaracaoRegistro> montarAuxiliares()
 {
     QList<DeclaracaoRegistro> r;
-    DeclaracaoRegistro grades;
-    grades.classe = "TGrades";
-    grades.titulo = "Grades";
-    grades.area = "TrGrades";
-    grades.tabela = "TBGRADES";
+    DeclaracaoRegistro grades = declararRegistro("TGrades", "Grades", "TrGrades", "TBGRADES");
     grades.colunas = {{"CODIGO", "Código"}, {"GRADE", "Grade"}};
     grades.ordens = {{"Grade", "GRADE"}, {"Código", "CODIGO"}};
     grades.campos = {{"CODIGO", "Código", C::Inteiro, "Digite o código da grade primeiro!"},
@@ -551,11 +543,7 @@ QList<DeclaracaoRegistro> montarAuxiliares()
                         "Tem certeza que deseja excluir este Tamanho?"}};
     r << grades;
 
-    DeclaracaoRegistro acond;
-    acond.classe = "TAcondic";
-    acond.titulo = "Acondicionamentos";
-    acond.area = "TrAcond";
-    acond.tabela = "TBACOND";
+    DeclaracaoRegistro acond = declararRegistro("TAcondic", "Acondicionamentos", "TrAcond", "TBACOND");
     acond.colunas = {{"CODIGO", "Código"}, {"NOME", "Acondicionamento"}};
     acond.ordens = {{"Acondicionamento", "NOME"}, {"Código", "CODIGO"}};
     acond.campos = {{"CODIGO", "Código", C::Texto, "Digite o código do acondicionamento primeiro!", 10},
@@ -566,11 +554,7 @@ QList<DeclaracaoRegistro> montarAuxiliares()
     acond.traco = "Acondicionamento Excluído (";
     r << acond;
 
-    DeclaracaoRegistro kits;
-    kits.classe = "TKits";
-    kits.titulo = "Kits";
-    kits.area = "TrKits";
-    kits.tabela = "TBKITS";
+    DeclaracaoRegistro kits = declararRegistro("TKits", "Kits", "TrKits", "TBKITS");
     kits.colunas = {{"CODIGO", "Código"}, {"DESCRICAO", "Kit"}};
     kits.ordens = {{"Kit", "DESCRICAO"}, {"Código", "CODIGO"}};
     kits.campos = {{"CODIGO", "Código", C::Inteiro, "Digite o código do kit primeiro!"},

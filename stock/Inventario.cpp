@@ -157,11 +157,7 @@ void conferirItem(db::Transacao &t, const QString &tipo, const Valores &v)
 DeclaracaoRegistro declaracaoItens(const QString &tipo)
 {
     const bool ativo = tipo == kImobilizado;
-    DeclaracaoRegistro d;
-    d.classe = "TInventario";
-    d.titulo = ativo ? "Imobilizado" : "Estoque";
-    d.area = ativo ? "TrImobilizado" : "TrInventario";
-    d.tabela = "TBINVENTARIO";
+    DeclaracaoRegistro d = declararRegistro("TInventario", ativo ? "Imobilizado" : "Estoque", ativo ? "TrImobilizado" : "TrInventario", "TBINVENTARIO");
     d.filtro = ativo ? "Tipo = 'IMOBILIZADO'" : "Tipo = 'ESTOQUE'";
     d.fixos = {{"TIPO", tipo}};
     d.colunas = {{"CODIGO", "Código"}, {"DESCRICAO", "Descrição"}, {"GRUPO", "Grupo"}, {"SUBGRUPO", "Subgrupo"},
@@ -232,11 +228,7 @@ void atualizarUltimaManutencao(db::Transacao &t, int idInventario)
 
 DeclaracaoRegistro declaracaoManutencoes()
 {
-    DeclaracaoRegistro d;
-    d.classe = "TInventario";
-    d.titulo = "Manutenções";
-    d.area = "TrManutInventario";
-    d.tabela = "TBMANUTINVENTARIO";
+    DeclaracaoRegistro d = declararRegistro("TInventario", "Manutenções", "TrManutInventario", "TBMANUTINVENTARIO");
     d.sqlGrade = "Select M.*, I.Codigo Z_Codigo, I.Descricao Z_Item From TbManutInventario M "
                  "Left Join TbInventario I On (I.Id = M.Inventario)";
     d.colunas = {{"DATA", "Data"}, {"Z_CODIGO", "Código"}, {"Z_ITEM", "Item"}, {"TIPO", "Tipo"}, {"LOCAL", "Local"},
@@ -459,11 +451,7 @@ void cancelarAprovacao(db::Transacao &t, int codigo)
 
 DeclaracaoRegistro declaracaoMovimentacoes()
 {
-    DeclaracaoRegistro d;
-    d.classe = "TInventario";
-    d.titulo = "Movimentação";
-    d.area = "TrMovInventario";
-    d.tabela = "TBMOVINVENTARIO";
+    DeclaracaoRegistro d = declararRegistro("TInventario", "Movimentação", "TrMovInventario", "TBMOVINVENTARIO");
     d.chave = "CODIGO";
     // The grid finds its rows by ID: here that is the movement's code.
     d.sqlGrade = "Select M.*, M.Codigo Id From TbMovInventario M";

@@ -404,24 +404,16 @@ void FolhaMovimentacao::BtAprovarClick()
     QVariant resp;
     // A refusal of the dialog's own fields asks again with what was chosen.
     while (pedirAprovacao(data, resp)) {
-        db::Transacao &t = transacao();
-        t.iniciar();
-        try {
+        QString campo;
+        const auto d = naTransacao([&](db::Transacao &t) {
             aprovarMovimentacao(t, codigo, data, resp);
             Tabs->Log(t, Registro{"select * from TBMOVINVENTARIO", {{"CODIGO", codigo}}}, QStringLiteral("ALTERAÇÃO"));
-            t.commit();
+        }, &campo);
+        if (d == Desfecho::Feito) {
             informarMonitor(codigo, QStringLiteral("ALTERAÇÃO"));
             recarregar(codigo);
-            return;
-        } catch (const Recusa &r) {
-            t.rollback();
-            Atencao(r.texto);
-            if (r.campo.isEmpty()) return;
-        } catch (const db::ErroBanco &e) {
-            t.rollback();
-            Atencao(e.mensagem());
-            return;
         }
+        if (d != Desfecho::Recusado || campo.isEmpty()) return;
     }
 }
 
@@ -436,21 +428,13 @@ void FolhaMovimentacao::BtCancelarAprovacaoClick()
     }
     if (!permitido(QStringLiteral("Cancelar Aprovação de Movimentação"))) return;
     if (!Pergunta("Deseja realmente cancelar a aprovação desta movimentação?")) return;
-    db::Transacao &t = transacao();
-    t.iniciar();
-    try {
+    const auto d = naTransacao([&](db::Transacao &t) {
         cancelarAprovacao(t, codigo);
         Tabs->Log(t, Registro{"select * from TBMOVINVENTARIO", {{"CODIGO", codigo}}}, QStringLiteral("ALTERAÇÃO"));
-        t.commit();
-        informarMonitor(codigo, QStringLiteral("ALTERAÇÃO"));
-        recarregar(codigo);
-    } catch (const Recusa &r) {
-        t.rollback();
-        Atencao(r.texto);
-    } catch (const db::ErroBanco &e) {
-        t.rollback();
-        Atencao(e.mensagem());
-    }
+    });
+    if (d != Desfecho::Feito) return;
+    informarMonitor(codigo, QStringLiteral("ALTERAÇÃO"));
+    recarregar(codigo);
 }
 
 // ------------------------------------------------------------------ the screen

@@ -459,20 +459,32 @@ void FormCadastro::BtExcluirClick()
         return;
     }
     if (!Pergunta(perguntaExclusao())) return;
+    const auto d = naTransacao([&](db::Transacao &t) {
+        apagar(t, id);
+        Tabs->Log(t, Registro{"select * from " + tabela(), {{chave(), id}}}, QStringLiteral("EXCLUSÃO"));
+    });
+    if (d != Desfecho::Feito) return;
+    informarMonitor(id, QStringLiteral("EXCLUSÃO"));
+    recarregar();
+}
+
+FormCadastro::Desfecho FormCadastro::naTransacao(const std::function<void(db::Transacao &)> &f, QString *campo)
+{
     db::Transacao &t = transacao();
     t.iniciar();
     try {
-        apagar(t, id);
-        Tabs->Log(t, Registro{"select * from " + tabela(), {{chave(), id}}}, QStringLiteral("EXCLUSÃO"));
+        f(t);
         t.commit();
-        informarMonitor(id, QStringLiteral("EXCLUSÃO"));
-        recarregar();
+        return Desfecho::Feito;
     } catch (const Recusa &r) {
         t.rollback();
         Atencao(r.texto);
+        if (campo) *campo = r.campo;
+        return Desfecho::Recusado;
     } catch (const db::ErroBanco &e) {
         t.rollback();
         Atencao(e.mensagem());
+        return Desfecho::Falhou;
     }
 }
 

@@ -8,6 +8,7 @@
 #include "ui/ModeloConsulta.h"
 
 #include <QHash>
+#include <functional>
 #include <map>
 #include <QSet>
 #include <QWidget>
@@ -114,6 +115,10 @@ protected:
     void informarMonitor(int id, const QString &acao);
 
     db::Transacao &transacao();
+    // One change in the area transaction: committed when `f` returns; rolled back and told to the
+    // user when it refuses (the refused field in `campo`) or the database fails.
+    enum class Desfecho { Feito, Recusado, Falhou };
+    Desfecho naTransacao(const std::function<void(db::Transacao &)> &f, QString *campo = nullptr);
     void Botoes();
     void recarregar(int selecionar = 0);
 

@@ -37,6 +37,16 @@ bool preenchido(const QVariant &v)
     return true;
 }
 
+DeclaracaoRegistro declararRegistro(const QString &classe, const QString &titulo, const QString &area, const QString &tabela)
+{
+    DeclaracaoRegistro d;
+    d.classe = classe;
+    d.titulo = titulo;
+    d.area = area;
+    d.tabela = tabela;
+    return d;
+}
+
 void conferirObrigatorios(const DeclaracaoRegistro &d, const Valores &v)
 {
     for (const CampoForm &c : d.campos) {
@@ -328,22 +338,12 @@ void FormRegistro::gravarLinhaDetalhe(int i, int id)
     }
     for (;;) {
         if (!editarDetalhe(dd, v)) return;
-        db::Transacao &t = transacao();
-        t.iniciar();
-        try {
+        const auto d = naTransacao([&](db::Transacao &t) {
             const int novo = gravarDetalhe(t, dd, idAtual(), id, v);
             Tabs->Log(t, Registro{"select * from " + dd.tabela, {{"ID", novo}}}, id ? QStringLiteral("ALTERAÇÃO") : QStringLiteral("INCLUSÃO"));
-            t.commit();
-            registroMudou(idAtual());
-            return;
-        } catch (const Recusa &r) {
-            t.rollback();
-            Atencao(r.texto);  // the row is asked again, with what was typed
-        } catch (const db::ErroBanco &e) {
-            t.rollback();
-            Atencao(e.mensagem());
-            return;
-        }
+        });
+        if (d == Desfecho::Feito) registroMudou(idAtual());
+        if (d != Desfecho::Recusado) return;  // refused: the row is asked again, with what was typed
     }
 }
 
@@ -370,18 +370,13 @@ void FormRegistro::BtExcluirDetalheClick(int i)
     const DetalheRegistro &dd = d_.detalhes[i];
     if (!Pergunta(dd.perguntaExclusao)) return;
     const int id = detalhes_[i].modelo->idDaLinha(ix.row());
-    db::Transacao &t = transacao();
-    t.iniciar();
-    try {
+    const auto d = naTransacao([&](db::Transacao &t) {
         excluirDetalhe(t, dd, id);
         Tabs->Log(t, Registro{"select * from " + dd.tabela, {{"ID", id}}}, QStringLiteral("EXCLUSÃO"));
-        t.commit();
-        if (!dd.traco.isEmpty()) Tabs->Deb(dd.traco + QString::number(id) + ")");
-        registroMudou(idAtual());
-    } catch (const db::ErroBanco &e) {
-        t.rollback();
-        Atencao(e.mensagem());
-    }
+    });
+    if (d != Desfecho::Feito) return;
+    if (!dd.traco.isEmpty()) Tabs->Deb(dd.traco + QString::number(id) + ")");
+    registroMudou(idAtual());
 }
 
 void FormRegistro::limpar()

@@ -63,6 +63,9 @@ struct DeclaracaoRegistro {
     QList<DetalheRegistro> detalhes;
 };
 
+// A declaration's identity: the form's class, its caption, its area transaction and its table.
+DeclaracaoRegistro declararRegistro(const QString &classe, const QString &titulo, const QString &area, const QString &tabela);
+
 // The first empty required field, in screen order, stops the save.
 void conferirObrigatorios(const DeclaracaoRegistro &d, const Valores &v);
 // The type column of each picture field, from the picture's bytes.
