@@ -1,10 +1,8 @@
 // ORB Manager: one copy per user, splash, database (created on first start), upgrade, login, main window.
 
-#include "Auxiliares.h"
 #include "Configuracao.h"
-#include "Estoque.h"
-#include "Inventario.h"
-#include "TCadComerciais.h"
+#include "FormsCadastros.h"
+#include "FormsEstoque.h"
 #include "acesso/TLogin.h"
 #include "dados/Cep.h"
 #include "dados/Monitor.h"

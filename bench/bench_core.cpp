@@ -1,6 +1,6 @@
 // Data layer and upgrade costs, printed as ratios against a floor measured in the same run.
 
-#include "acesso/Permissoes.h"
+#include "acesso/Acesso.h"
 #include "dados/Tabs.h"
 #include "db/Banco.h"
 #include "schema/Atualizacao.h"

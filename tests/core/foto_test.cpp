@@ -3,7 +3,7 @@
 #include "apoio/TabsTeste.h"
 #include "ui/Foto.h"
 #include "ui/FormRegistro.h"
-#include "ui/Recusa.h"
+#include "Recusa.h"
 
 #include <QBuffer>
 #include <QImage>

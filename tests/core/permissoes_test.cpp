@@ -1,7 +1,7 @@
 // Users, levels and permissions against a real database, and the main window's menus.
 
 #include "acesso/FormsAcesso.h"
-#include "acesso/Permissoes.h"
+#include "acesso/Acesso.h"
 #include "acesso/Usuarios.h"
 #include "apoio/BancoTeste.h"
 #include "dados/Tabs.h"

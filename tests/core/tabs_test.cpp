@@ -36,7 +36,7 @@ TEST(Log, DataTextAndTableName)
     r.definir("VALOR", QVariant::fromValue(db::Decimal("12.50")));
     r.definir("DATA", QDate(2026, 12, 25));
     r.definir("VAZIO", QVariant());
-    EXPECT_EQ(TTabs::textoLog(r), "ID: 7 - DESCRICAO: Dia d''Água - VALOR: 12,50 - DATA: 25/12/2026 - VAZIO: ");
+    EXPECT_EQ(TTabs::textoLog(r), "ID: 7 - DESCRICAO: Dia d'Água - VALOR: 12,50 - DATA: 25/12/2026 - VAZIO: ");
     EXPECT_EQ(TTabs::tabelaDoSql(r.sql), "TBFERIADOS");
     EXPECT_EQ(TTabs::tabelaDoSql("Select * From TbCad(1)"), "TBCAD");
 
@@ -65,9 +65,9 @@ TEST_F(TabsTest, LogWritesOneRowPerRecordAndDetailsOnDeletion)
         EXPECT_EQ(q["DATA"].toDateTime().time().second(), 0);
     }
     EXPECT_EQ(linhas, (QStringList{"TBCOM 55 INCLUSÃO 2 ID: 55", "TBCOM 55 EXCLUSÃO 2 ID: 55",
-                                   "TBCOMITENS 101 EXCLUSÃO 2 ID: 101 - DESCRICAO: Peça ''A''",
-                                   "TBCOMITENS 102 EXCLUSÃO 2 ID: 102 - DESCRICAO: Peça ''A''",
-                                   "TBCOMITENS 103 EXCLUSÃO 2 ID: 103 - DESCRICAO: Peça ''A''"}));
+                                   "TBCOMITENS 101 EXCLUSÃO 2 ID: 101 - DESCRICAO: Peça 'A'",
+                                   "TBCOMITENS 102 EXCLUSÃO 2 ID: 102 - DESCRICAO: Peça 'A'",
+                                   "TBCOMITENS 103 EXCLUSÃO 2 ID: 103 - DESCRICAO: Peça 'A'"}));
 }
 
 TEST_F(TabsTest, NovoCodigoIsTheGreatestPlusOne)

@@ -1,12 +1,13 @@
 // The lookup registries: rules of each declaration, and one registry driven through its widgets.
 
 #include "Auxiliares.h"
+#include "ui/FormRegistro.h"
 #include "apoio/TabsTeste.h"
 #include "acesso/Sessao.h"
 #include "dados/Monitor.h"
 #include "dados/Tabs.h"
 #include "ui/Impressao.h"
-#include "ui/Recusa.h"
+#include "Recusa.h"
 #include "ui/Mensagens.h"
 
 #include <QComboBox>
@@ -125,12 +126,14 @@ TEST_F(AuxiliaresTest, PlanIsACommercialRowWithPrices)
     const int exame = db::escalar(t, "insert into TbItens (Descricao, Tipo) values ('Hemograma', 'E') returning Id").toInt();
     const DetalheRegistro &precos = d.detalhes[0];
     try {
-        gravarDetalhe(t, precos, plano, 0, {{"FK", exame}, {"PRUNITARIO", QVariant()}});
+        conferirLinhaDetalhe(t, precos, {{"FK", exame}, {"PRUNITARIO", QVariant()}}, {});
         FAIL() << "preço vazio aceito";
     } catch (const Recusa &r) {
         EXPECT_EQ(r.texto, "Digite o preço primeiro!");
     }
-    gravarDetalhe(t, precos, plano, 0, {{"FK", exame}, {"PRUNITARIO", QVariant::fromValue(db::Decimal("35.50"))}});
+    EdicaoDetalhes e(d.detalhes.size());
+    e[0].incluir({{"FK", exame}, {"PRUNITARIO", QVariant::fromValue(db::Decimal("35.50"))}});
+    gravarDetalhes(t, d, plano, e);
     db::Consulta q(t, precos.sqlGrade);
     q.bind("MESTRE", plano);
     q.executar();

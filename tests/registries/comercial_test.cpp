@@ -13,6 +13,14 @@ namespace {
 
 const QDate kHoje(2026, 3, 10);
 
+// Situations typed in an edit, none of them stored yet.
+EdicaoDetalhe novas(const QList<Valores> &linhas)
+{
+    EdicaoDetalhe e;
+    for (const Valores &v : linhas) e.incluir(v);
+    return e;
+}
+
 struct ComercialTest : ::testing::Test {
     teste::BancoTemporario bt;
     db::Transacao t{bt.banco()};
@@ -166,7 +174,7 @@ TEST_F(ComercialTest, SaveCollectsEveryMissingFieldAndWritesNothing)
     QString primeiroTexto;
     for (const auto &c : casos) {
         try {
-            salvarCadastro(t, 0, c.v, modoCadastro(c.modo), c.sits, atual, kHoje);
+            salvarCadastro(t, 0, c.v, modoCadastro(c.modo), novas(c.sits), atual, kHoje);
             ADD_FAILURE() << "saved " << c.campos.join(",").toStdString();
         } catch (const RecusaCampos &r) {
             EXPECT_EQ(r.campos, c.campos);

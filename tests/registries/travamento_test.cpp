@@ -1,6 +1,7 @@
 // Two workstations on one record through a real server: the second Alterar is refused at once.
 
 #include "Auxiliares.h"
+#include "ui/FormRegistro.h"
 #include "acesso/Sessao.h"
 #include "apoio/ServidorFirebird.h"
 #include "dados/Tabs.h"

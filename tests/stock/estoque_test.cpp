@@ -4,7 +4,7 @@
 #include "Estoque.h"
 #include "TEstoque.h"
 #include "apoio/TabsTeste.h"
-#include "ui/Recusa.h"
+#include "Recusa.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -234,9 +234,11 @@ TEST_F(EstoqueTest, KitComponentCopiesTheItem)
         if (d.classe == "TKits") kits = &d;
     ASSERT_NE(kits, nullptr);
     const int kit = gravarRegistro(t, *kits, 0, {{"CODIGO", 1}, {"DESCRICAO", "Kit fixação"}, {"OBSERVACOES", QVariant()}});
-    EXPECT_EQ(recusa([&] { gravarDetalhe(t, kits->detalhes[0], kit, 0, {{"IDCOMP", item}, {"QTD", QVariant()}}); }),
+    EXPECT_EQ(recusa([&] { conferirLinhaDetalhe(t, kits->detalhes[0], {{"IDCOMP", item}, {"QTD", QVariant()}}, {}); }),
               "Digite a quantidade primeiro!");
-    gravarDetalhe(t, kits->detalhes[0], kit, 0, {{"IDCOMP", item}, {"QTD", 4}});
+    EdicaoDetalhes e(kits->detalhes.size());
+    e[0].incluir({{"IDCOMP", item}, {"QTD", 4}});
+    gravarDetalhes(t, *kits, kit, e);
     EXPECT_EQ(db::escalar(t, "select Tipo || '/' || CodComp || '/' || Descricao from TbCompKits where Kit = :K", {{"K", kit}}).toString(),
               "ITEM/K-PARAF-00/Parafuso sextavado zincado 1/4 x 2 polegadas com p");
 }

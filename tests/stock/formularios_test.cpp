@@ -1,9 +1,7 @@
 // Every menu item of every business segment that has a form opens it on a fresh database.
 
-#include "Auxiliares.h"
-#include "Estoque.h"
-#include "Inventario.h"
-#include "TCadComerciais.h"
+#include "FormsCadastros.h"
+#include "FormsEstoque.h"
 #include "apoio/TabsTeste.h"
 #include "principal/Menus.h"
 #include "principal/TMain.h"

@@ -4,7 +4,7 @@
 #include "Inventario.h"
 #include "TInventario.h"
 #include "apoio/TabsTeste.h"
-#include "ui/Recusa.h"
+#include "Recusa.h"
 
 #include <QLineEdit>
 #include <QTabWidget>

@@ -1,0 +1,266 @@
+#include "registro/Registro.h"
+
+#include "dados/Tabs.h"
+
+#include <QRegularExpression>
+
+namespace orb {
+
+namespace {
+
+void log(db::Transacao &t, const QString &tabela, const QString &chave, const QVariant &valor, const QString &acao,
+         const QList<QPair<QString, QString>> &detalhes = {})
+{
+    if (Tabs) Tabs->Log(t, tabela, chave, valor, acao, detalhes);
+}
+
+// A detail as a registry of its own: its table, its fields, the record's key written on every row.
+DeclaracaoRegistro comoRegistro(const DetalheRegistro &d, int idMestre)
+{
+    DeclaracaoRegistro r;
+    r.tabela = d.tabela;
+    r.campos = d.campos;
+    r.fixos = {{d.chave, idMestre}};
+    r.completar = d.completar;
+    return r;
+}
+
+} // namespace
+
+void logRegistro(db::Transacao &t, const QString &tabela, const QString &chave, const QVariant &valor, const QString &acao,
+                 const QList<QPair<QString, QString>> &detalhes)
+{
+    log(t, tabela, chave, valor, acao, detalhes);
+}
+
+bool preenchido(const QVariant &v)
+{
+    if (!v.isValid() || v.isNull()) return false;
+    if (v.typeId() == QMetaType::QString) {
+        static const QRegularExpression soMascara("^[\\s:/.\\-()_]*$");
+        return !soMascara.match(v.toString()).hasMatch();
+    }
+    return true;
+}
+
+QString tipoDaFoto(const QByteArray &d)
+{
+    if (d.startsWith("\xFF\xD8\xFF")) return QStringLiteral("JPG");
+    if (d.startsWith("\x89PNG\r\n\x1A\n")) return QStringLiteral("PNG");
+    if (d.startsWith("BM") && d.size() > 14) return QStringLiteral("BMP");
+    return {};
+}
+
+DeclaracaoRegistro declararRegistro(const QString &classe, const QString &titulo, const QString &area, const QString &tabela)
+{
+    DeclaracaoRegistro d;
+    d.classe = classe;
+    d.titulo = titulo;
+    d.area = area;
+    d.tabela = tabela;
+    return d;
+}
+
+void conferirObrigatorios(const QList<CampoForm> &campos, const Valores &v)
+{
+    for (const CampoForm &c : campos) {
+        if (c.obrigatorio.isEmpty()) continue;
+        auto it = v.find(c.coluna);
+        if (it == v.end() || !preenchido(it->second)) throw Recusa(c.obrigatorio, c.coluna);
+    }
+}
+
+int proximoCodigo(db::Transacao &t, const QString &tabela, const QString &campo)
+{
+    return db::escalar(t, QString("Select Coalesce(Max(%1), 0) + 1 From %2").arg(campo, tabela)).toInt();
+}
+
+QString sqlGrade(const DeclaracaoRegistro &d)
+{
+    if (!d.sqlGrade.isEmpty()) return d.sqlGrade;
+    return "Select * From " + d.tabela + (d.filtro.isEmpty() ? QString() : " Where (" + d.filtro + ")");
+}
+
+void completarTiposFoto(const QList<CampoForm> &campos, Valores &v)
+{
+    for (const CampoForm &c : campos)
+        if (c.tipo == CampoForm::Foto && !c.colunaTipo.isEmpty() && v.count(c.coluna)) {
+            const QString tipo = tipoDaFoto(v[c.coluna].toByteArray());
+            v[c.colunaTipo] = tipo.isEmpty() ? QVariant() : tipo;
+        }
+}
+
+namespace {
+
+// The record written as checked: derived values, fixed values of a new one, then the row and its log.
+int escrever(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v)
+{
+    if (d.completar) d.completar(t, v, id == 0);
+    if (id == 0)
+        for (const auto &[k, x] : d.fixos) v[k] = x;
+    completarTiposFoto(d.campos, v);
+    // Typed but not columns (a new password before it is hashed) never reach the table.
+    for (const CampoForm &c : d.campos)
+        if (c.transitorio) v.erase(c.coluna);
+    // Column names come from the declaration, never from what was typed.
+    QStringList cols, params, sets;
+    for (const auto &[k, x] : v) {
+        cols << k;
+        params << ":" + k;
+        sets << k + " = :" + k;
+    }
+    int chave = id;
+    if (id == 0) {
+        db::Consulta q(t, QString("Insert Into %1 (%2) Values (%3) Returning %4").arg(d.tabela, cols.join(", "), params.join(", "), d.chave));
+        for (const auto &[k, x] : v) q.bind(k, x);
+        chave = q.escalar().toInt();
+    } else if (!v.empty()) {
+        db::Consulta q(t, QString("Update %1 Set %2 Where %3 = :ID_").arg(d.tabela, sets.join(", "), d.chave));
+        for (const auto &[k, x] : v) q.bind(k, x);
+        q.bind("ID_", id);
+        q.executar();
+    }
+    log(t, d.tabela, d.chave, chave, id == 0 ? kInclusao : kAlteracao);
+    return chave;
+}
+
+void conferirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, const Valores &v)
+{
+    conferirObrigatorios(d, v);
+    if (d.validar) d.validar(t, id, v);
+}
+
+} // namespace
+
+int gravarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v)
+{
+    conferirRegistro(t, d, id, v);
+    return escrever(t, d, id, std::move(v));
+}
+
+Valores lerRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id)
+{
+    QStringList cols;
+    for (const CampoForm &c : d.campos)
+        if (!c.transitorio) cols << c.coluna;
+    db::Consulta q(t, QString("Select %1 From %2 Where %3 = :ID").arg(cols.join(", "), d.tabela, d.chave));
+    q.bind("ID", id);
+    q.executar();
+    Valores v;
+    if (q.proxima())
+        for (const CampoForm &c : d.campos)
+            if (!c.transitorio) v[c.coluna] = q.valor(c.coluna.toUpper());
+    return v;
+}
+
+void excluirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id)
+{
+    QList<QPair<QString, QString>> detalhes = d.dependentes;
+    for (const DetalheRegistro &x : d.detalhes)
+        if (x.editavel() && !detalhes.contains({x.tabela, x.chave})) detalhes.append({x.tabela, x.chave});
+    log(t, d.tabela, d.chave, id, kExclusao, detalhes);
+    for (const auto &[tabela, fk] : std::as_const(detalhes))
+        db::executar(t, QString("Delete From %1 Where %2 = :ID").arg(tabela, fk), {{"ID", id}});
+    db::executar(t, QString("Delete From %1 Where %2 = :ID").arg(d.tabela, d.chave), {{"ID", id}});
+}
+
+// ------------------------------------------------------------------ details
+
+QList<Valores> EdicaoDetalhe::valores(int exceto) const
+{
+    QList<Valores> r;
+    for (int i = 0; i < linhas.size(); ++i)
+        if (i != exceto) r << linhas[i].valores;
+    return r;
+}
+
+void EdicaoDetalhe::incluir(const Valores &v) { linhas.append({0, v, true}); }
+
+void EdicaoDetalhe::alterar(int linha, const Valores &v)
+{
+    LinhaDetalhe &l = linhas[linha];
+    for (const auto &[k, x] : v) l.valores[k] = x;
+    l.alterada = true;
+}
+
+void EdicaoDetalhe::excluir(int linha)
+{
+    if (linhas[linha].id) excluidas << linhas[linha].id;
+    linhas.removeAt(linha);
+}
+
+EdicaoDetalhes lerDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, int idMestre)
+{
+    EdicaoDetalhes r;
+    for (const DetalheRegistro &x : d.detalhes) {
+        EdicaoDetalhe e;
+        if (x.editavel() && idMestre) {
+            db::Consulta q(t, x.sqlGrade);
+            q.bind("MESTRE", idMestre);
+            q.executar();
+            while (q.proxima()) {
+                LinhaDetalhe l;
+                for (int i = 0; i < q.colunas(); ++i) l.valores[q.nomeColuna(i)] = q.valor(i);
+                l.id = l.valores["ID"].toInt();
+                e.linhas << l;
+            }
+        }
+        r << e;
+    }
+    return r;
+}
+
+void conferirLinhaDetalhe(db::Transacao &t, const DetalheRegistro &d, const Valores &linha, const QList<Valores> &outras)
+{
+    try {
+        conferirObrigatorios(d.campos, linha);
+        if (d.validar) d.validar(t, linha, outras);
+    } catch (const Recusa &r) {
+        // The form brings the detail's tab forward: the refusal names its table.
+        throw Recusa(r.texto, d.tabela);
+    }
+}
+
+void conferirDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, const EdicaoDetalhes &e)
+{
+    for (int i = 0; i < d.detalhes.size() && i < e.size(); ++i) {
+        if (!d.detalhes[i].editavel()) continue;
+        for (int k = 0; k < e[i].linhas.size(); ++k) conferirLinhaDetalhe(t, d.detalhes[i], e[i].linhas[k].valores, e[i].valores(k));
+    }
+}
+
+void gravarDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, int idMestre, const EdicaoDetalhes &e)
+{
+    for (int i = 0; i < d.detalhes.size() && i < e.size(); ++i) {
+        const DetalheRegistro &x = d.detalhes[i];
+        if (!x.editavel()) continue;
+        for (int id : e[i].excluidas) {
+            log(t, x.tabela, QStringLiteral("ID"), id, kExclusao);
+            db::executar(t, QString("Delete From %1 Where (Id = :ID) and (%2 = :MESTRE)").arg(x.tabela, x.chave),
+                         {{"ID", id}, {"MESTRE", idMestre}});
+        }
+        const DeclaracaoRegistro r = comoRegistro(x, idMestre);
+        for (const LinhaDetalhe &l : e[i].linhas) {
+            if (l.id && !l.alterada) continue;
+            // Only the detail's own fields are written; joined columns came along for the grid.
+            Valores v;
+            for (const CampoForm &c : x.campos)
+                if (auto it = l.valores.find(c.coluna); it != l.valores.end()) v[c.coluna] = it->second;
+            conferirObrigatorios(x.campos, v);
+            escrever(t, r, l.id, v);
+        }
+    }
+}
+
+int salvarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, const Valores &v, const EdicaoDetalhes &e)
+{
+    return db::tentativa(t, [&] {
+        conferirRegistro(t, d, id, v);
+        conferirDetalhes(t, d, e);
+        const int chave = escrever(t, d, id, v);
+        gravarDetalhes(t, d, chave, e);
+        return chave;
+    });
+}
+
+} // namespace orb

@@ -1,0 +1,144 @@
+#pragma once
+// A registry as a declaration: its table, grid, search orders, fields with their required-field
+// messages in screen order, its detail tables, and whatever rules of its own it adds. The
+// routines below read, check and write a record with its details inside the caller's
+// transaction; the forms library turns the same declaration into the standard screen.
+
+#include "Recusa.h"
+#include "db/Banco.h"
+
+#include <QList>
+#include <QPair>
+#include <functional>
+#include <map>
+
+namespace orb {
+
+using Valores = std::map<QString, QVariant>;  // column -> value, as the form gathered them
+
+struct CampoForm {
+    enum Tipo { Texto, Inteiro, Decimal, Data, Hora, Memo, Lista, Consulta, Marca /* "S"/"N" */, Foto };
+    QString coluna;
+    QString rotulo;
+    Tipo tipo = Texto;
+    QString obrigatorio;                    // the message when left empty; empty = optional
+    int tamanho = 0;                        // text: maximum length
+    int escala = 2;                         // decimals
+    QList<QPair<QString, QString>> itens;   // Lista: (stored value, caption)
+    QString sqlLista;                       // Consulta: "Select Id, <caption> From ..." (LigaCombo)
+    QString mascara;                        // input mask of a text field
+    QString aba;                            // tab page of the edit area ("Page|Group": a group on it); empty = the main area
+    bool transitorio = false;               // typed but not a column (a new password): never read back
+    QString colunaTipo;                     // Foto: the column that keeps the picture's type
+};
+
+// A detail table shown in a tab under the record, following it (its rows point at the record).
+// With fields it is edited together with the record and saved with it; without, it is read only.
+struct DetalheRegistro {
+    QString titulo;                          // tab caption
+    QString tabela;                          // "TBFUNCOESSAL"
+    QString chave = QStringLiteral("FK");    // its column holding the record's ID
+    QString sqlGrade;                        // its rows of the record: uses :MESTRE
+    QList<QPair<QString, QString>> colunas;  // grid: field, caption
+    QList<CampoForm> campos;                 // editable fields; none = shown read-only
+    QString perguntaExclusao = QStringLiteral("Tem certeza que deseja excluir este item?");
+    QString traco;
+    // Values derived before writing (a component's code and description from the chosen item).
+    std::function<void(db::Transacao &t, Valores &v, bool novo)> completar;
+    // The detail's own checks of a row, after its required fields; `outras` are the record's other rows.
+    std::function<void(db::Transacao &t, const Valores &linha, const QList<Valores> &outras)> validar;
+
+    bool editavel() const { return !campos.isEmpty(); }
+};
+
+struct DeclaracaoRegistro {
+    QString classe;                 // "TCidades"
+    QString titulo;                 // tab caption
+    QString area;                   // its transaction: "TrCidades"
+    QString tabela;                 // "TBCIDADES"
+    QString chave = QStringLiteral("ID");  // key column; another one (CODIGO) is filled by `completar`
+    QString filtro;                 // rows of a larger table ("Cv = 'S'")
+    Valores fixos;                  // written on every insert (PESSOA "J", CV "S")
+    QString sqlGrade;               // browse query with joins; default: the table (and filter)
+    QList<QPair<QString, QString>> colunas;  // grid: field, caption
+    QList<QPair<QString, QString>> ordens;   // search: caption, field
+    QList<CampoForm> campos;
+    QString perguntaExclusao = QStringLiteral("Tem certeza que deseja excluir este registro?");
+    QString traco;                  // trace line of a deletion: traco + id + ")"
+    // The registry's own rules, after the required fields; throw Recusa.
+    std::function<void(db::Transacao &t, int id, const Valores &v)> validar;
+    // Values derived before writing (a plan's nickname from its name, ...).
+    std::function<void(db::Transacao &t, Valores &v, bool novo)> completar;
+    QList<DetalheRegistro> detalhes;
+    // Tables that go with a deleted record besides its editable details: (table, column holding its key).
+    QList<QPair<QString, QString>> dependentes;
+};
+
+// A declaration's identity: the form's class, its caption, its area transaction and its table.
+DeclaracaoRegistro declararRegistro(const QString &classe, const QString &titulo, const QString &area, const QString &tabela);
+
+// Whether a value counts as filled (a blank mask such as "  :  " does not).
+bool preenchido(const QVariant &v);
+// The type of a stored picture; empty when the bytes are none of the accepted ones.
+QString tipoDaFoto(const QByteArray &dados);
+
+// The first empty required field, in screen order, stops the save.
+void conferirObrigatorios(const QList<CampoForm> &campos, const Valores &v);
+inline void conferirObrigatorios(const DeclaracaoRegistro &d, const Valores &v) { conferirObrigatorios(d.campos, v); }
+// The type column of each picture field, from the picture's bytes.
+void completarTiposFoto(const QList<CampoForm> &campos, Valores &v);
+// Checks and writes one record (id 0 = new) and logs it; returns its key.
+int gravarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v);
+Valores lerRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id);
+// Logs the record and every row of its details and dependents as deleted, then deletes them all.
+void excluirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id);
+// The change log of a record written or deleted by a routine of its own (see TTabs::Log).
+void logRegistro(db::Transacao &t, const QString &tabela, const QString &chave, const QVariant &valor, const QString &acao,
+                 const QList<QPair<QString, QString>> &detalhes = {});
+inline const QString kInclusao = QStringLiteral("INCLUSÃO");
+inline const QString kAlteracao = QStringLiteral("ALTERAÇÃO");
+inline const QString kExclusao = QStringLiteral("EXCLUSÃO");
+// The browse query of a declaration.
+QString sqlGrade(const DeclaracaoRegistro &d);
+// Next code of a numbered column, in the caller's transaction.
+int proximoCodigo(db::Transacao &t, const QString &tabela, const QString &campo = QStringLiteral("CODIGO"));
+
+// ------------------------------------------------------------------ details edited with the record
+
+// One row of a detail as the edit holds it: ID 0 until written; `alterada` when typed in this edit.
+struct LinhaDetalhe {
+    int id = 0;
+    Valores valores;  // the row's columns as read (joined Z_ columns too) and as typed
+    bool alterada = false;
+};
+
+// The rows of one detail in an edit, and the IDs removed from it.
+struct EdicaoDetalhe {
+    QList<LinhaDetalhe> linhas;
+    QList<int> excluidas;
+
+    QList<Valores> valores(int exceto = -1) const;
+    void incluir(const Valores &v);
+    void alterar(int linha, const Valores &v);
+    void excluir(int linha);
+};
+
+// One entry per declared detail, in the declaration's order (read-only details stay empty).
+using EdicaoDetalhes = QList<EdicaoDetalhe>;
+
+// The rows of every editable detail of the record (none for a new one: idMestre 0).
+EdicaoDetalhes lerDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, int idMestre);
+// A detail row's required fields, then the detail's own checks; refusals name the detail's table.
+void conferirLinhaDetalhe(db::Transacao &t, const DetalheRegistro &d, const Valores &linha, const QList<Valores> &outras);
+// Every row of every editable detail, in order.
+void conferirDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, const EdicaoDetalhes &e);
+// Writes what the edit changed under the record idMestre: removed rows logged and deleted,
+// new and typed rows written and logged.
+void gravarDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, int idMestre, const EdicaoDetalhes &e);
+
+// The whole save of a declared registry: the record's checks, the details' checks, then the
+// record and its details written and logged. The caller commits; on a refusal or a database
+// error nothing of this attempt stays written (the transaction stays open for a corrected try).
+int salvarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, const Valores &v, const EdicaoDetalhes &e);
+
+} // namespace orb

@@ -1,0 +1,277 @@
+#include "principal/TMain.h"
+
+#include "acesso/FormsAcesso.h"
+#include "dados/Tabs.h"
+#include "principal/ClinicaPadrao.h"
+#include "principal/Menus.h"
+#include "principal/TConfig.h"
+#include "ui/Cores.h"
+#include "ui/FormCadastro.h"
+#include "ui/Mensagens.h"
+
+#include <QCloseEvent>
+#include <QDialog>
+#include <QLabel>
+#include <QMenuBar>
+#include <QStatusBar>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QThread>
+#include <QTimer>
+
+namespace orb {
+
+TMain::TMain(const QString &pastaPrograma, std::function<bool()> pedirLogin, QWidget *parent)
+    : QMainWindow(parent), pasta_(pastaPrograma), pedirLogin_(std::move(pedirLogin))
+{
+    setObjectName("TMain");
+    setWindowTitle("ORB Manager");
+    resize(1280, 760);
+    abas_ = new QTabWidget(this);
+    abas_->setObjectName("PcPrincipal");
+    abas_->setTabsClosable(true);
+    abas_->setDocumentMode(true);
+    connect(abas_, &QTabWidget::tabCloseRequested, this, [this](int i) {
+        QWidget *w = abas_->widget(i);
+        if (w == inicio_) return;
+        // A screen may hold several registry sheets: none of them may be left in the middle of an edit.
+        QList<FormCadastro *> fs = w->findChildren<FormCadastro *>();
+        if (auto *f = qobject_cast<FormCadastro *>(w)) fs << f;
+        for (FormCadastro *f : std::as_const(fs))
+            if (f->estado() != FormCadastro::Estado::Navegando) return;
+        abas_->removeTab(i);
+        w->deleteLater();  // a form lives as long as its tab
+    });
+    setCentralWidget(abas_);
+    inicio_ = new QLabel(this);
+    inicio_->setObjectName("TsInicio");
+    inicio_->setAlignment(Qt::AlignCenter);
+    inicio_->setTextFormat(Qt::RichText);
+    abas_->addTab(inicio_, "Início");
+    abas_->tabBar()->setTabButton(0, QTabBar::RightSide, nullptr);  // the home page stays
+
+    stUsuario_ = new QLabel(this);
+    stEmpresa_ = new QLabel(this);
+    stData_ = new QLabel(this);
+    stBanco_ = new QLabel(this);
+    stSuporte_ = new QLabel(this);
+    for (QLabel *l : {stUsuario_, stEmpresa_, stData_, stBanco_}) statusBar()->addWidget(l);
+    statusBar()->addPermanentWidget(stSuporte_);
+
+    // The timers exist from the start; the modules that need them start them.
+    auto timer = [this](const char *nome, int ms) {
+        auto *t = new QTimer(this);
+        t->setObjectName(nome);
+        t->setInterval(ms);
+        return t;
+    };
+    TimerAgenda = timer("TimerAgenda", 30000);
+    TiMonOs = timer("TiMonOs", 60000);
+    TimerSplash = timer("TimerSplash", 60000);
+    Timer1 = timer("Timer1", 1000);
+    FormCreate();
+}
+
+TMain::~TMain() = default;
+
+void TMain::FormCreate()
+{
+    Tabs->Deb("procedure TMain.FormCreate(Sender: TObject)");
+    db::Transacao t(Tabs->DbORB());
+    par_ = lerParametros(t);
+    if (par_.ramo == "ME") semearClinica(t);
+    t.commit();
+    if (par_.corCampoAtual.isValid()) definirCorCampoAtual(par_.corCampoAtual);
+}
+
+void TMain::montarMenu()
+{
+    menuBar()->clear();
+    nomeMenu_ = nomeMenuPrincipal(par_.ramo);
+    menu_ = menuDisponivel(par_.ramo);
+    for (const GrupoCatalogo &g : menu_) {
+        QMenu *m = menuBar()->addMenu(g.caption);
+        m->setObjectName(g.nome);
+        for (const ModuloMenu &item : g.modulos) {
+            QAction *a = m->addAction(item.caption);
+            a->setObjectName(item.nome);
+            a->setData(item.classe);
+            connect(a, &QAction::triggered, this, [this, g, item] { abrirFormulario(legenda(g.caption), g.nome, item); });
+        }
+        if (g.nome == "Sistema1") {
+            m->addSeparator();
+            QAction *logoff = m->addAction("Efetuar &Logoff");
+            logoff->setObjectName("EfetuarLogoff1");
+            connect(logoff, &QAction::triggered, this, &TMain::EfetuarLogoff1Click);
+            QAction *sair = m->addAction("Sai&r");
+            sair->setObjectName("Sair1");
+            connect(sair, &QAction::triggered, this, &QWidget::close);
+        }
+    }
+}
+
+void TMain::FormShow()
+{
+    Tabs->Deb("procedure TMain.FormShow(Sender: TObject)");
+    montarMenu();
+    {
+        db::Transacao t(Tabs->DbORB());
+        sincronizarCatalogo(t, menu_);
+        t.commit();
+    }
+    Acesso();
+    atualizarStatus();
+    logoff_ = false;
+    showMaximized();
+}
+
+void TMain::Acesso()
+{
+    Tabs->Deb("procedure TMain.Acesso");
+    db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+    const Liberados l = lerLiberados(t, sessao());
+    for (QAction *ag : menuBar()->actions()) {
+        QMenu *m = ag->menu();
+        if (!m) continue;
+        const QString cap = legenda(ag->text());
+        bool algum = false;
+        for (QAction *a : m->actions()) {
+            if (a->isSeparator() || a->data().toString().isEmpty()) continue;
+            const bool ok = l.menu(cap) && l.modulo(cap, a->data().toString());
+            a->setEnabled(ok);
+            algum = algum || ok;
+        }
+        // Logoff and exit are always there; a group with nothing to open is shown but unavailable.
+        ag->setEnabled(algum || m->objectName() == "Sistema1");
+    }
+}
+
+QWidget *TMain::abrirFormulario(const QString &grupoCaption, const QString &grupoNome, const ModuloMenu &m)
+{
+    Tabs->Deb("procedure TMain.AbrirFormulario(Sender: TObject)");
+    Sessao &s = sessao();
+    const Veredito v = verificarModulo(Tabs->DbORB(), s, grupoNome, m.classe);
+    if (v == Veredito::Negado) {
+        SemPermissao(kSemPermissaoModulo);
+        return nullptr;
+    }
+    if (v != Veredito::Permitido) {
+        AcessoSubModulos(grupoNome, m.classe);  // tells the user and ends the program
+        return nullptr;
+    }
+    s.menuAtual = grupoCaption;
+    s.moduloAtual = m.classe;
+    for (int i = 0; i < abas_->count(); ++i)
+        if (abas_->widget(i)->objectName() == m.classe) {
+            abas_->setCurrentIndex(i);
+            return abas_->widget(i);
+        }
+    QWidget *w = criarFormulario(m.classe, this);
+    if (!w) return nullptr;
+    if (auto *d = qobject_cast<QDialog *>(w)) {
+        d->exec();
+        delete d;
+        return nullptr;
+    }
+    QList<FormCadastro *> fs = w->findChildren<FormCadastro *>();
+    if (auto *f = qobject_cast<FormCadastro *>(w)) fs << f;
+    for (FormCadastro *f : std::as_const(fs)) {
+        f->definirMenu(grupoCaption, m.classe);
+        connect(f, &FormCadastro::fechar, this, [this, w] {
+            const int i = abas_->indexOf(w);
+            if (i >= 0) emit abas_->tabCloseRequested(i);
+        });
+    }
+    w->setObjectName(m.classe);
+    abas_->setCurrentIndex(abas_->addTab(w, legenda(m.caption)));
+    w->setFocus();
+    return w;
+}
+
+void TMain::atualizarStatus()
+{
+    QString empresa = par_.nome.isEmpty() ? QStringLiteral("SUA EMPRESA AQUI") : par_.nome.toHtmlEscaped();
+    QString suporte;
+    for (const QString &x : {par_.supNome, par_.supTel, par_.supWhatsapp, par_.supEmail, par_.supSite})
+        if (!x.isEmpty()) suporte += x.toHtmlEscaped() + "<br>";
+    const QString cab = par_.corCabecalho.isValid() ? par_.corCabecalho.name() : QStringLiteral("#2d4a66");
+    inicio_->setText(QString("<div style='color:%1'><span style='font-size:20pt; font-weight:600'>%2</span></div>"
+                             "<p style='font-size:12pt'>Bem-vindo(a), %3.</p>"
+                             "<p style='color:#555'>Escolha no menu acima o que deseja fazer. Nas telas de cadastro:<br>"
+                             "F2 inclui · F3 altera · F10 salva · Esc cancela · F5 exclui · Enter passa ao próximo campo</p>"
+                             "%4")
+                         .arg(cab, empresa, (sessao().apelido.isEmpty() ? sessao().usuario : sessao().apelido).toHtmlEscaped(),
+                              suporte.isEmpty() ? QString() : "<p style='color:#555'><b>Suporte técnico</b><br>" + suporte + "</p>"));
+    const Sessao &s = sessao();
+    stUsuario_->setText("Usuário: " + (s.apelido.isEmpty() ? s.usuario : s.apelido));
+    stEmpresa_->setText("Empresa: " + (par_.nome.isEmpty() ? QStringLiteral("SUA EMPRESA AQUI") : par_.nome));
+    stData_->setText("Data: " + QDate::currentDate().toString("dd/MM/yyyy"));
+    stBanco_->setText("Banco de dados: " + Tabs->DbORB().conexao().banco);
+    QStringList sup;
+    for (const QString &x : {par_.supNome, par_.supTel, par_.supEmail}) if (!x.isEmpty()) sup << x;
+    stSuporte_->setText(sup.isEmpty() ? QString() : "Suporte: " + sup.join(" · "));
+}
+
+void TMain::EfetuarLogoff1Click()
+{
+    Tabs->Deb("procedure TMain.EfetuarLogoff1Click(Sender: TObject)");
+    if (!Pergunta("Deseja realmente efetuar Logoff de " + sessao().apelido + "?", true)) {
+        Acesso();
+        return;
+    }
+    logoff_ = true;
+    hide();
+    fecharAbas();
+    Tabs->RollbackTransacoes();
+    sessao() = Sessao{};
+    if (pedirLogin_ && pedirLogin_()) {
+        FormShow();
+        return;
+    }
+    logoff_ = false;
+    close();
+}
+
+void TMain::fecharAbas()
+{
+    while (abas_->count() > 1) {
+        QWidget *w = abas_->widget(1);
+        abas_->removeTab(1);
+        delete w;
+    }
+}
+
+void TMain::closeEvent(QCloseEvent *e)
+{
+    Tabs->Deb("procedure TMain.FormCloseQuery(Sender: TObject; var CanClose: Boolean)");
+    if (!logoff_ && isVisible()) {
+        const auto r = mensageiro().pergunta("Deseja realmente sair do sistema?", "Pergunta",
+                                             QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, QMessageBox::No);
+        if (r != QMessageBox::Yes) {
+            e->ignore();
+            return;
+        }
+    }
+    if (trabalhador_ && trabalhador_->isRunning()) {
+        Atencao("Existe um processamento em andamento. O sistema será fechado assim que ele terminar.");
+        trabalhador_->wait();
+    }
+    FormClose();
+    e->accept();
+}
+
+void TMain::FormClose()
+{
+    Tabs->Deb("procedure TMain.FormClose(Sender: TObject; var Action: TCloseAction)");
+    for (QTimer *t : {TimerAgenda, TiMonOs, TimerSplash, Timer1}) t->stop();
+    fecharAbas();
+    Tabs->RollbackTransacoes();
+}
+
+void registrarFormulariosNucleo(const QString &pastaPrograma)
+{
+    registrarFormulariosAcesso();
+    registrarFormulario("TConfig", [pastaPrograma](QWidget *p) { return new TConfig(pastaPrograma, p); });
+}
+
+} // namespace orb

@@ -1,0 +1,569 @@
+#include "ui/FormCadastro.h"
+
+#include "acesso/Acesso.h"
+#include "dados/Monitor.h"
+#include "dados/Tabs.h"
+#include "ui/Impressao.h"
+#include "ui/Cores.h"
+#include "ui/Mensagens.h"
+#include "Recusa.h"
+
+#include <QComboBox>
+#include <QFormLayout>
+#include <QLineEdit>
+#include <QTimer>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QShortcut>
+#include <QGroupBox>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QTabWidget>
+#include <QTableView>
+#include <QVBoxLayout>
+
+namespace orb {
+
+void prepararGrade(QTableView *g)
+{
+    g->setSelectionBehavior(QAbstractItemView::SelectRows);
+    g->setSelectionMode(QAbstractItemView::SingleSelection);
+    g->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    g->verticalHeader()->hide();
+    g->horizontalHeader()->setStretchLastSection(true);
+    g->setWordWrap(false);  // one line per record; long texts are cut short with "..."
+}
+
+FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const QString &area, QWidget *parent)
+    : QWidget(parent), classe_(classe), titulo_(titulo), area_(area)
+{
+    setObjectName(classe);
+    setWindowTitle(titulo);
+    auto *layout = new QVBoxLayout(this);
+
+    auto *barra = new QHBoxLayout;
+    struct B { const char *nome, *texto, *tecla; void (FormCadastro::*h)(); };
+    const B defs[] = {{"Incluir", "Incluir (F2)", "F2", &FormCadastro::BtIncluirClick},
+                      {"Alterar", "Alterar (F3)", "F3", &FormCadastro::BtAlterarClick},
+                      {"Salvar", "Salvar (F10)", "F10", &FormCadastro::BtSalvarClick},
+                      {"Cancelar", "Cancelar (Esc)", nullptr, &FormCadastro::BtCancelarClick},
+                      {"Excluir", "Excluir (F5)", "F5", &FormCadastro::BtExcluirClick},
+                      {"Imprimir", "Imprimir", nullptr, &FormCadastro::BtImprimirClick},
+                      {"Fechar", "Fechar", nullptr, &FormCadastro::BtFecharClick}};
+    for (const B &d : defs) {
+        auto *b = new QPushButton(QString::fromUtf8(d.texto), this);
+        b->setObjectName(QString("Bt") + d.nome);
+        b->setFocusPolicy(Qt::TabFocus);
+        connect(b, &QPushButton::clicked, this, d.h);
+        if (d.tecla) {
+            auto *s = new QShortcut(QKeySequence(d.tecla), this, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
+            connect(s, &QShortcut::activated, b, [b] { if (b->isEnabled()) b->click(); });
+        }
+        barra->addWidget(b);
+        botoes_.insert(d.nome, b);
+    }
+    // The navigator: first, previous, next and last record of the grid.
+    const std::pair<const char *, int> nav[] = {{"Primeiro", -2}, {"Anterior", -1}, {"Proximo", 1}, {"Ultimo", 2}};
+    const char *setas[] = {"|◀", "◀", "▶", "▶|"};
+    barra->addSpacing(12);
+    for (int k = 0; k < 4; ++k) {
+        auto *b = new QPushButton(QString::fromUtf8(setas[k]), this);
+        b->setObjectName(QString("Bt") + nav[k].first);
+        b->setFocusPolicy(Qt::TabFocus);
+        b->setFixedWidth(36);
+        const int passo = nav[k].second;
+        connect(b, &QPushButton::clicked, this, [this, passo] { navegar(passo); });
+        barra->addWidget(b);
+        botoes_.insert(nav[k].first, b);
+    }
+    barra->addStretch();
+    layout->addLayout(barra);
+    // Esc cancels an edit, or closes the form while browsing.
+    auto *esc = new QShortcut(QKeySequence(Qt::Key_Escape), this, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
+    connect(esc, &QShortcut::activated, this, [this] { estado_ == Estado::Navegando ? BtFecharClick() : BtCancelarClick(); });
+    auto *ctrlEnter = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Return), this, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
+    connect(ctrlEnter, &QShortcut::activated, this, [this] { if (estado_ != Estado::Navegando) BtSalvarClick(); });
+
+    // The search line: order and incremental search over the grid.
+    auto *linha = new QHBoxLayout;
+    ordem_ = new QComboBox(this);
+    ordem_->setObjectName("CbOrdem");
+    busca_ = new QLineEdit(this);
+    busca_->setObjectName("EdBusca");
+    busca_->setPlaceholderText("Pesquisar...");
+    busca_->setClearButtonEnabled(true);
+    linha->addWidget(new QLabel("Ordem:", this));
+    linha->addWidget(ordem_);
+    linha->addWidget(busca_, 1);
+    layout->addLayout(linha);
+    auto *espera = new QTimer(this);
+    espera->setSingleShot(true);
+    espera->setInterval(150);
+    connect(busca_, &QLineEdit::textChanged, espera, qOverload<>(&QTimer::start));
+    connect(espera, &QTimer::timeout, this, &FormCadastro::pesquisar);
+    connect(ordem_, &QComboBox::currentIndexChanged, this, &FormCadastro::pesquisar);
+    connect(busca_, &QLineEdit::returnPressed, this, [this] { grade_->setFocus(); });
+
+    corpo_ = new QVBoxLayout;
+    layout->addLayout(corpo_, 1);
+    modelo_ = new ModeloConsulta(Tabs->DbORB(), this);
+    grade_ = new QTableView(this);
+    grade_->setModel(modelo_);
+    prepararGrade(grade_);
+    grade_->setAlternatingRowColors(true);
+    grade_->verticalHeader()->setDefaultSectionSize(grade_->fontMetrics().height() + 8);
+    grade_->setMinimumHeight(140);
+    connect(grade_, &QTableView::doubleClicked, this, [this] { BtAlterarClick(); });
+    // Grid, edit area and details share the height; the user may move the dividers.
+    divisor_ = new QSplitter(Qt::Vertical, this);
+    divisor_->setChildrenCollapsible(false);
+    corpo_->addWidget(divisor_, 1);
+    divisor_->addWidget(grade_);
+    connect(grade_->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] { mostrarRegistro(); });
+
+    areaEdicao_ = new QWidget(this);
+    areaEdicao_->setMaximumWidth(1100);  // long lines of fields are hard to read
+    form_ = new QFormLayout(areaEdicao_);
+    auto *rolagem = new QScrollArea(this);
+    rolagem->setWidget(areaEdicao_);
+    rolagem->setWidgetResizable(true);
+    rolagem->setFrameShape(QFrame::NoFrame);
+    divisor_->addWidget(rolagem);
+    divisor_->setStretchFactor(0, 2);
+    divisor_->setStretchFactor(1, 3);
+    divisor_->setSizes({250, 350});
+
+    status_ = new QLabel(this);
+    layout->addWidget(status_);
+    habilitarEdicao(false);
+}
+
+FormCadastro::~FormCadastro()
+{
+    if (Tabs && Tabs->conectado() && Tabs->Tr(area_).ativa()) Tabs->Tr(area_).rollback();
+}
+
+QPushButton *FormCadastro::botao(const QString &nome) const { return botoes_.value(nome); }
+
+void FormCadastro::definirConsulta(const QString &sql, const QList<QPair<QString, QString>> &colunas,
+                                   const QList<QPair<QString, QString>> &ordens)
+{
+    sqlBase_ = sql;
+    ordens_ = ordens;
+    const QSignalBlocker b(ordem_);
+    for (const auto &o : ordens) ordem_->addItem(o.first, o.second);
+    ordem_->setVisible(!ordens.isEmpty());
+    busca_->setVisible(!ordens.isEmpty());
+    modelo_->definirColunas(colunas);
+    pesquisar();
+}
+
+QWidget *FormCadastro::paginaEdicao(const QString &aba)
+{
+    if (!abasEdicao_) {
+        abasEdicao_ = new QTabWidget(areaEdicao_);
+        abasEdicao_->setObjectName("PcEdicao");
+        form_->addRow(abasEdicao_);
+    }
+    if (paginas_.contains(aba)) return paginas_[aba]->parentWidget();
+    const int barra = int(aba.indexOf('|'));
+    if (barra < 0) {
+        auto *p = new QWidget;
+        paginas_.insert(aba, new QFormLayout(p));
+        abasEdicao_->addTab(p, aba);
+        return p;
+    }
+    // "Page|Group": groups of fields side by side on one page (wholesale beside retail, ...).
+    const QString nome = aba.left(barra);
+    QWidget *pagina = paginasAgrupadas_.value(nome);
+    if (!pagina) {
+        pagina = new QWidget;
+        new QHBoxLayout(pagina);
+        abasEdicao_->addTab(pagina, nome);
+        paginasAgrupadas_.insert(nome, pagina);
+    }
+    auto *grupo = new QGroupBox(aba.mid(barra + 1), pagina);
+    paginas_.insert(aba, new QFormLayout(grupo));
+    static_cast<QHBoxLayout *>(pagina->layout())->addWidget(grupo, 0, Qt::AlignTop);
+    return grupo;
+}
+
+void FormCadastro::navegar(int passo)
+{
+    if (estado_ != Estado::Navegando) return;
+    if (passo == 2)
+        while (modelo_->canFetchMore({})) modelo_->fetchMore({});
+    const int n = modelo_->rowCount();
+    if (!n) return;
+    const int atual = std::max(0, grade_->currentIndex().row());
+    const int alvo = passo == -2 ? 0 : passo == 2 ? n - 1 : std::clamp(atual + passo, 0, n - 1);
+    grade_->selectRow(alvo);
+}
+
+void FormCadastro::focarPrimeiro()
+{
+    // The first field still empty (a code or defaults may be filled already), else the first one.
+    QWidget *alvo = nullptr;
+    for (QWidget *w : std::as_const(ordemCampos_)) {
+        if (!w->isEnabled()) continue;
+        if (!alvo) alvo = w;
+        if (auto *e = qobject_cast<QLineEdit *>(w); e && e->text().isEmpty()) {
+            alvo = w;
+            break;
+        }
+    }
+    if (!alvo) return;
+    // Bring its tab page forward before giving it the focus.
+    if (abasEdicao_)
+        for (int i = 0; i < abasEdicao_->count(); ++i)
+            if (abasEdicao_->widget(i)->isAncestorOf(alvo)) abasEdicao_->setCurrentIndex(i);
+    alvo->setFocus();
+}
+
+void FormCadastro::adicionarPainel(QWidget *w, int proporcao)
+{
+    divisor_->addWidget(w);
+    divisor_->setStretchFactor(divisor_->count() - 1, proporcao);
+    paineis_ << w;
+    divisor_->setSizes({220, 330, 220});
+}
+
+void FormCadastro::registrarCampo(const QString &nome, QWidget *w)
+{
+    w->setObjectName(nome);
+    campos_.insert(nome, w);
+    ordemCampos_ << w;
+    w->installEventFilter(this);
+}
+
+void FormCadastro::adicionarLinha(const QString &rotulo, QWidget *w, const QString &aba)
+{
+    if (aba.isEmpty()) {
+        form_->addRow(rotulo, w);
+    } else {
+        paginaEdicao(aba);
+        paginas_[aba]->addRow(rotulo, w);
+    }
+}
+
+void FormCadastro::adicionarCampo(const QString &nome, const QString &rotulo, QWidget *w, const QString &aba)
+{
+    registrarCampo(nome, w);
+    adicionarLinha(rotulo, w, aba);
+}
+
+void FormCadastro::ajustarColunas()
+{
+    if (colunasAjustadas_ || modelo_->rowCount() == 0) return;
+    // Widths from the first rows read, once, so that later searches do not make the grid jump.
+    colunasAjustadas_ = true;
+    grade_->horizontalHeader()->setStretchLastSection(false);
+    grade_->horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
+    grade_->resizeColumnsToContents();
+    int larga = 0;
+    for (int c = 0; c < modelo_->columnCount(); ++c) {
+        grade_->setColumnWidth(c, std::clamp(grade_->columnWidth(c), 60, 360));
+        if (grade_->columnWidth(c) > grade_->columnWidth(larga)) larga = c;
+    }
+    // The widest column (a name, a description) takes the room left, not the last one.
+    grade_->horizontalHeader()->setSectionResizeMode(larga, QHeaderView::Stretch);
+}
+
+void FormCadastro::pesquisar()
+{
+    QString propria;
+    std::map<QString, QVariant> pp;
+    if (montarBusca(ordem_->currentText(), busca_->text().trimmed(), propria, pp)) {
+        modelo_->consultar(propria, pp);
+    } else if (ordens_.isEmpty()) {
+        modelo_->consultar(sqlBase_);
+    } else {
+        // Only a field from the declared list goes into the text; what was typed goes as a parameter.
+        const QString campo = ordem_->currentData().toString();
+        QString sql = "Select * From (" + sqlBase_ + ") X";
+        std::map<QString, QVariant> p;
+        if (!busca_->text().trimmed().isEmpty()) {
+            sql += " Where Upper(X." + campo + ") Starting With Upper(:BUSCA)";
+            p["BUSCA"] = busca_->text().trimmed();
+        }
+        modelo_->consultar(sql + " Order By X." + campo, p);
+    }
+    if (modelo_->rowCount() > 0) grade_->selectRow(0);
+    ajustarColunas();
+    mostrarRegistro();
+}
+
+int FormCadastro::idAtual() const
+{
+    const QModelIndex i = grade_->currentIndex();
+    return i.isValid() ? modelo_->idDaLinha(i.row()) : 0;
+}
+
+db::Transacao &FormCadastro::transacao() { return Tabs->Tr(area_); }
+
+void FormCadastro::recarregar(int selecionar)
+{
+    modelo_->recarregar();
+    ajustarColunas();
+    const int linha = selecionar ? modelo_->linhaDoId(selecionar) : (modelo_->rowCount() ? 0 : -1);
+    if (linha >= 0) grade_->selectRow(linha);
+    mostrarRegistro();
+    Botoes();
+}
+
+void FormCadastro::Botoes()
+{
+    const bool navegando = estado_ == Estado::Navegando;
+    const bool temRegistro = idAtual() != 0;
+    botoes_["Incluir"]->setEnabled(navegando);
+    botoes_["Alterar"]->setEnabled(navegando && temRegistro);
+    botoes_["Excluir"]->setEnabled(navegando && temRegistro);
+    botoes_["Salvar"]->setEnabled(!navegando);
+    botoes_["Cancelar"]->setEnabled(!navegando);
+    botoes_["Imprimir"]->setEnabled(navegando);
+    botoes_["Fechar"]->setEnabled(navegando);
+    for (const char *n : {"Primeiro", "Anterior", "Proximo", "Ultimo"}) botoes_[n]->setEnabled(navegando && temRegistro);
+    grade_->setEnabled(navegando);
+    const int n = modelo_->rowCount();
+    status_->setText(navegando ? QString("%1 registro(s)%2").arg(n).arg(modelo_->canFetchMore({}) ? "+" : "")
+                               : (estado_ == Estado::Incluindo ? "Incluindo novo registro" : "Alterando registro"));
+    estadoMudou();
+}
+
+void FormCadastro::habilitarEdicao(bool sim)
+{
+    if (!sim) {
+        for (QWidget *w : std::as_const(falhas_)) w->setPalette(QPalette());
+        falhas_.clear();
+    }
+    for (QWidget *w : std::as_const(campos_)) w->setEnabled(sim);
+}
+
+void FormCadastro::mostrarRegistro()
+{
+    if (estado_ != Estado::Navegando) return;
+    const int id = idAtual();
+    if (!id) {
+        limpar();
+    } else {
+        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+        carregar(t, id);
+    }
+    registroMudou(id);
+    Botoes();
+}
+
+bool FormCadastro::permitido(const QString &operacao)
+{
+    Sessao &s = sessao();
+    s.menuAtual = menu_;
+    s.moduloAtual = classe_;
+    if (AcessoModulos(operacao + sufixoOperacoes_)) return true;
+    if (s.logado()) SemPermissao();
+    return false;
+}
+
+void FormCadastro::BtIncluirClick()
+{
+    Tabs->Deb("procedure " + classe_ + ".BtIncluirClick(Sender: TObject)");
+    if (estado_ != Estado::Navegando || !permitido("Incluir")) return;
+    transacao().iniciar();
+    estado_ = Estado::Incluindo;
+    idEditado_ = 0;
+    limpar();
+    habilitarEdicao(true);
+    Botoes();
+    focarPrimeiro();
+}
+
+void FormCadastro::BtAlterarClick()
+{
+    Tabs->Deb("procedure " + classe_ + ".BtAlterarClick(Sender: TObject)");
+    const int id = idAtual();
+    if (estado_ != Estado::Navegando || !id || !permitido("Alterar")) return;
+    try {
+        conferirOperacao("Alterar", id);
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+        return;
+    }
+    db::Transacao &t = transacao();
+    t.iniciar();
+    try {
+        // Touching the record takes its lock now: a second workstation is told at once.
+        db::executar(t, QString("Update %1 Set %2 = %2 Where %2 = :ID").arg(tabela(), chave()), {{"ID", id}});
+        carregar(t, id);
+    } catch (const db::ErroBanco &e) {
+        t.rollback();
+        Atencao(e.mensagem());
+        return;
+    }
+    estado_ = Estado::Alterando;
+    idEditado_ = id;
+    habilitarEdicao(true);
+    Botoes();
+    focarPrimeiro();
+}
+
+void FormCadastro::BtSalvarClick()
+{
+    Tabs->Deb("procedure " + classe_ + ".BtSalvarClick(Sender: TObject)");
+    if (estado_ == Estado::Navegando) return;
+    db::Transacao &t = transacao();
+    try {
+        // One attempt: a refusal or a failure undoes all of it, and the edit (with its lock) goes on.
+        const int id = db::tentativa(t, [&] { return gravar(t, idEditado_); });
+        const QString acao = estado_ == Estado::Incluindo ? QStringLiteral("INCLUSÃO") : QStringLiteral("ALTERAÇÃO");
+        t.commit();
+        informarMonitor(id, acao);
+        estado_ = Estado::Navegando;
+        habilitarEdicao(false);
+        recarregar(id);
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+        if (QWidget *w = widgetDaRecusa(r.campo)) {
+            if (campos_.values().contains(w)) marcarFalha(w);
+            mostrarCampo(w);
+            w->setFocus();
+        }
+    } catch (const db::ErroBanco &e) {
+        Atencao(e.mensagem());
+    }
+}
+
+void FormCadastro::BtCancelarClick()
+{
+    Tabs->Deb("procedure " + classe_ + ".BtCancelarClick(Sender: TObject)");
+    if (estado_ == Estado::Navegando || !confirmarCancelamento()) return;
+    transacao().rollback();
+    if (estado_ == Estado::Alterando) {
+        // The record as it stays, for the change log and the monitor.
+        estado_ = Estado::Navegando;
+        naTransacao([&](db::Transacao &t) { Tabs->Log(t, tabela(), chave(), idEditado_, QStringLiteral("CANCELAMENTO")); });
+        informarMonitor(idEditado_, QStringLiteral("CANCELAMENTO"));
+    }
+    estado_ = Estado::Navegando;
+    habilitarEdicao(false);
+    mostrarRegistro();
+}
+
+void FormCadastro::BtExcluirClick()
+{
+    Tabs->Deb("procedure " + classe_ + ".BtExcluirClick(Sender: TObject)");
+    const int id = idAtual();
+    if (estado_ != Estado::Navegando || !id || !permitido("Excluir")) return;
+    try {
+        conferirOperacao("Excluir", id);
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+        return;
+    }
+    if (!Pergunta(perguntaExclusao())) return;
+    const auto d = naTransacao([&](db::Transacao &t) {
+        apagar(t, id);  // logs the record and its details before they go
+    });
+    if (d != Desfecho::Feito) return;
+    informarMonitor(id, QStringLiteral("EXCLUSÃO"));
+    recarregar();
+}
+
+FormCadastro::Desfecho FormCadastro::naTransacao(const std::function<void(db::Transacao &)> &f, QString *campo)
+{
+    db::Transacao &t = transacao();
+    t.iniciar();
+    try {
+        f(t);
+        t.commit();
+        return Desfecho::Feito;
+    } catch (const Recusa &r) {
+        t.rollback();
+        Atencao(r.texto);
+        if (campo) *campo = r.campo;
+        return Desfecho::Recusado;
+    } catch (const db::ErroBanco &e) {
+        t.rollback();
+        Atencao(e.mensagem());
+        return Desfecho::Falhou;
+    }
+}
+
+void FormCadastro::mostrarCampo(QWidget *w)
+{
+    // Brings forward every tab page on the way from the field up to the form.
+    for (QWidget *p = w; p && p != this; p = p->parentWidget())
+        if (auto *pilha = qobject_cast<QStackedWidget *>(p->parentWidget()))
+            if (auto *abas = qobject_cast<QTabWidget *>(pilha->parentWidget())) abas->setCurrentWidget(p);
+}
+
+void FormCadastro::marcarFalha(QWidget *w)
+{
+    QPalette p = w->palette();
+    p.setColor(QPalette::Base, QColor(0xFF, 0xDD, 0xCC));
+    p.setColor(QPalette::Button, QColor(0xFF, 0xDD, 0xCC));
+    w->setPalette(p);
+    falhas_.insert(w);
+}
+
+void FormCadastro::informarMonitor(int id, const QString &acao)
+{
+    if (monitor().endereco().isEmpty()) return;
+    try {
+        // The record as saved, read again: the monitor sees what the database holds.
+        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+        db::Consulta q(t, QString("Select * From %1 Where %2 = :ID").arg(tabela(), chave()));
+        q.bind("ID", id);
+        q.executar();
+        Registro r{"select * from " + tabela(), {}};
+        if (q.proxima())
+            for (int i = 0; i < q.colunas(); ++i) r.definir(q.nomeColuna(i), q.valor(i));
+        else
+            r.definir(chave(), id);
+        monitor().HttpRequest(tabela(), acao, Tabs->TbToJson({r}));
+    } catch (const db::ErroBanco &) {
+        // The monitor never holds the user up.
+    }
+}
+
+bool FormCadastro::eventFilter(QObject *o, QEvent *e)
+{
+    // Enter moves to the next field, as users of this kind of program expect.
+    // The field with the focus wears the current-field colour; one that failed a check stays peach.
+    if (auto *w = qobject_cast<QWidget *>(o); w && campos_.values().contains(w)) {
+        if (e->type() == QEvent::FocusIn && !falhas_.contains(w)) MudaCorEntrada(w);
+        if (e->type() == QEvent::FocusOut && !falhas_.contains(w)) MudaCorSaida(w);
+        if (e->type() == QEvent::KeyPress && falhas_.contains(w)) {
+            falhas_.remove(w);
+            w->setPalette(QPalette());
+            MudaCorEntrada(w);
+        }
+    }
+    if (e->type() == QEvent::KeyPress) {
+        auto *k = static_cast<QKeyEvent *>(e);
+        if ((k->key() == Qt::Key_Return || k->key() == Qt::Key_Enter) && k->modifiers() == Qt::NoModifier
+            && !o->inherits("QPlainTextEdit") && !o->inherits("QTextEdit")) {
+            focusNextChild();
+            return true;
+        }
+    }
+    return QWidget::eventFilter(o, e);
+}
+
+void FormCadastro::BtImprimirClick()
+{
+    Tabs->Deb("procedure " + classe_ + ".BtImprimirClick(Sender: TObject)");
+    if (estado_ != Estado::Navegando || !permitido("Imprimir")) return;
+    imprimirHtml(titulo_, htmlGrade(*modelo_, titulo_, sessao().usuario), this);
+}
+
+void FormCadastro::BtFecharClick()
+{
+    Tabs->Deb("procedure " + classe_ + ".BtFecharClick(Sender: TObject)");
+    if (estado_ != Estado::Navegando) return;
+    emit fechar();
+}
+
+} // namespace orb

@@ -1,0 +1,160 @@
+#pragma once
+// The one registry-form mechanism: toolbar with the standard buttons and keys, the browse grid,
+// the edit area, the area transaction started at Incluir/Alterar, committed at Salvar and rolled
+// back at Cancelar, the record locked at Alterar, permissions checked before each action.
+// A registry is a subclass that declares its query and fields and supplies its own rules.
+
+#include "db/Banco.h"
+#include "ui/ModeloConsulta.h"
+
+#include <QHash>
+#include <functional>
+#include <map>
+#include <QSet>
+#include <QWidget>
+
+class QComboBox;
+class QFormLayout;
+class QLineEdit;
+class QLabel;
+class QPushButton;
+class QTableView;
+class QTabWidget;
+class QSplitter;
+class QVBoxLayout;
+
+namespace orb {
+
+// A grid for reading: whole rows selected one at a time, nothing edited in place, one line per
+// row, the last column taking the room left.
+void prepararGrade(QTableView *g);
+
+class FormCadastro : public QWidget {
+    Q_OBJECT
+public:
+    enum class Estado { Navegando, Incluindo, Alterando };
+
+    // classe: the form's class name (its module name in the permissions); area: its transaction.
+    FormCadastro(const QString &classe, const QString &titulo, const QString &area, QWidget *parent = nullptr);
+    ~FormCadastro() override;
+
+    Estado estado() const { return estado_; }
+    int idAtual() const;
+    QTableView *grade() const { return grade_; }
+    ModeloConsulta *modelo() const { return modelo_; }
+    QPushButton *botao(const QString &nome) const;  // "Incluir", "Alterar", "Salvar", ...
+
+    // The menu the form was opened from, for the permission checks.
+    // The module name is the class the menu item opened (one form may serve several items).
+    void definirMenu(const QString &menuCaption, const QString &modulo = {})
+    {
+        menu_ = menuCaption;
+        if (!modulo.isEmpty()) classe_ = modulo;
+    }
+    // One module with several sheets names its operations per sheet ("Incluir" + " Estoque").
+    void definirSufixoOperacoes(const QString &sufixo) { sufixoOperacoes_ = sufixo; }
+
+    // Handlers, public so that tests and shortcuts drive them as the buttons do.
+    void BtIncluirClick();
+    void BtAlterarClick();
+    void BtSalvarClick();
+    void BtCancelarClick();
+    void BtExcluirClick();
+    void BtImprimirClick();
+    void BtFecharClick();
+    // Moves through the grid: -2 first, -1 previous, 1 next, 2 last.
+    void navegar(int passo);
+    // Runs the browse query again with the current order and search text.
+    void pesquisar();
+
+signals:
+    void fechar();
+
+protected:
+    // Declaration
+    // The browse query (without ORDER BY) and the grid's columns (field, caption); `ordens` are
+    // the search orders offered (caption, field), the first one is used at start.
+    void definirConsulta(const QString &sql, const QList<QPair<QString, QString>> &colunas,
+                         const QList<QPair<QString, QString>> &ordens = {});
+    QFormLayout *formulario() const { return form_; }
+    // Adds a field to the edit area under a caption; `nome` is how Recusa names it.
+    // `aba` puts it on a tab page of the edit area (made on first use); empty = the main area.
+    void adicionarCampo(const QString &nome, const QString &rotulo, QWidget *w, const QString &aba = {});
+    QWidget *paginaEdicao(const QString &aba);
+    // A field placed by the caller inside a widget of its own (registered for focus, colours and Recusa).
+    void registrarCampo(const QString &nome, QWidget *w);
+    // A row of the edit area (or of a tab page) holding a widget the caller composed.
+    void adicionarLinha(const QString &rotulo, QWidget *w, const QString &aba = {});
+    QWidget *campo(const QString &nome) const { return campos_.value(nome); }
+    QVBoxLayout *corpo() const { return corpo_; }
+    // A panel under the edit area (details), sharing the height with the grid and the fields.
+    void adicionarPainel(QWidget *w, int proporcao = 2);
+
+    // Rules of each registry
+    virtual void limpar() = 0;                                   // Incluir: empty fields and defaults
+    virtual void carregar(db::Transacao &t, int id) = 0;        // fields from the record
+    virtual int gravar(db::Transacao &t, int id) = 0;           // id 0 = new; returns the ID; throws Recusa
+    virtual void apagar(db::Transacao &t, int id) = 0;
+    virtual QString perguntaExclusao() const { return QStringLiteral("Tem certeza que deseja excluir este registro?"); }
+    virtual QString tabela() const = 0;                          // locked at Alterar
+    virtual QString chave() const { return QStringLiteral("ID"); }  // the table's key column
+    // A registry's refusal of "Alterar" or "Excluir" on this record, before anything is asked or locked.
+    virtual void conferirOperacao(const QString &operacao, int id) {}
+    virtual bool confirmarCancelamento() { return true; }        // a registry may ask before losing the edit
+    virtual void registroMudou(int id) {}                        // the grid moved to another record (0 = none)
+    virtual void estadoMudou() {}                                // browsing, inserting or changing began
+    // The widget a refusal names (a field, or a detail's grid), its tab brought forward.
+    virtual QWidget *widgetDaRecusa(const QString &nome) { return campo(nome); }
+    // A registry with search clauses of its own builds the whole browse query here.
+    virtual bool montarBusca(const QString &ordem, const QString &texto, QString &sql, std::map<QString, QVariant> &p)
+    {
+        return false;
+    }
+    void marcarFalha(QWidget *w);
+    void mostrarCampo(QWidget *w);  // the tab page holding the field comes to the front
+    void reajustarColunas() { colunasAjustadas_ = false; }  // widths again from the next rows read
+    void ajustarColunas();
+    void focarPrimeiro();
+    void informarMonitor(int id, const QString &acao);
+
+    db::Transacao &transacao();
+    // One change in the area transaction: committed when `f` returns; rolled back and told to the
+    // user when it refuses (the refused field in `campo`) or the database fails.
+    enum class Desfecho { Feito, Recusado, Falhou };
+    Desfecho naTransacao(const std::function<void(db::Transacao &)> &f, QString *campo = nullptr);
+    void Botoes();
+    void recarregar(int selecionar = 0);
+
+    bool eventFilter(QObject *o, QEvent *e) override;
+
+private:
+    bool permitido(const QString &operacao);
+    void mostrarRegistro();
+    void habilitarEdicao(bool sim);
+
+    QString classe_, titulo_, area_, menu_, sufixoOperacoes_;
+    Estado estado_ = Estado::Navegando;
+    int idEditado_ = 0;
+    QHash<QString, QPushButton *> botoes_;
+    QHash<QString, QWidget *> campos_;
+    QList<QWidget *> ordemCampos_;  // in screen order, for the first field's focus
+    QSet<QWidget *> falhas_;  // fields painted peach by a failed check
+    QTableView *grade_ = nullptr;
+    ModeloConsulta *modelo_ = nullptr;
+    QFormLayout *form_ = nullptr;
+    QTabWidget *abasEdicao_ = nullptr;
+    QHash<QString, QFormLayout *> paginas_;
+    QHash<QString, QWidget *> paginasAgrupadas_;
+    bool colunasAjustadas_ = false;
+    QWidget *areaEdicao_ = nullptr;
+    QVBoxLayout *corpo_ = nullptr;
+    QSplitter *divisor_ = nullptr;
+    QList<QWidget *> paineis_;
+    QLabel *status_ = nullptr;
+    QString sqlBase_;
+    QList<QPair<QString, QString>> ordens_;
+    QComboBox *ordem_ = nullptr;
+    QLineEdit *busca_ = nullptr;
+};
+
+} // namespace orb

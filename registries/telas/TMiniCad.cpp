@@ -1,0 +1,88 @@
+#include "ui/Dialogos.h"
+#include "TMiniCad.h"
+
+#include "dados/Tabs.h"
+#include "ui/FormRegistro.h"
+#include "ui/Mensagens.h"
+
+#include <QDialogButtonBox>
+#include <QEvent>
+#include <QFormLayout>
+#include <QLineEdit>
+#include <QPushButton>
+
+namespace orb {
+
+TMiniCad::TMiniCad(QWidget *parent) : QDialog(parent)
+{
+    setObjectName("TMiniCad");
+    setWindowTitle("Cadastro Rápido");
+    using C = CampoForm;
+    campos_ = {{"NOME", "Nome", C::Texto, {}, 50},
+               {"PESSOA", "Pessoa", C::Lista, {}, 0, 2, {{"F", "Física"}, {"J", "Jurídica"}}},
+               {"CPF", "CPF", C::Texto, {}, 11, 2, {}, {}, "999.999.999-99;_"},
+               {"SEXO", "Sexo", C::Lista, {}, 0, 2, {{"M", "Masculino"}, {"F", "Feminino"}}},
+               {"TELEFONE1", "Telefone", C::Texto, {}, 11, 2, {}, {}, "(99)99999-9999;_"},
+               {"CEP", "CEP", C::Texto, {}, 8, 2, {}, {}, "99999-999;_"},
+               {"IDCIDADE", "Cidade", C::Consulta, {}, 0, 2, {}, "Select Id, Cidade || ' - ' || Uf From TbCidades Order By Cidade"}};
+    auto *f = new QFormLayout(this);
+    for (const CampoForm &c : campos_) {
+        QWidget *w = criarWidgetCampo(c);
+        w->setObjectName(c.coluna);
+        f->addRow(c.rotulo, w);
+        widgets_ << w;
+    }
+    definir("PESSOA", "F");
+    definir("SEXO", "M");
+    campo("CPF")->installEventFilter(this);
+    f->addRow(botoesSalvarCancelar(this, [this] { BtSalvarClick(); }));
+}
+
+QWidget *TMiniCad::campo(const QString &coluna) const { return findChild<QWidget *>(coluna); }
+void TMiniCad::definir(const QString &coluna, const QVariant &v) { escreverWidgetCampo(campo(coluna), v); }
+
+bool TMiniCad::eventFilter(QObject *o, QEvent *e)
+{
+    if (e->type() == QEvent::FocusOut && o == campo("CPF")) conferirCpf();
+    return QDialog::eventFilter(o, e);
+}
+
+void TMiniCad::conferirCpf()
+{
+    Tabs->Deb("procedure TMiniCad.EdCpfExit(Sender: TObject)");
+    const QString cpf = lerWidgetCampo(campos_[2], campo("CPF")).toString();
+    if (cpf.isEmpty()) return;
+    if (!cpfValido(cpf)) {
+        if (Pergunta("CPF inválido! Corrigir?", true)) campo("CPF")->setFocus();
+        return;
+    }
+    db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+    const QString r = documentoRepetido(t, 0, "CPF", cpf);
+    if (!r.isEmpty()) Atencao(r);
+}
+
+void TMiniCad::BtSalvarClick()
+{
+    Tabs->Deb("procedure TMiniCad.BtSalvarClick(Sender: TObject)");
+    db::Transacao &t = Tabs->Tr("TrCad");
+    t.iniciar();
+    try {
+        const ModoCadastro modo = modoCadastro("Cl");
+        Valores v = novoCadastro(t, modo, QDateTime::currentDateTime());
+        for (int i = 0; i < campos_.size(); ++i) v[campos_[i].coluna] = lerWidgetCampo(campos_[i], widgets_[i]);
+        v["APELIDO"] = v["NOME"].toString().left(20);  // a quick record is known by its name
+        if (v["PESSOA"].toString() == "J") v["RAZAOSOCIAL"] = v["NOME"];
+        id_ = salvarCadastro(t, 0, v, modo, {}, sessao(), QDate::currentDate());
+        t.commit();
+        accept();
+    } catch (const Recusa &r) {
+        t.rollback();
+        Atencao(r.texto);
+        if (QWidget *w = campo(r.campo)) w->setFocus();
+    } catch (const db::ErroBanco &e) {
+        t.rollback();
+        Atencao(e.mensagem());
+    }
+}
+
+} // namespace orb
