@@ -179,7 +179,7 @@ QList<DeclaracaoRegistro> montar()
     funcoes.detalhes = {{"Salários por cidade", "TBFUNCOESSAL", "FK",
                          "Select F.*, C.Cidade || ' - ' || C.Uf Z_Cidade From TbFuncoesSal F "
                          "Left Join TbCidades C On (C.Id = F.IdCidade) Where F.Fk = :MESTRE Order By F.Data Desc",
-                         {{"DATA", "Data"}, {"Z_CIDADE", "Cidade"}, {"JORNADA", "Jornada"}, {"PISO", "Piso"}, {"MEDIA", "Média"},
+                         {{"DATA", "Data"}, {"IDCIDADE", "Cidade"}, {"JORNADA", "Jornada"}, {"PISO", "Piso"}, {"MEDIA", "Média"},
                           {"MAIOR", "Maior"}, {"HORA", "Hora"}},
                          {{"DATA", "Data inicial", C::Data, "Digite a Data Inicial primeiro!"},
                           {"IDCIDADE", "Cidade", C::Consulta, "Selecione a Cidade primeiro!", 0, 2, {},
@@ -227,7 +227,7 @@ QList<DeclaracaoRegistro> montar()
         d.detalhes = {{"Preços", "TBITENSFORN", "IDFORNECEDOR",
                        "Select P.*, I.Descricao Z_Exame From TbItensForn P Left Join TbItens I On (I.Id = P.Fk) "
                        "Where P.IdFornecedor = :MESTRE Order By I.Descricao",
-                       {{"Z_EXAME", "Exame / procedimento"}, {"PRUNITARIO", "Preço"}},
+                       {{"FK", "Exame / procedimento"}, {"PRUNITARIO", "Preço"}},
                        {{"FK", "Exame / procedimento", C::Consulta, "Selecione o exame ou procedimento primeiro!", 0, 2, {},
                          "Select Id, Descricao From TbItens Where Tipo In ('E', 'P') Order By Descricao"},
                         {"PRUNITARIO", "Preço", C::Decimal, "Digite o preço primeiro!", 0, 4}}}};
@@ -255,14 +255,14 @@ QList<DeclaracaoRegistro> montar()
         d.detalhes = {{"Preço por convênio", "TBITENSFORN", "FK",
                        "Select P.*, C.Nome Z_Convenio From TbItensForn P Left Join TbCad C On (C.Id = P.IdFornecedor) "
                        "Where P.Fk = :MESTRE Order By C.Nome",
-                       {{"Z_CONVENIO", "Convênio"}, {"PRUNITARIO", "Preço"}},
+                       {{"IDFORNECEDOR", "Convênio"}, {"PRUNITARIO", "Preço"}},
                        {{"IDFORNECEDOR", "Convênio", C::Consulta, "Selecione o Convênio primeiro!", 0, 2, {},
                          "Select Id, Nome From TbCad Where Cv = 'S' or La = 'S' Order By Nome"},
                         {"PRUNITARIO", "Preço", C::Decimal, "Digite o preço primeiro!", 0, 4}}},
                       {"Composição", "TBITENSCOMP", "FK",
                        "Select C.*, I.Descricao Z_Item From TbItensComp C Left Join TbItens I On (I.Id = C.IdItem) "
                        "Where C.Fk = :MESTRE Order By I.Descricao",
-                       {{"Z_ITEM", "Item"}, {"QTD", "Quantidade"}, {"PRUNITARIO", "Preço"}, {"TOTAL", "Total"}},
+                       {{"IDITEM", "Item"}, {"QTD", "Quantidade"}, {"PRUNITARIO", "Preço"}, {"TOTAL", "Total"}},
                        {{"IDITEM", "Item", C::Consulta, "Selecione o item primeiro!", 0, 2, {},
                          "Select Id, Descricao From TbItens Where Tipo In ('D', 'L') Order By Descricao"},
                         {"QTD", "Quantidade", C::Decimal, "Digite a quantidade primeiro!", 0, 4},

@@ -4,6 +4,7 @@
 #include "Comercial.h"
 #include "acesso/Login.h"
 #include "apoio/BancoTeste.h"
+#include "dados/Tabs.h"
 
 #include <gtest/gtest.h>
 
@@ -285,6 +286,51 @@ TEST_F(ComercialTest, DeleteRefusalsInOrder)
     excluirCadastro(t, id);
     EXPECT_EQ(contar("Select Count(*) From TbCad Where Id = :ID", id), 0);
     for (const QString &tab : detalhes) EXPECT_EQ(contar("Select Count(*) From " + tab + " Where Fk = :ID", id), 0) << tab.toStdString();
+}
+
+} // namespace
+
+namespace {
+
+// Every save logs the whole record as it then stood, in the table's field order, memos left out;
+// text is kept as typed.
+TEST_F(ComercialTest, LogKeepsEachSaveWholeAsTyped)
+{
+    Tabs = nullptr;
+    TTabs tabs;
+    Tabs = &tabs;
+    tabs.conectar(db::Banco::abrir(bt.conexao()));
+    tabs.definirUsuario(2);
+    db::Transacao &tr = tabs.Tr("TrCad");
+    tr.iniciar();
+    Valores v = {{"CODIGO", 501}, {"NOME", "Maria Sant'Ana"}, {"APELIDO", "Maria"}, {"CL", "S"}, {"PESSOA", "F"},
+                 {"TELEFONE1", "12911112222"}, {"OBSERVACOES", "memo que não entra"}};
+    const int id = salvarCadastro(tr, 0, v, modoCadastro("Cl"), {}, atual, kHoje);
+    salvarCadastro(tr, id, {{"TELEFONE1", "12933334444"}}, modoCadastro("Cl"), {}, atual, kHoje);
+    tr.commit();
+
+    db::Transacao l(tabs.DbORB(), db::Modo::Leitura);
+    db::Consulta q(l, "select Acao, Dados from TbLog where Tabela = 'TBCAD' and Registro = :ID order by Id");
+    q.bind("ID", id);
+    q.executar();
+    QStringList acoes, dados;
+    while (q.proxima()) {
+        acoes << q.valor(0).toString();
+        dados << q.valor(1).toString();
+    }
+    ASSERT_EQ(acoes, (QStringList{"INCLUSÃO", "ALTERAÇÃO"}));
+    EXPECT_TRUE(dados[0].contains("TELEFONE1: 12911112222")) << dados[0].toStdString();
+    EXPECT_TRUE(dados[1].contains("TELEFONE1: 12933334444")) << dados[1].toStdString();
+    for (const QString &d : dados) {
+        EXPECT_TRUE(d.startsWith("ID: " + QString::number(id) + " - ")) << d.toStdString();
+        EXPECT_TRUE(d.contains("NOME: Maria Sant'Ana - ")) << d.toStdString();
+        EXPECT_LT(d.indexOf("NOME: "), d.indexOf("APELIDO: Maria")) << d.toStdString();
+        EXPECT_LT(d.indexOf("APELIDO: Maria"), d.indexOf("TELEFONE1: ")) << d.toStdString();
+        EXPECT_TRUE(d.contains("CODIGO: 501"));
+        EXPECT_FALSE(d.contains("memo que não entra"));
+    }
+    tabs.desconectar();
+    Tabs = nullptr;
 }
 
 } // namespace

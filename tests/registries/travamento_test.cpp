@@ -55,3 +55,54 @@ TEST(Travamento, SecondWorkstationIsToldTheRecordIsInUse)
     Tabs = nullptr;
     sessao() = Sessao{};
 }
+
+// While a record's details are being edited (nothing written yet), the record stays locked.
+TEST(Travamento, RecordStaysLockedWhileItsDetailsAreEdited)
+{
+    if (!teste::ServidorFirebird::disponivel()) GTEST_SKIP() << teste::ServidorFirebird::motivoIndisponivel().toStdString();
+    teste::ServidorFirebird servidor;
+    const db::Conexao c{servidor.endereco("ORBManager.fdb"), servidor.usuario(), servidor.senha()};
+    esquema::criarBanco(c);
+    int funcao = 0, cidade = 0;
+    {
+        auto b = db::Banco::abrir(c);
+        db::Transacao t(*b);
+        funcao = db::escalar(t, "insert into TbFuncoes (Funcao) values ('Balconista') returning Id").toInt();
+        cidade = db::escalar(t, "insert into TbCidades (Cidade, Uf, Cep) values ('Lorena', 'SP', '12600000') returning Id").toInt();
+        t.commit();
+    }
+    TTabs tabs;
+    Tabs = &tabs;
+    tabs.conectar(db::Banco::abrir(c));
+    sessao().idUsuario = 2;
+    sessao().nivel = 999;
+    MensageiroTeste msg;
+    {
+        FormRegistro f(*registroAuxiliar("TFuncoes"));
+        f.BtAlterarClick();
+        ASSERT_EQ(f.estado(), FormCadastro::Estado::Alterando);
+        f.editarDetalhe = [&](const DetalheRegistro &, Valores &v) {
+            v = {{"DATA", QDate(2026, 11, 1)}, {"IDCIDADE", cidade}, {"PISO", QVariant::fromValue(db::Decimal("1800"))}};
+            return true;
+        };
+        f.BtIncluirDetalheClick(0);
+        ASSERT_EQ(f.modeloDetalhe(0)->rowCount(), 1);
+
+        auto outra = db::Banco::abrir(c);
+        db::Transacao segunda(*outra);
+        try {
+            db::executar(segunda, "update TbFuncoes set Id = Id where Id = :ID", {{"ID", funcao}});
+            FAIL() << "a segunda estação alterou o registro em edição";
+        } catch (const db::ErroBanco &e) {
+            EXPECT_EQ(e.tipo(), db::TipoErro::Conflito) << e.mensagem().toStdString();
+        }
+        segunda.rollback();
+        f.BtSalvarClick();
+        ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
+        db::Transacao l(*outra, db::Modo::Leitura);
+        EXPECT_EQ(db::escalar(l, "select count(*) from TbFuncoesSal where Fk = :F", {{"F", funcao}}).toInt(), 1);
+    }
+    tabs.desconectar();
+    Tabs = nullptr;
+    sessao() = Sessao{};
+}
