@@ -67,13 +67,19 @@ TEST(CriacaoInterrompida, EveryRerunEndsWithAUsableDatabaseOrAMessage)
 {
     QTemporaryDir dir;
     QElapsedTimer relogio;
+    // The shorter of two whole creations: the first also warms the disk cache and would stretch the range.
+    int duracao = 1 << 30;
+    for (const char *pasta : {"medida1", "medida2"}) {
+        relogio.start();
+        const Saida inteira = upgrade(dir.filePath(QString("%1/ORBManager.fdb").arg(pasta)));
+        duracao = std::min(duracao, int(relogio.elapsed()));
+        ASSERT_TRUE(inteira.terminou);
+        ASSERT_EQ(inteira.codigo, 0) << inteira.erro.toStdString();
+    }
     relogio.start();
-    const Saida inteira = upgrade(dir.filePath("medida/ORBManager.fdb"));
-    const int duracao = int(relogio.elapsed());
-    ASSERT_TRUE(inteira.terminou);
-    ASSERT_EQ(inteira.codigo, 0) << inteira.erro.toStdString();
 
-    constexpr int kMortes = 40;
+    // Each kill costs a rerun of a whole creation (about 1.5 s here): 20 keep the test near half a minute.
+    constexpr int kMortes = 20;
     int antesDoFim = 0, recusadas = 0;
     for (int i = 0; i < kMortes; ++i) {
         const QString arquivo = dir.filePath(QString("%1/ORBManager.fdb").arg(i));
