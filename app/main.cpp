@@ -12,7 +12,7 @@
 #include "principal/TConfig.h"
 #include "principal/TMain.h"
 #include "principal/TSplash.h"
-#include "schema/Atualizacao.h"
+#include "schema/Criacao.h"
 #include "ui/Mensagens.h"
 #include "ui/TratadorErros.h"
 
@@ -59,42 +59,17 @@ db::Conexao conexao(const Opcoes &o, const QString &pasta)
     return c;
 }
 
-bool arquivoLocal(const db::Conexao &c)
-{
-    // A server name comes before ":" (a Windows drive letter is one character).
-    const int dp = int(c.banco.indexOf(':'));
-    return dp < 0 || dp == 1;
-}
-
-// Opens the database, creating a local one on first start, then brings it up to date.
-std::unique_ptr<db::Banco> abrirAtualizado(const db::Conexao &c, QStringList &aplicadas, const esquema::Progresso &prog,
-                                           const std::function<void()> &aposAbrir = {})
-{
-    if (arquivoLocal(c) && !QFileInfo::exists(c.banco)) {
-        QDir().mkpath(QFileInfo(c.banco).absolutePath());
-        aplicadas << QString("Banco de dados criado: %1").arg(c.banco);
-        auto b = db::Banco::criar(c);
-        if (aposAbrir) aposAbrir();
-        esquema::criarEsquemaBase(*b);
-        aplicadas << esquema::atualizar(*b, prog);
-        esquema::semear(*b);
-        return b;
-    }
-    auto b = db::Banco::abrir(c);
-    if (aposAbrir) aposAbrir();
-    aplicadas << esquema::atualizar(*b, prog);
-    return b;
-}
-
 int modoAtualizacao(const db::Conexao &c)
 {
     try {
         QStringList aplicadas;
-        abrirAtualizado(c, aplicadas, {});
+        esquema::abrirAtualizado(c, aplicadas);
         if (aplicadas.isEmpty()) std::printf("Banco de dados já está atualizado; nenhuma alteração necessária.\n");
         for (const QString &a : aplicadas) std::printf("%s\n", qPrintable(a));
         return 0;
     } catch (const esquema::ErroAtualizacao &e) {
+        std::fprintf(stderr, "%s\n", qPrintable(e.mensagem()));
+    } catch (const esquema::BancoIncompleto &e) {
         std::fprintf(stderr, "%s\n", qPrintable(e.mensagem()));
     } catch (const db::ErroBanco &e) {
         std::fprintf(stderr, "%s\n%s\n", qPrintable(e.mensagem()), qPrintable(e.tecnico()));
@@ -168,10 +143,13 @@ int main(int argc, char *argv[])
         const db::Conexao c = conexao(o, pasta);
         try {
             QStringList aplicadas;
-            banco = abrirAtualizado(c, aplicadas, [&](int f, int t, const QString &d) { splash.progresso(f, t, d); },
-                                    [&] { splash.mostrar("Atualizando a estrutura do banco de dados..."); });
+            banco = esquema::abrirAtualizado(c, aplicadas, [&](int f, int t, const QString &d) { splash.progresso(f, t, d); },
+                                             [&] { splash.mostrar("Atualizando a estrutura do banco de dados..."); });
             break;
         } catch (const esquema::ErroAtualizacao &e) {
+            orb::Erro(e.mensagem());
+            return 1;
+        } catch (const esquema::BancoIncompleto &e) {
             orb::Erro(e.mensagem());
             return 1;
         } catch (const db::ErroBanco &e) {
@@ -182,6 +160,9 @@ int main(int argc, char *argv[])
             orb::TConfig cfg(pasta);
             if (cfg.exec() != QDialog::Accepted) return 1;
             splash.show();
+        } catch (const std::exception &e) {  // a local file that could not be created or renamed
+            orb::Erro(QString::fromUtf8(e.what()));
+            return 1;
         }
     }
     tabs.conectar(std::move(banco));

@@ -1,4 +1,5 @@
 #include "schema/Atualizacao.h"
+#include "schema/Criacao.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>
@@ -379,58 +380,81 @@ QList<Tabela> tabelasBase()
     return r;
 }
 
+// Each stage commits on its own and creates only what is missing, so a run cut short is finished by the next.
 void criarEsquemaBase(Banco &b)
 {
     const QList<Tabela> base = tabelasBase();
+    const Metadados m = Metadados::ler(b);
     QStringList doms;
     for (const Tabela &t : base)
         for (const Coluna &c : t.colunas)
-            if (!doms.contains(c.dominio)) doms << c.dominio;
+            if (!m.dominios.contains(c.dominio) && !doms.contains(c.dominio)) doms << c.dominio;
     QStringList cmds;
     for (const QString &d : doms) cmds << ddlDominio(d);
-    ddl(b, cmds);
+    if (!cmds.isEmpty()) ddl(b, cmds);
     cmds.clear();
     for (const Tabela &t : base) {
-        cmds << ddlCriarTabela(t);
-        if (t.temId()) cmds << ddlGerador(t);
+        if (!m.tabelas.contains(t.nome)) cmds << ddlCriarTabela(t);
+        if (t.temId() && !m.geradores.contains(t.gerador())) cmds << ddlGerador(t);
     }
-    ddl(b, cmds);
+    if (!cmds.isEmpty()) ddl(b, cmds);
     cmds.clear();
     for (const Tabela &t : base) {
-        if (!t.chave().isEmpty()) cmds << ddlChave(t);
-        if (t.temId()) cmds << ddlGatilho(t);
+        if (!t.chave().isEmpty() && !m.restricoes.contains(t.restricaoChave())) cmds << ddlChave(t);
+        if (t.temId() && !m.gatilhos.contains(t.gatilho())) cmds << ddlGatilho(t);
     }
-    ddl(b, cmds);
+    if (!cmds.isEmpty()) ddl(b, cmds);
 }
 
+namespace {
+
+// The parameters of p that sql names.
+std::map<QString, QVariant> usados(const QString &sql, const std::map<QString, QVariant> &p)
+{
+    std::map<QString, QVariant> r;
+    for (const QString &n : db::converterParametros(sql).nomes) r[n] = p.at(n);
+    return r;
+}
+
+// The ID of the first row the select finds, or of the row the insert then makes.
+QVariant achar(Transacao &t, const QString &select, const QString &insert, const std::map<QString, QVariant> &p)
+{
+    const QVariant id = db::escalar(t, select, usados(select, p));
+    return id.isNull() ? db::escalar(t, insert + " RETURNING ID", usados(insert, p)) : id;
+}
+
+} // namespace
+
+// Each first record is looked for before it is made: a run after an interrupted one adds only what is missing.
 void semear(Banco &b)
 {
     Transacao t(b);
     const QDateTime agora = QDateTime::currentDateTime();
-    const QVariant empresa = db::escalar(t,
-        "INSERT INTO TBCAD (CODIGO, NOME, RAZAOSOCIAL, APELIDO, PESSOA, EM, DATACADASTRO) "
-        "VALUES (1, :NOME, :NOME, :APELIDO, 'J', 'S', :AGORA) RETURNING ID",
-        {{"NOME", "SUA EMPRESA AQUI"}, {"APELIDO", "SUA EMPRESA"}, {"AGORA", agora}});
-    const QVariant nivel = db::escalar(t,
-        "INSERT INTO TBNIVEIS (NIVEL, DESCRICAO) VALUES (999, :DESCRICAO) RETURNING ID",
-        {{"DESCRICAO", "ADMINISTRADOR"}});
+    QVariant empresa = db::escalar(t, "SELECT FIRST 1 c.ID FROM TBPARGLOBAIS p JOIN TBCAD c ON c.ID = p.IDEMPRESA");
+    if (empresa.isNull())
+        empresa = achar(t, "SELECT FIRST 1 ID FROM TBCAD WHERE CODIGO = 1 AND EM = 'S' ORDER BY ID",
+                        "INSERT INTO TBCAD (CODIGO, NOME, RAZAOSOCIAL, APELIDO, PESSOA, EM, DATACADASTRO) "
+                        "VALUES (1, :NOME, :NOME, :APELIDO, 'J', 'S', :AGORA)",
+                        {{"NOME", "SUA EMPRESA AQUI"}, {"APELIDO", "SUA EMPRESA"}, {"AGORA", agora}});
+    const QVariant nivel = achar(t, "SELECT FIRST 1 ID FROM TBNIVEIS WHERE NIVEL = 999 ORDER BY ID",
+                                 "INSERT INTO TBNIVEIS (NIVEL, DESCRICAO) VALUES (999, :DESCRICAO)",
+                                 {{"DESCRICAO", "ADMINISTRADOR"}});
     const QString senha = QCryptographicHash::hash(kSenhaInicialAdmin, QCryptographicHash::Md5).toHex().toUpper();
-    db::executar(t,
-        "INSERT INTO TBCAD (CODIGO, NOME, RAZAOSOCIAL, APELIDO, USUARIO, SENHA, IDNIVEL, TIPOUSUARIO, PESSOA, US, "
-        "DATACADASTRO) VALUES (2, :NOME, :NOME, 'ADMIN', 'ADMIN', :SENHA, :NIVEL, 'D', 'F', 'S', :AGORA)",
-        {{"NOME", "ADMINISTRADOR"}, {"SENHA", senha}, {"NIVEL", nivel}, {"AGORA", agora}});
-    db::executar(t, "INSERT INTO TBPARGLOBAIS (RAMO, IDEMPRESA) VALUES ('CO', :EMPRESA)", {{"EMPRESA", empresa}});
-    db::executar(t, "INSERT INTO TBCCOR (CONTA, NUMERO, IDEMPRESA) VALUES ('CAIXA', 'CAIXA', :EMPRESA)",
-                 {{"EMPRESA", empresa}});
+    achar(t, "SELECT FIRST 1 ID FROM TBCAD WHERE USUARIO = 'ADMIN'",
+          "INSERT INTO TBCAD (CODIGO, NOME, RAZAOSOCIAL, APELIDO, USUARIO, SENHA, IDNIVEL, TIPOUSUARIO, PESSOA, US, "
+          "DATACADASTRO) VALUES (2, :NOME, :NOME, 'ADMIN', 'ADMIN', :SENHA, :NIVEL, 'D', 'F', 'S', :AGORA)",
+          {{"NOME", "ADMINISTRADOR"}, {"SENHA", senha}, {"NIVEL", nivel}, {"AGORA", agora}});
+    if (db::escalar(t, "SELECT COUNT(*) FROM TBPARGLOBAIS").toInt() == 0)
+        db::executar(t, "INSERT INTO TBPARGLOBAIS (RAMO, IDEMPRESA) VALUES ('CO', :EMPRESA)", {{"EMPRESA", empresa}});
+    achar(t, "SELECT FIRST 1 ID FROM TBCCOR WHERE NUMERO = 'CAIXA' AND IDEMPRESA = :EMPRESA",
+          "INSERT INTO TBCCOR (CONTA, NUMERO, IDEMPRESA) VALUES ('CAIXA', 'CAIXA', :EMPRESA)", {{"EMPRESA", empresa}});
     t.commit();
 }
 
 std::unique_ptr<Banco> criarBanco(const db::Conexao &c, const Progresso &progresso)
 {
     std::unique_ptr<Banco> b = Banco::criar(c);
-    criarEsquemaBase(*b);
-    atualizar(*b, progresso);
-    semear(*b);
+    concluir(*b, progresso);
     return b;
 }
 
