@@ -52,6 +52,7 @@ Opcoes lerOpcoes(const QStringList &args)
 db::Conexao conexao(const Opcoes &o, const QString &pasta)
 {
     const orb::Configuracao cfg = orb::lerConfiguracao(pasta);
+    orb::definirGravarMD5(cfg.gravarMD5);
     db::Conexao c;
     c.usuario = cfg.usuario;
     c.senha = cfg.senha;

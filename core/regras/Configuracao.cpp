@@ -130,6 +130,7 @@ Configuracao lerConfiguracao(const QString &pastaPrograma)
         c.usuario = usuario;
     if (!senha.isEmpty())
         c.senha = senha;
+    c.gravarMD5 = QSettings(arquivo, QSettings::IniFormat).value(QStringLiteral("Seguranca/GravarMD5")).toBool();
     return c;
 }
 
@@ -168,6 +169,9 @@ void gravarConfiguracao(const QString &pastaPrograma, const Configuracao &c)
     s.sync();
     if (s.status() != QSettings::NoError)
         falhar(QStringLiteral("Não foi possível gravar %1.").arg(QDir::toNativeSeparators(arquivo)));
+    // It holds the database password.
+    for (const QString &f : {arquivo, dir.filePath(kAnterior)})
+        if (QFile::exists(f)) QFile::setPermissions(f, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
 }
 
 bool bancoLocal(const Configuracao &c)

@@ -13,13 +13,14 @@ struct Configuracao {
     QString compartilhamento;  // Share
     QString usuario = QStringLiteral("SYSDBA");
     QString senha = QStringLiteral("vaultword");
+    bool gravarMD5 = false;    // [Seguranca] GravarMD5: keep writing the old password digest too
 
     bool operator==(const Configuracao &) const = default;
 };
 
 Configuracao lerConfiguracao(const QString &pastaPrograma);
 
-// Keeps the file being replaced as ORBManager_Anterior.ini.
+// Keeps the file being replaced as ORBManager_Anterior.ini; both readable by their owner only.
 // Throws std::runtime_error (Portuguese message) when the file cannot be written.
 void gravarConfiguracao(const QString &pastaPrograma, const Configuracao &c);
 

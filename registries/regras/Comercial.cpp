@@ -382,7 +382,7 @@ int salvarCadastro(db::Transacao &t, int id, Valores v, const ModoCadastro &m, c
     const QString novaSenhaWeb = v.count(kNovaSenhaWeb) ? v.at(kNovaSenhaWeb).toString() : QString();
     if (marcado(ef, "US")) {
         const QString login = texto(ef, "USUARIO").toUpper();
-        if (login.isEmpty() || (novaSenha.isEmpty() && texto(guardado, "SENHA").isEmpty()))
+        if (login.isEmpty() || (novaSenha.isEmpty() && texto(guardado, "SENHA").isEmpty() && texto(guardado, "SENHAHASH").isEmpty()))
             throw Recusa(kDefinaUsuarioSenha, login.isEmpty() ? "USUARIO" : "SENHA");
         // Administrators only by administrators; supervisors by supervisors too; the installation's
         // own type ("D") only by itself, as the user accounts routine has it.
@@ -393,6 +393,7 @@ int salvarCadastro(db::Transacao &t, int id, Valores v, const ModoCadastro &m, c
         if ((tipo == "A" && !podeA) || (tipo == "S" && !podeS) || (tipo == "D" && quem != "D"))
             throw Recusa(kSemPermissaoTipoUsuario, "TIPOUSUARIO");
         if (novaSenha.size() > kTamanhoSenha) throw Recusa(kSenhaMaxima, "SENHA");
+        if (!novaSenha.isEmpty() && novaSenha.size() < kTamanhoMinimoSenha) throw Recusa(kSenhaCurta, "SENHA");
         if (novaSenhaWeb.size() > kTamanhoSenha) throw Recusa(kSenhaMaxima, "SENHAWEB");
         if (!db::escalar(t, "Select First 1 Id From TbCad Where (Us = 'S') and (Upper(Usuario) = :U) and (Id <> :ID)",
                          {{"U", login}, {"ID", novo ? 0 : id}}).isNull())
@@ -410,8 +411,11 @@ int salvarCadastro(db::Transacao &t, int id, Valores v, const ModoCadastro &m, c
             p[c] = v.at(c);
         }
     if (!novaSenha.isEmpty()) {
-        colunas << "SENHA";
-        p["SENHA"] = MD5(novaSenha);
+        // Set on someone else's record, it must be changed by its user at the next login.
+        colunas << "SENHA" << "SENHAHASH" << "TROCARSENHA";
+        p["SENHA"] = gravarMD5() ? QVariant(MD5(novaSenha)) : QVariant();
+        p["SENHAHASH"] = hashSenha(novaSenha);
+        p["TROCARSENHA"] = !novo && id == atual.idUsuario ? "N" : "S";
     }
     if (!novaSenhaWeb.isEmpty()) {
         colunas << "SENHAWEB";

@@ -98,7 +98,7 @@ DeclaracaoRegistro declaracaoComercial(const ModoCadastro &m)
         d.campos.append({"CONTATOREFCOM" + n, "Contato", C::Texto, {}, 20, 2, {}, {}, {}, referencias});
     }
     for (CampoForm &c : d.campos)
-        if (c.coluna == kNovaSenha) c.transitorio = true;
+        if (c.coluna == kNovaSenha) c.transitorio = c.senha = true;
     // The role boxes: which kinds of party this record is.
     const QList<QPair<QString, QString>> papeis = {{"CL", "Cliente"}, {"FO", "Fornecedor"}, {"TR", "Transportadora"},
                                                    {"RE", "Vendedor"}, {"FU", "Funcionário"}, {"EM", "Empresa"},

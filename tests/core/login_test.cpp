@@ -1,8 +1,10 @@
-// Logging in: refusals and the session's values, the first password's change, the slower pace
+// Logging in: refusals and the session's values, password storage and changes, the slower pace
 // after failures, the login dialog driven by keys, and the database settings dialog.
 
 #include "Configuracao.h"
 #include "acesso/TLogin.h"
+#include "acesso/Usuarios.h"
+#include "dados/Tabs.h"
 #include "apoio/BancoTeste.h"
 #include "principal/TConfig.h"
 #include "ui/Mensagens.h"
@@ -47,20 +49,45 @@ TEST(LoginMD5, UpperHexOverTheSingleByteText)
     EXPECT_EQ(MD5("Ação€"), "8257A661AD5F942EB272EEEED6EDFD26");
 }
 
+// Every statement commits: the login routine reads and writes in transactions of its own.
 struct Login : ::testing::Test {
     teste::BancoTemporario bt;
     MensageiroTeste msg;
-    db::Transacao t{bt.banco()};
+    const QDateTime agora{QDate(2026, 11, 23), QTime(10, 0), Qt::UTC};
 
-    QVariant sql(const QString &s, const std::map<QString, QVariant> &p = {}) { return db::escalar(t, s, p); }
+    void TearDown() override { definirGravarMD5(false); }
+    QVariant sql(const QString &s, const std::map<QString, QVariant> &p = {})
+    {
+        db::Transacao t(bt.banco());
+        const QVariant v = db::escalar(t, s, p);
+        t.commit();
+        return v;
+    }
+    template <class F> void emTransacao(F &&f)
+    {
+        db::Transacao t(bt.banco());
+        f(t);
+        t.commit();
+    }
+    ResultadoLogin entrar(const QString &usuario, const QString &senha, const QDateTime &quando = {})
+    {
+        return autenticar(bt.banco(), usuario, senha, quando.isValid() ? quando : agora);
+    }
     int idAdmin() { return sql("select Id from TbCad where Usuario = 'ADMIN'").toInt(); }
-    QString senhaAdmin() { return sql("select Senha from TbCad where Usuario = 'ADMIN'").toString(); }
+    QVariant coluna(int id, const QString &c) { return sql("select " + c + " from TbCad where Id = :ID", {{"ID", id}}); }
     int novoNivel() { return sql("insert into TbNiveis (Nivel, Descricao) values (100, 'BALCÃO') returning Id").toInt(); }
     int novoUsuario(const QString &usuario, const QString &us, const QString &senha, const QVariant &idNivel,
                     const QString &apelido = {}, const QString &tipo = "U")
     {
         return sql("insert into TbCad (Usuario, Us, Senha, IdNivel, Apelido, TipoUsuario) values (:U, :US, :S, :N, :A, :T) "
                    "returning Id", {{"U", usuario}, {"US", us}, {"S", senha}, {"N", idNivel}, {"A", apelido}, {"T", tipo}}).toInt();
+    }
+    Sessao sessaoDe(int id, const QString &tipo)
+    {
+        Sessao s;
+        s.idUsuario = id;
+        s.tipoUsuario = tipo;
+        return s;
     }
 };
 
@@ -77,7 +104,7 @@ TEST_F(Login, RefusalsNameTheMessageAndTheField)
         {"semnivel", "x", "usuario", kSemAcesso},          {"NivelSumiu", "x", "usuario", kSemAcesso},
     };
     for (const auto &c : casos)
-        EXPECT_EQ(recusa([&] { autenticar(t, c.usuario, c.senha); }), c.campo + ": " + c.texto) << c.usuario << " / " << c.senha;
+        EXPECT_EQ(recusa([&] { entrar(c.usuario, c.senha); }), c.campo + ": " + c.texto) << c.usuario << " / " << c.senha;
 }
 
 TEST_F(Login, SuccessGivesTheUsersValues)
@@ -94,51 +121,160 @@ TEST_F(Login, SuccessGivesTheUsersValues)
     };
     for (const auto &c : casos) {
         SCOPED_TRACE(c.usuario);
-        const ResultadoLogin r = autenticar(t, c.usuario, c.senha);
-        const Sessao &s = r.sessao;
-        EXPECT_EQ(QStringList({s.usuario, s.apelido, s.tipoUsuario}), QStringList({c.nome, c.apelido, c.tipo}));
-        EXPECT_EQ(QList<int>({s.idUsuario, s.idNivel, s.nivel}), QList<int>({c.id, c.idNivel, c.nivel}));
-        EXPECT_EQ(r.precisaTrocarSenha, c.trocar);
+        for (int vez = 0; vez < 2; ++vez) {  // from the old digest, then from the hash that replaced it
+            const ResultadoLogin r = entrar(c.usuario, c.senha);
+            const Sessao &s = r.sessao;
+            EXPECT_EQ(QStringList({s.usuario, s.apelido, s.tipoUsuario}), QStringList({c.nome, c.apelido, c.tipo}));
+            EXPECT_EQ(QList<int>({s.idUsuario, s.idNivel, s.nivel}), QList<int>({c.id, c.idNivel, c.nivel}));
+            EXPECT_EQ(r.precisaTrocarSenha, c.trocar);
+        }
     }
 }
 
-TEST_F(Login, TrocaSenhaRefusesOrTheNewPasswordLogsIn)
+// An older database's MD5 logs in as before and is replaced by a salted Argon2id at once; the setting
+// keeps the MD5 written as well for another program on the same database.
+TEST_F(Login, Md5IsReplacedByTheStrongHashOnLogin)
+{
+    const int nivel = novoNivel();
+    for (const bool manterMD5 : {false, true}) {
+        SCOPED_TRACE(manterMD5);
+        definirGravarMD5(manterMD5);
+        const QString nome = manterMD5 ? "MISTO" : "NOVO";
+        const int id = novoUsuario(nome, "S", MD5("segredo1"), nivel);
+        EXPECT_THROW(entrar(nome, "segredo2"), Recusa);
+        EXPECT_EQ(coluna(id, "SENHA").toString(), MD5("segredo1"));  // a wrong password changes nothing
+        EXPECT_TRUE(coluna(id, "SENHAHASH").isNull());
+
+        entrar(nome, "segredo1");
+        const QString hash = coluna(id, "SENHAHASH").toString();
+        EXPECT_TRUE(hash.startsWith("$argon2id$")) << hash.toStdString();
+        EXPECT_EQ(coluna(id, "SENHA"), manterMD5 ? QVariant(MD5("segredo1")) : QVariant());
+        EXPECT_EQ(entrar(nome, "segredo1").sessao.idUsuario, id);
+        EXPECT_EQ(coluna(id, "SENHAHASH").toString(), hash);  // a current hash is not rewritten
+        EXPECT_EQ(recusa([&] { entrar(nome, "segredo2"); }), "senha: " + kSenhaInvalida);
+    }
+}
+
+TEST_F(Login, EqualPasswordsAreStoredDifferently)
+{
+    const int nivel = novoNivel();
+    const Sessao admin = sessaoDe(idAdmin(), "D");
+    int ids[2];
+    emTransacao([&](db::Transacao &t) {
+        for (int i = 0; i < 2; ++i) ids[i] = salvarUsuario(t, {0, QString("IGUAL%1").arg(i), "Igual", {}, "mesma123", "U", nivel}, admin);
+    });
+    EXPECT_NE(coluna(ids[0], "SENHAHASH").toString(), coluna(ids[1], "SENHAHASH").toString());
+    for (const int id : ids) {
+        EXPECT_TRUE(coluna(id, "SENHA").isNull());
+        EXPECT_TRUE(conferirSenha("mesma123", coluna(id, "SENHAHASH").toString(), {}));
+    }
+}
+
+TEST_F(Login, ChangeRefusesOrTheNewPasswordLogsIn)
 {
     struct { QString nova, confirmacao, campo, texto; } casos[] = {
         {"", "abc", "nova", kDigiteNovaSenha},  // an empty one is told before a mismatch
         {"abc", "ABC", "confirmacao", kConfirmacaoNaoConfere},
         {"12345678901", "12345678901", "nova", kSenhaLonga},
+        {"12345", "12345", "nova", kSenhaCurta},
         {"admin", "admin", "nova", kSenhaIgualInicial},
     };
     for (const auto &c : casos) {
-        EXPECT_EQ(recusa([&] { trocarSenha(t, idAdmin(), c.nova, c.confirmacao); }), c.campo + ": " + c.texto);
-        EXPECT_EQ(senhaAdmin(), kHashInicial);
+        emTransacao([&](db::Transacao &t) {
+            EXPECT_EQ(recusa([&] { trocarSenha(t, idAdmin(), c.nova, c.confirmacao); }), c.campo + ": " + c.texto);
+        });
+        EXPECT_EQ(coluna(idAdmin(), "SENHA").toString(), kHashInicial);
     }
     // Removed meanwhile by another workstation.
-    EXPECT_EQ(recusa([&] { trocarSenha(t, 999999, "nova1", "nova1"); }), ": " + kUsuarioNaoCadastrado);
+    emTransacao([&](db::Transacao &t) {
+        EXPECT_EQ(recusa([&] { trocarSenha(t, 999999, "nova12", "nova12"); }), ": " + kUsuarioNaoCadastrado);
+    });
 
-    for (const QString nova : {"1234567890", "Admin"}) {  // the longest allowed; the initial one in other case
-        trocarSenha(t, idAdmin(), nova, nova);
-        EXPECT_EQ(senhaAdmin(), MD5(nova));
-        EXPECT_FALSE(autenticar(t, "admin", nova).precisaTrocarSenha);
-        EXPECT_THROW(autenticar(t, "admin", "admin"), Recusa);
+    for (const QString nova : {"1234567890", "123456"}) {  // the longest and the shortest allowed
+        emTransacao([&](db::Transacao &t) { trocarSenha(t, idAdmin(), nova, nova); });
+        EXPECT_TRUE(coluna(idAdmin(), "SENHA").isNull());
+        EXPECT_FALSE(entrar("admin", nova).precisaTrocarSenha);
+        EXPECT_THROW(entrar("admin", "admin"), Recusa);
     }
 }
 
-TEST(Tentativas, DelayByFailuresInARowCountedFromTheLastOne)
+// A password someone else set (a new user, an administrator's reset) is the user's to change at the
+// next login; one they chose themselves is not.
+TEST_F(Login, PasswordSetByAnotherMustBeChanged)
+{
+    const int nivel = novoNivel();
+    const Sessao admin = sessaoDe(idAdmin(), "D");
+    int id = 0;
+    auto salvar = [&](const Sessao &quem, const QString &senha) {
+        emTransacao([&](db::Transacao &t) { id = salvarUsuario(t, {id, "BALCAO", "Balcão", {}, senha, "U", nivel}, quem); });
+    };
+    EXPECT_EQ(recusa([&] { salvar(admin, "abc"); }), "senha: " + kSenhaCurta);
+    EXPECT_EQ(id, 0);
+    struct { const char *passo; std::function<void()> fazer; QString senha; bool trocar; } passos[] = {
+        {"novo usuário", [&] { salvar(admin, "inicial1"); }, "inicial1", true},
+        {"ele troca", [&] { emTransacao([&](db::Transacao &t) { trocarSenha(t, id, "minha123", "minha123"); }); }, "minha123", false},
+        {"o administrador redefine", [&] { salvar(admin, "reset123"); }, "reset123", true},
+        {"ele mesmo no cadastro", [&] { salvar(sessaoDe(id, "U"), "outra123"); }, "outra123", false},
+        {"outro nome, mesma senha", [&] { salvar(admin, {}); }, "outra123", false},  // empty keeps it
+    };
+    for (const auto &p : passos) {
+        SCOPED_TRACE(p.passo);
+        p.fazer();
+        EXPECT_EQ(entrar("balcao", p.senha).precisaTrocarSenha, p.trocar);
+    }
+}
+
+// The slow-down lives in the database: it holds across separate calls (two dialogs, two workstations)
+// for the same name, not for another, and an early attempt is refused without looking at the password.
+TEST_F(Login, DelayCountsPerNameAcrossCalls)
 {
     const int esperado[] = {0, 0, 0, 0, 2, 4, 8, 16, 30, 30, 30};  // index = failures so far
-    for (int n = 0; n < int(std::size(esperado)); ++n) EXPECT_EQ(Tentativas::atraso(n), esperado[n]) << n << " falhas";
+    for (int n = 0; n < int(std::size(esperado)); ++n) EXPECT_EQ(atrasoLogin(n), esperado[n]) << n << " falhas";
 
-    const QDateTime t0(QDate(2026, 11, 23), QTime(10, 0), Qt::UTC);
-    Tentativas t;
-    for (int i = 0; i < 9; ++i) t.falhou(t0.addSecs(-600));
-    t.acertou();
-    EXPECT_EQ(t.falhas(), 0);
-    for (int i = 0; i < 4; ++i) t.falhou(t0.addSecs(-60 + i));  // a fresh count; the wait runs from the last failure
-    t.falhou(t0);  // the fifth: 4 seconds
-    struct { qint64 ms; int espera; } casos[] = {{0, 4}, {1, 4}, {1000, 3}, {3999, 1}, {4000, 0}};
-    for (const auto &c : casos) EXPECT_EQ(t.espera(t0.addMSecs(c.ms)), c.espera) << c.ms << " ms";
+    novoUsuario("MARIA", "S", MD5("maria123"), novoNivel());
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(recusa([&] { entrar("admin", "errada", agora.addSecs(-60 + i)); }), "senha: " + kSenhaInvalida);
+    EXPECT_EQ(esperaLogin(bt.banco(), "ADMIN", agora), 0);
+    EXPECT_THROW(entrar(" Admin", "errada", agora), Recusa);  // the fourth: 2 seconds from now
+    struct { qint64 ms; const char *usuario, *senha; QString resultado; } casos[] = {
+        {0, "admin", "admin", "senha: Aguarde 2 segundos para tentar novamente."},
+        {1500, "ADMIN", "admin", "senha: Aguarde 1 segundo para tentar novamente."},
+        {1500, "admin", "errada", "senha: Aguarde 1 segundo para tentar novamente."},  // not counted
+        {1500, "maria", "maria123", ""},                                               // another name
+        {1999, "admin", "admin", "senha: Aguarde 1 segundo para tentar novamente."},
+        {2000, "admin", "errada", "senha: " + kSenhaInvalida},  // the fifth: 4 seconds
+        {5999, "admin", "admin", "senha: Aguarde 1 segundo para tentar novamente."},
+        {6000, "admin", "admin", ""},
+        {6000, "admin", "errada", "senha: " + kSenhaInvalida},  // a fresh count after a success
+        {6001, "fulano", "x", "usuario: " + kUsuarioNaoCadastrado},
+    };
+    for (const auto &c : casos)
+        EXPECT_EQ(recusa([&] { entrar(c.usuario, c.senha, agora.addMSecs(c.ms)); }), c.resultado) << c.ms << " " << c.usuario;
+    EXPECT_EQ(esperaLogin(bt.banco(), "admin", agora.addMSecs(6000)), 0);
+}
+
+// The user record as the activity monitor and the change log see it: no password column.
+TEST_F(Login, PasswordColumnsStayOutOfMonitorAndLog)
+{
+    const int id = novoUsuario("MARIA", "S", MD5("maria123"), novoNivel());
+    sql("update TbCad set SenhaWeb = :W, SenhaHash = :H where Id = :ID", {{"W", MD5("web")}, {"H", hashSenha("maria123")}, {"ID", id}});
+    db::Transacao t(bt.banco(), db::Modo::Leitura);
+    db::Consulta q(t, "select * from TbCad where Id = :ID");
+    q.bind("ID", id).executar();
+    ASSERT_TRUE(q.proxima());
+    Registro r{"select * from TBCAD", {}};
+    for (int i = 0; i < q.colunas(); ++i) r.definir(q.nomeColuna(i), q.valor(i));
+    r.definir("NOVASENHA", "typed1");
+    TTabs tabs;
+    const QString json = tabs.TbToJson({r});
+    const QString log = TTabs::textoLog(r);
+    EXPECT_TRUE(json.contains("\"USUARIO\":\"MARIA\""));
+    EXPECT_TRUE(log.contains("USUARIO: MARIA"));
+    for (const QString &texto : {json, log}) {
+        for (const QString col : {"SENHA", "SENHAWEB", "SENHAHASH", "NOVASENHA"})
+            EXPECT_FALSE(texto.contains("\"" + col + "\"") || (" - " + texto).contains(" - " + col + ":")) << col.toStdString();
+        for (const QString &segredo : {MD5("maria123"), MD5("web"), QString("$argon2id$"), QString("typed1")})
+            EXPECT_FALSE(texto.contains(segredo, Qt::CaseInsensitive)) << segredo.toStdString();
+    }
 }
 
 struct TLoginTest : ::testing::Test {
@@ -216,7 +352,7 @@ TEST_F(TLoginTest, ByKeysWithTheFirstPasswordChange)
     EXPECT_EQ(QStringList({sessao().usuario, sessao().tipoUsuario}), QStringList({"ADMIN", "D"}));
     EXPECT_EQ(sessao().nivel, 999);
     db::Transacao t(bt.banco());
-    EXPECT_EQ(db::escalar(t, "select Senha from TbCad where Usuario = 'ADMIN'").toString(), MD5("balcao1"));
+    EXPECT_TRUE(conferirSenha("balcao1", db::escalar(t, "select SenhaHash from TbCad where Usuario = 'ADMIN'").toString(), {}));
 }
 
 // Shows the file, tests a connection without writing anything, then saves what was typed.

@@ -170,10 +170,11 @@ TEST_F(PermissoesTest, UserRules)
     const Caso casos[] = {
         {{0, "joao", "João", "", "1234567890", "U", nivel}, ""},
         {{0, "ana", "Ana", "", "12345678901", "U", nivel}, "A senha deve ter no máximo 10 caracteres!"},
-        {{0, "JOAO", "Outro João", "", "x", "U", nivel}, "Nome de usuário já existente!"},
-        {{0, "chefe", "Chefe", "", "x", "A", nivel}, "Você não tem permissão para criar usuários deste tipo!"},
-        {{0, "sup", "Sup", "", "x", "S", nivel}, ""},
+        {{0, "JOAO", "Outro João", "", "123456", "U", nivel}, "Nome de usuário já existente!"},
+        {{0, "chefe", "Chefe", "", "123456", "A", nivel}, "Você não tem permissão para criar usuários deste tipo!"},
+        {{0, "sup", "Sup", "", "123456", "S", nivel}, ""},
         {{0, "", "Sem login", "", "x", "U", nivel}, "Digite o nome de usuário primeiro!"},
+        {{0, "curta", "Curta", "", "12345", "U", nivel}, "A senha deve conter no mínimo 6 caracteres"},
     };
     for (const Caso &c : casos) {
         try {

@@ -210,10 +210,11 @@ TEST_F(ComercialTest, UserDataPasswordsAndTypeRights)
     // Who saves (session type), the type given, login, password, web password, refusal.
     const struct { QString quem, tipo, login, senha, web, msg; } casos[] = {
         {"A", "U", "JOAO", "1234567890", "", ""},          {"A", "U", "JOAO2", "12345678901", "", kSenhaMaxima},
-        {"A", "U", "JOAO3", "123", "12345678901", kSenhaMaxima}, {"A", "U", "", "123", "", kDefinaUsuarioSenha},
-        {"A", "U", "JOAO4", "", "", kDefinaUsuarioSenha},   {"S", "A", "JOAO6", "123", "", kSemPermissaoTipoUsuario},
-        {"S", "S", "JOAO7", "123", "", ""},                 {"U", "S", "JOAO8", "123", "", kSemPermissaoTipoUsuario},
-        {"D", "A", "JOAO9", "123", "web", ""},              {"A", "U", "admin", "123", "", kUsuarioRepetido},
+        {"A", "U", "JOAO3", "123456", "12345678901", kSenhaMaxima}, {"A", "U", "", "123", "", kDefinaUsuarioSenha},
+        {"A", "U", "JOAO4", "", "", kDefinaUsuarioSenha},   {"S", "A", "JOAO6", "123456", "", kSemPermissaoTipoUsuario},
+        {"S", "S", "JOAO7", "123456", "", ""},              {"U", "S", "JOAO8", "123456", "", kSemPermissaoTipoUsuario},
+        {"D", "A", "JOAO9", "123456", "web", ""},           {"A", "U", "admin", "123456", "", kUsuarioRepetido},
+        {"A", "U", "JOAO5", "12345", "", kSenhaCurta},
     };
     for (const auto &c : casos) {
         SCOPED_TRACE(c.login.toStdString() + c.quem.toStdString() + c.tipo.toStdString());
@@ -228,7 +229,10 @@ TEST_F(ComercialTest, UserDataPasswordsAndTypeRights)
             EXPECT_EQ(ler(id, "SENHAWEB").toString(), c.web.isEmpty() ? "" : MD5(c.web));
             // An edit without a typed password keeps the stored hash.
             salvarCadastro(t, id, {{"NOME", "OUTRO"}}, modoCadastro("Fu"), {}, s, kHoje);
-            EXPECT_EQ(ler(id, "SENHA").toString(), MD5(c.senha));
+            // Only the salted hash is kept, and the user must choose their own at the next login.
+            EXPECT_TRUE(ler(id, "SENHA").isNull());
+            EXPECT_TRUE(conferirSenha(c.senha, ler(id, "SENHAHASH").toString(), {}));
+            EXPECT_EQ(ler(id, "TROCARSENHA").toString(), "S");
             EXPECT_EQ(ler(id, "NOME").toString(), "OUTRO");
         } catch (const Recusa &r) {
             EXPECT_EQ(r.texto, c.msg);

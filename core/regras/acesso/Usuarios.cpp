@@ -10,7 +10,7 @@ int salvarUsuario(db::Transacao &t, const DadosUsuario &u, const Sessao &atual)
     if (login.isEmpty()) throw Recusa("Digite o nome de usuário primeiro!", "usuario");
     if (u.nome.trimmed().isEmpty()) throw Recusa("Digite o nome primeiro!", "nome");
     if (u.id == 0 && u.senha.isEmpty()) throw Recusa("Digite a senha primeiro!", "senha");
-    if (u.senha.size() > 10) throw Recusa("A senha deve ter no máximo 10 caracteres!", "senha");
+    if (!u.senha.isEmpty()) validarSenhaNova(u.senha, "senha");
     if (u.idNivel == 0) throw Recusa("Selecione o nível de acesso primeiro!", "nivel");
     if (!QStringList{"A", "S", "U", "D"}.contains(u.tipoUsuario)) throw Recusa("Selecione o tipo de usuário primeiro!", "tipo");
     // Who may create whom: administrators ("A") only by "A" or "D"; supervisors ("S") by "A", "S" or "D".
@@ -25,16 +25,16 @@ int salvarUsuario(db::Transacao &t, const DadosUsuario &u, const Sessao &atual)
     std::map<QString, QVariant> p = {{"USUARIO", login}, {"NOME", u.nome.trimmed()}, {"APELIDO", u.apelido.trimmed()},
                                      {"TIPO", u.tipoUsuario}, {"NIVEL", u.idNivel}};
     if (u.id == 0) {
-        p["SENHA"] = MD5(u.senha);
-        return db::escalar(t, "Insert Into TbCad (Usuario, Nome, RazaoSocial, Apelido, Senha, TipoUsuario, IdNivel, Us, "
-                              "Pessoa, DataCadastro) Values (:USUARIO, :NOME, :NOME, :APELIDO, :SENHA, :TIPO, :NIVEL, 'S', "
-                              "'F', Current_Timestamp) Returning Id", p).toInt();
+        const int id = db::escalar(t, "Insert Into TbCad (Usuario, Nome, RazaoSocial, Apelido, TipoUsuario, IdNivel, Us, "
+                                      "Pessoa, DataCadastro) Values (:USUARIO, :NOME, :NOME, :APELIDO, :TIPO, :NIVEL, 'S', "
+                                      "'F', Current_Timestamp) Returning Id", p).toInt();
+        gravarSenha(t, id, u.senha, false);
+        return id;
     }
     p["ID"] = u.id;
     db::executar(t, "Update TbCad Set Usuario = :USUARIO, Nome = :NOME, Apelido = :APELIDO, TipoUsuario = :TIPO, "
                     "IdNivel = :NIVEL Where Id = :ID", p);
-    if (!u.senha.isEmpty())
-        db::executar(t, "Update TbCad Set Senha = :SENHA Where Id = :ID", {{"SENHA", MD5(u.senha)}, {"ID", u.id}});
+    if (!u.senha.isEmpty()) gravarSenha(t, u.id, u.senha, u.id == atual.idUsuario);
     return u.id;
 }
 

@@ -5,6 +5,7 @@
 #include <QDateTime>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QSet>
 
 namespace orb {
 
@@ -74,13 +75,19 @@ QStringList TTabs::trilha() const
     return r;
 }
 
+bool colunaSecreta(const QString &coluna)
+{
+    static const QSet<QString> kSecretas = {"SENHA", "SENHAWEB", "SENHAHASH", "NOVASENHA", "NOVASENHAWEB", "MONOSSENHA"};
+    return kSecretas.contains(coluna.trimmed().toUpper());
+}
+
 // ------------------------------------------------------------------ change log
 
 QString TTabs::textoLog(const Registro &reg)
 {
     QString r;
     for (const Campo &c : reg.campos) {
-        if (c.memo || c.valor.typeId() == QMetaType::QByteArray) continue;
+        if (c.memo || c.valor.typeId() == QMetaType::QByteArray || colunaSecreta(c.nome)) continue;
         QString v;
         const QVariant &x = c.valor;
         if (x.isNull() || !x.isValid()) v = "";
@@ -248,6 +255,7 @@ QString TTabs::TbToJson(const QList<Registro> &registros)
         for (const Campo &c : r.campos) {
             const QVariant &v = c.valor;
             const QString n = c.nome.toUpper();
+            if (colunaSecreta(n)) continue;
             if (!v.isValid() || v.isNull()) o.insert(c.nome, QJsonValue::Null);
             else if (v.typeId() == QMetaType::QByteArray || n == "IMG" || n == "IMAGEM" || n == "FOTO")
                 o.insert(c.nome, QString::fromLatin1(v.toByteArray().toBase64()));

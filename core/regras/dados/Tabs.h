@@ -78,7 +78,7 @@ public:
     QString Padl(const QString &s, int n);
     QString RetiraEnter(const QString &s);
     QString ConvDecimalValor(const db::Decimal &v);
-    // Records as a JSON array: numbers as numbers, images and blobs base64.
+    // Records as a JSON array: numbers as numbers, images and blobs base64; password columns left out.
     QString TbToJson(const QList<Registro> &registros);
 
     // Parts of the change log, exposed for tests.
@@ -100,5 +100,9 @@ private:
 
 // The single instance, created at start before any form.
 extern TTabs *Tabs;
+
+// Password columns (stored hashes, typed new ones, the monitor's own credentials): never copied
+// into the change log, the activity monitor or a report.
+bool colunaSecreta(const QString &coluna);
 
 } // namespace orb

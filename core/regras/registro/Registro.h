@@ -30,6 +30,7 @@ struct CampoForm {
     QString aba;                            // tab page of the edit area ("Page|Group": a group on it); empty = the main area
     bool transitorio = false;               // typed but not a column (a new password): never read back
     QString colunaTipo;                     // Foto: the column that keeps the picture's type
+    bool senha = false;                     // hidden as typed (kept last: declarations fill fields in order)
 };
 
 // A detail table shown in a tab under the record, following it (its rows point at the record).

@@ -126,6 +126,11 @@ const QList<Mudanca> &mudancas()
         {Mudanca::CriarIndice, "TBITENSFOTOS", "IDX_TBITENSFOTOS_FK", {}, "(FK)"},
         {Mudanca::CriarIndice, "TBITENSFORN", "IDX_TBITENSFORN_FK", {}, "(FK)"},
         {Mudanca::CriarIndice, "TBCOMITENS", "IDX_TBCOMITENS_IDITEM", {}, "(IDITEM)"},
+        // Passwords move to a salted slow hash; one set by someone else must be changed by its user;
+        // failed logins are counted per user name where every workstation sees them.
+        coluna("TBCAD", "SENHAHASH", "STRING128"),
+        coluna("TBCAD", "TROCARSENHA", "CARACTERE1"),
+        novaTabela("TBLOGINFALHAS"),
     };
     return m;
 }

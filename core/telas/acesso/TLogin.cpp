@@ -55,7 +55,8 @@ TTrocaSenha::TTrocaSenha(db::Banco &b, int idUsuario, QWidget *parent) : QDialog
     setMinimumWidth(360);
     auto *l = new QVBoxLayout(this);
     l->setContentsMargins(18, 14, 18, 14);
-    auto *explica = new QLabel("Esta é a senha inicial da instalação.\nEscolha uma nova senha antes de continuar.", this);
+    auto *explica = new QLabel("Esta senha foi definida pelo administrador ou é a senha inicial da instalação.\n"
+                               "Escolha uma nova senha antes de continuar.", this);
     l->addWidget(explica);
     auto *f = new QFormLayout;
     f->setLabelAlignment(Qt::AlignRight);
@@ -168,11 +169,17 @@ bool TLogin::eventFilter(QObject *o, QEvent *e)
     return QDialog::eventFilter(o, e);
 }
 
+int TLogin::espera() const
+{
+    const qint64 resta = liberaEm_.isValid() ? agora().msecsTo(liberaEm_) : 0;
+    return resta > 0 ? int((resta + 999) / 1000) : 0;
+}
+
 void TLogin::atualizarEspera()
 {
-    const int s = tentativas_.espera(agora());
+    const int s = espera();
     entrar_->setEnabled(s == 0);
-    aviso_->setText(s ? QString("Aguarde %1 segundos para tentar novamente.").arg(s) : QString());
+    aviso_->setText(s ? textoAguarde(s) : QString());
     if (s) relogio_->start();
     else relogio_->stop();
 }
@@ -180,11 +187,9 @@ void TLogin::atualizarEspera()
 void TLogin::BtEntrarClick()
 {
     if (Tabs) Tabs->Deb("procedure TLogin.BtEntrarClick(Sender: TObject)");
-    if (tentativas_.espera(agora()) > 0) return;
+    if (espera() > 0) return;
     try {
-        db::Transacao t(b_, db::Modo::Leitura);
-        const ResultadoLogin r = autenticar(t, usuario_->text(), senha_->text());
-        t.commit();
+        const ResultadoLogin r = autenticar(b_, usuario_->text(), senha_->text(), agora());
         if (r.precisaTrocarSenha) {
             TTrocaSenha troca(b_, r.sessao.idUsuario, this);
             if (!executarTroca(troca)) {
@@ -194,11 +199,9 @@ void TLogin::BtEntrarClick()
                 return;
             }
         }
-        tentativas_.acertou();
         sessao() = r.sessao;
         accept();
     } catch (const Recusa &r) {
-        tentativas_.falhou(agora());
         Atencao(r.texto);
         if (r.campo == "senha") {
             senha_->clear();
@@ -206,6 +209,12 @@ void TLogin::BtEntrarClick()
         } else {
             usuario_->selectAll();
             usuario_->setFocus();
+        }
+        // The wait the database now imposes on this name, shown as a countdown.
+        try {
+            liberaEm_ = agora().addSecs(esperaLogin(b_, usuario_->text(), agora()));
+        } catch (const db::ErroBanco &) {
+            liberaEm_ = {};
         }
         atualizarEspera();
     } catch (const db::ErroBanco &e) {

@@ -1,5 +1,5 @@
 #pragma once
-// The login dialog, and the password change a first password requires.
+// The login dialog, and the password change a password set by someone else requires.
 
 #include "acesso/Login.h"
 
@@ -44,7 +44,8 @@ public:
 
     // How the password change is run (modal by default).
     std::function<bool(TTrocaSenha &)> executarTroca = [](TTrocaSenha &d) { return d.exec() == QDialog::Accepted; };
-    // The clock the slow-down counts on; tests move it instead of sleeping.
+    // The clock the slow-down counts on (shared by every dialog through the database); tests move it
+    // instead of sleeping.
     std::function<QDateTime()> agora = [] { return QDateTime::currentDateTimeUtc(); };
 
 protected:
@@ -52,12 +53,13 @@ protected:
 
 private:
     void atualizarEspera();
+    int espera() const;
     db::Banco &b_;
     QLineEdit *usuario_, *senha_;
     QPushButton *entrar_;
     QLabel *aviso_;
     QTimer *relogio_;
-    Tentativas tentativas_;
+    QDateTime liberaEm_;  // no attempt from here before this moment
 };
 
 } // namespace orb

@@ -63,6 +63,7 @@ QWidget *criarWidgetCampo(const CampoForm &c)
         auto *e = new QLineEdit;
         if (c.tamanho) e->setMaxLength(c.tamanho);
         if (!c.mascara.isEmpty()) e->setInputMask(c.mascara);
+        if (c.senha) e->setEchoMode(QLineEdit::Password);
         if (c.tipo != CampoForm::Texto && c.tipo != CampoForm::Hora) e->setAlignment(Qt::AlignRight);
         return e;
     }

@@ -6,6 +6,7 @@
 #include "ui/Mensagens.h"
 #include "Recusa.h"
 
+#include <QBuffer>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -79,7 +80,16 @@ QImage capturarTela()
 void registrar(const QString &mensagem, const QString &tecnico, const QString &classe, QObject *sender)
 {
     const QString base = pastaErros() + "/A_Erro" + QDateTime::currentDateTime().toString("ddMMyyhhmmsszzz");
-    capturarTela().save(base + ".jpg", "JPG");
+    // The screenshot and the report may show what the user was typing: created readable by their owner only.
+    const auto soDono = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+    {
+        QByteArray jpg;
+        QBuffer buf(&jpg);
+        buf.open(QIODevice::WriteOnly);
+        capturarTela().save(&buf, "JPG");
+        QFile img(base + ".jpg");
+        if (img.open(QIODevice::WriteOnly, soDono)) img.write(jpg);
+    }
 
     const QStringList trilha = Tabs ? Tabs->trilha() : QStringList();
     QString erro = mensagem.toHtmlEscaped();
@@ -93,7 +103,7 @@ void registrar(const QString &mensagem, const QString &tecnico, const QString &c
     l << "<b>ActiveControl:</b> " + nomeDe(QApplication::focusWidget()) << "<b>ActivePage:</b> " + paginaAtiva().toHtmlEscaped()
       << "<b>Sender:</b> " + nomeDe(sender);
     QFile f(base + ".html");
-    if (f.open(QIODevice::WriteOnly))
+    if (f.open(QIODevice::WriteOnly, soDono))
         f.write(("***************************<br>" + l.join("<br>") + "<br>***************************<br>").toUtf8());
 }
 
