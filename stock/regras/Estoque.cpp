@@ -211,6 +211,7 @@ int salvarItem(db::Transacao &t, int id, Valores v, const QList<LinhaEstoque> &e
     if (id == 0 && !v.count("TIPO")) v["TIPO"] = "M";
     DeclaracaoRegistro d;
     d.tabela = "TBITENS";
+    const bool novo = id == 0;
     id = gravarRegistro(t, d, id, v);
 
 
@@ -223,8 +224,9 @@ int salvarItem(db::Transacao &t, int id, Valores v, const QList<LinhaEstoque> &e
                                 {"ESTMINIMO", var(l.minimo)}, {"ESTMAXIMO", var(l.maximo)}, {"ESTATUAL", var(l.atual)}},
                          true});
     }
-    for (const LinhaEstoque &l : lerEstoques(t, id))
-        if (!mantidos.contains(l.id)) e.excluidas << l.id;
+    if (!novo)
+        for (const LinhaEstoque &l : lerEstoques(t, id))
+            if (!mantidos.contains(l.id)) e.excluidas << l.id;
     DeclaracaoRegistro comEstoques;
     comEstoques.detalhes = {detalheEstoques()};
     gravarDetalhes(t, comEstoques, id, {e});

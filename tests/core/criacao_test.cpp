@@ -52,7 +52,7 @@ void confereUtilizavel(const QString &arquivo)
     EXPECT_EQ(faltando(*b), QStringList());
     db::Transacao t(*b);
     try {
-        EXPECT_TRUE(orb::autenticar(t, "ADMIN", kSenhaInicialAdmin).precisaTrocarSenha);
+        EXPECT_TRUE(orb::autenticar(*b, "ADMIN", kSenhaInicialAdmin, QDateTime::currentDateTime()).precisaTrocarSenha);
     } catch (const orb::Recusa &r) {
         ADD_FAILURE() << "ADMIN não entra: " << r.texto.toStdString();
     }

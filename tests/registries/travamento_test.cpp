@@ -9,6 +9,7 @@
 #include "ui/Mensagens.h"
 
 #include <QLineEdit>
+#include <utility>
 #include <gtest/gtest.h>
 
 using namespace orb;
@@ -81,9 +82,12 @@ TEST(Travamento, RecordStaysLockedWhileItsDetailsAreEdited)
         FormRegistro f(*registroAuxiliar("TFuncoes"));
         f.BtAlterarClick();
         ASSERT_EQ(f.estado(), FormCadastro::Estado::Alterando);
+        bool respondido = false;  // the dialog is answered once; a refused row would be asked again
         f.editarDetalhe = [&](const DetalheRegistro &, Valores &v) {
-            v = {{"DATA", QDate(2026, 11, 1)}, {"IDCIDADE", cidade}, {"PISO", QVariant::fromValue(db::Decimal("1800"))}};
-            return true;
+            const QVariant valor = QVariant::fromValue(db::Decimal("1800"));
+            v = {{"DATA", QDate(2026, 11, 1)}, {"IDCIDADE", cidade}, {"JORNADA", 44}, {"PISO", valor}, {"MEDIA", valor},
+                 {"MAIOR", valor}, {"HORA", QVariant::fromValue(db::Decimal("8.18"))}};
+            return !std::exchange(respondido, true);
         };
         f.BtIncluirDetalheClick(0);
         ASSERT_EQ(f.modeloDetalhe(0)->rowCount(), 1);

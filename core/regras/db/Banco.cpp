@@ -100,8 +100,38 @@ QByteArray dpb(const Conexao &c, bool criar)
 
 Banco::Banco(const Conexao &c, IAttachment *att) : c_(c), att_(att) {}
 
+Firebird::IStatement *Banco::tomarPreparada(const QByteArray &sql)
+{
+    auto it = preparadas_.find(sql);
+    if (it == preparadas_.end()) return nullptr;
+    IStatement *st = it->second;
+    preparadas_.erase(it);
+    return st;
+}
+
+void Banco::devolverPreparada(const QByteArray &sql, Firebird::IStatement *st)
+{
+    constexpr size_t kMaximo = 128;
+    if (preparadas_.size() >= kMaximo) esquecerPreparadas();
+    preparadas_.emplace(sql, st);
+}
+
+void Banco::esquecerPreparadas()
+{
+    for (auto &[sql, st] : preparadas_) {
+        Status s;
+        try {
+            st->free(&s);
+        } catch (const FbException &) {
+            st->release();
+        }
+    }
+    preparadas_.clear();
+}
+
 Banco::~Banco()
 {
+    esquecerPreparadas();
     if (!att_) return;
     Status s;
     try {
@@ -404,10 +434,23 @@ struct Consulta::Impl {
     std::vector<QVariant> linha;             // decoded current row
     QStringList colunas;
 
+    Banco *banco = nullptr;
+    QByteArray texto;
+    bool reutilizavel = false;               // closed cleanly: goes back to the connection's pool
+
     ~Impl()
     {
         Status s;
-        try { if (rs) rs->close(&s); } catch (const FbException &) { rs->release(); }
+        bool fechado = true;
+        try { if (rs) rs->close(&s); } catch (const FbException &) { rs->release(); fechado = false; }
+        // Reads and writes (select, insert, update, delete, execute procedure) are kept for reuse.
+        const bool dml = tipoStmt == isc_info_sql_stmt_select || tipoStmt == isc_info_sql_stmt_insert ||
+                         tipoStmt == isc_info_sql_stmt_update || tipoStmt == isc_info_sql_stmt_delete ||
+                         tipoStmt == isc_info_sql_stmt_exec_procedure || tipoStmt == isc_info_sql_stmt_select_for_upd;
+        if (st && banco && fechado && dml && reutilizavel) {
+            banco->devolverPreparada(texto, st);
+            st = nullptr;
+        }
         try { if (st) st->free(&s); } catch (const FbException &) { st->release(); }
         if (inServidor) inServidor->release();
         if (in) in->release();
@@ -422,9 +465,12 @@ Consulta::Consulta(Transacao &t, const QString &sql) : d(std::make_unique<Impl>(
     d->valores.resize(size_t(p.nomes.size()));
     guardado([&] {
         Status s;
-        const QByteArray texto = p.sql.toUtf8();
-        d->st = t.banco().api()->prepare(&s, t.api(), unsigned(texto.size()), texto.constData(), SQL_DIALECT_V6,
-                                         IStatement::PREPARE_PREFETCH_METADATA);
+        d->texto = p.sql.toUtf8();
+        d->banco = &t.banco();
+        d->st = d->banco->tomarPreparada(d->texto);
+        if (!d->st)
+            d->st = d->banco->api()->prepare(&s, t.api(), unsigned(d->texto.size()), d->texto.constData(), SQL_DIALECT_V6,
+                                             IStatement::PREPARE_PREFETCH_METADATA);
         d->tipoStmt = d->st->getType(&s);
         d->inServidor = d->st->getInputMetadata(&s);
         d->out = d->st->getOutputMetadata(&s);
@@ -455,6 +501,8 @@ QStringList Consulta::parametros() const { return d->nomes; }
 
 void Consulta::executar()
 {
+    if (d->tipoStmt == isc_info_sql_stmt_ddl) t_.banco().esquecerPreparadas();
+    d->reutilizavel = false;
     guardado([&] {
         Status s;
         if (d->rs) {
@@ -627,6 +675,7 @@ void Consulta::executar()
             d->st->execute(&s, t_.api(), d->in, buf, saida ? d->out : nullptr, saida ? d->bufOut.data() : nullptr);
             d->linhaPendente = saida;
         }
+        d->reutilizavel = true;
     });
 }
 

@@ -57,10 +57,18 @@ public:
     // The server is still answering (a cheap round trip).
     bool vivo();
 
+    // Prepared statements kept for the next Consulta of the same text (reads and writes only):
+    // a screen saving a record with its rows prepares each statement once.
+    Firebird::IStatement *tomarPreparada(const QByteArray &sql);
+    void devolverPreparada(const QByteArray &sql, Firebird::IStatement *st);
+    // Structure changes must not meet statements that still reference the old shape.
+    void esquecerPreparadas();
+
 private:
     explicit Banco(const Conexao &c, Firebird::IAttachment *att);
     Conexao c_;
     Firebird::IAttachment *att_ = nullptr;
+    std::multimap<QByteArray, Firebird::IStatement *> preparadas_;
 };
 
 enum class Modo {

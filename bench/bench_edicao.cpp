@@ -1,0 +1,118 @@
+// Saving a record with its details through the record mechanism (checks, one attempt under a
+// savepoint, every row written and logged) against the bare inserts of the same rows in one
+// transaction, measured in the same run.
+
+#include "Estoque.h"
+#include "dados/Tabs.h"
+#include "schema/Atualizacao.h"
+
+#include "Coletor.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QCoreApplication>
+#include <QTemporaryDir>
+#include <cstdio>
+
+namespace {
+
+QTemporaryDir pasta;
+constexpr int kLinhas = 10;  // detail rows: one stock row and nine suppliers
+
+struct Base {
+    std::unique_ptr<orb::TTabs> tabs;
+    int fabricante = 0, fornecedor = 0;
+    Base()
+    {
+        db::Conexao c;
+        c.banco = pasta.filePath("edicao.fdb");
+        tabs = std::make_unique<orb::TTabs>();
+        tabs->conectar(esquema::criarBanco(c));
+        orb::Tabs = tabs.get();
+        tabs->definirUsuario(2);
+        db::Transacao t(tabs->DbORB());
+        fabricante = db::escalar(t, "insert into TbFabricantes (Fabricante) values ('ACME') returning Id").toInt();
+        fornecedor = db::escalar(t, "insert into TbCad (Codigo, Nome, Apelido, Fo, Pessoa) values (9, 'Fornecedor', 'F', 'S', 'J') "
+                                    "returning Id").toInt();
+        t.commit();
+    }
+};
+
+Base &base()
+{
+    static Base b;
+    return b;
+}
+
+orb::Valores item(const Base &b)
+{
+    return {{"CODIGO", "B-1"}, {"DESCRICAO", "Item de medida"}, {"UN", "UN"}, {"IDFABRICANTE", b.fabricante},
+            {"CUSTO", QVariant::fromValue(db::Decimal("10"))}, {"TIPO", "M"}};
+}
+
+// Each iteration is rolled back, so every one saves the same new item into the same database.
+void PisoInsercoes(benchmark::State &st)
+{
+    Base &b = base();
+    const orb::LinhaEstoque principal = [&] {
+        db::Transacao t(b.tabs->DbORB());
+        return orb::linhaPrincipal(t);
+    }();
+    for (auto _ : st) {
+        db::Transacao t(b.tabs->DbORB());
+        const orb::Valores v = item(b);
+        QStringList cols, params;
+        for (const auto &[k, x] : v) {
+            cols << k;
+            params << ":" + k;
+        }
+        db::Consulta qi(t, "Insert Into TbItens (" + cols.join(", ") + ") Values (" + params.join(", ") + ") Returning Id");
+        for (const auto &[k, x] : v) qi.bind(k, x);
+        const int id = qi.escalar().toInt();
+        db::executar(t, "Insert Into TbItensEst (Fk, IdEmpresa, EstAtual) Values (:F, :E, 0)", {{"F", id}, {"E", principal.idEmpresa}});
+        db::Consulta qf(t, "Insert Into TbItensForn (Fk, IdFornecedor, CodForn) Values (:F, :FO, :C)");
+        for (int i = 1; i < kLinhas; ++i) qf.bind("F", id).bind("FO", b.fornecedor).bind("C", QString("C%1").arg(i)).executar();
+        t.rollback();
+    }
+}
+
+void SalvarItemComDetalhes(benchmark::State &st)
+{
+    Base &b = base();
+    const orb::DeclaracaoRegistro &d = orb::declaracaoEstoque();
+    orb::EdicaoDetalhes e(d.detalhes.size());
+    for (int i = 0; i < d.detalhes.size(); ++i)
+        if (d.detalhes[i].tabela == "TBITENSFORN")
+            for (int k = 1; k < kLinhas; ++k) e[i].incluir({{"IDFORNECEDOR", b.fornecedor}, {"CODFORN", QString("C%1").arg(k)}});
+    const orb::LinhaEstoque principal = [&] {
+        db::Transacao t(b.tabs->DbORB());
+        return orb::linhaPrincipal(t);
+    }();
+    for (auto _ : st) {
+        db::Transacao t(b.tabs->DbORB());
+        db::tentativa(t, [&] {
+            const int id = orb::salvarItem(t, 0, item(b), {principal}, "CO");
+            orb::conferirDetalhes(t, d, e);
+            orb::gravarDetalhes(t, d, id, e);
+        });
+        t.rollback();
+    }
+}
+
+} // namespace
+
+BENCHMARK(PisoInsercoes)->Unit(benchmark::kMillisecond);
+BENCHMARK(SalvarItemComDetalhes)->Unit(benchmark::kMillisecond);
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    bench::Coletor c;
+    benchmark::RunSpecifiedBenchmarks(&c);
+    std::printf("\nRazões (tempo / piso medido nesta execução):\n");
+    c.razao("SalvarItemComDetalhes", "PisoInsercoes");
+    base().tabs->desconectar();
+    orb::Tabs = nullptr;
+    return 0;
+}
