@@ -64,6 +64,8 @@ public:
              const QList<QPair<QString, QString>> &detalhes = {});
     // The same from records already in hand.
     void Log(db::Transacao &t, const Registro &reg, const QString &acao, const QList<Registro> &detalhes = {});
+    // The columns of a table the change log shows, in table order (no blobs); read once.
+    QStringList colunasTexto(db::Transacao &t, const QString &tabela);
     // Rows of a table as the change log shows them: `Where coluna = :valor`, columns in table order, no blobs.
     QList<Registro> imagens(db::Transacao &t, const QString &tabela, const QString &coluna, const QVariant &valor);
 
@@ -87,7 +89,6 @@ public:
 
 private:
     QString chavePrimaria(db::Transacao &t, const QString &tabela);
-    QStringList colunasTexto(db::Transacao &t, const QString &tabela);
     void logUm(db::Transacao &t, const Registro &reg, const QString &acao);
 
     std::unique_ptr<db::Banco> banco_;

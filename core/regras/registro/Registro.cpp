@@ -109,18 +109,31 @@ int escrever(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v)
         params << ":" + k;
         sets << k + " = :" + k;
     }
-    int chave = id;
-    if (id == 0) {
-        db::Consulta q(t, QString("Insert Into %1 (%2) Values (%3) Returning %4").arg(d.tabela, cols.join(", "), params.join(", "), d.chave));
-        for (const auto &[k, x] : v) q.bind(k, x);
-        chave = q.escalar().toInt();
-    } else if (!v.empty()) {
-        db::Consulta q(t, QString("Update %1 Set %2 Where %3 = :ID_").arg(d.tabela, sets.join(", "), d.chave));
-        for (const auto &[k, x] : v) q.bind(k, x);
-        q.bind("ID_", id);
-        q.executar();
+    // The statement hands back the row as written, so the change log needs no second read.
+    const QStringList imagem = Tabs ? Tabs->colunasTexto(t, d.tabela) : QStringList();
+    const QString devolver = " Returning " + (imagem.isEmpty() ? d.chave : imagem.join(", ") + ", " + d.chave + " As CHAVE_");
+    const QString acao = id == 0 ? kInclusao : kAlteracao;
+    QString sql;
+    if (id == 0) sql = QString("Insert Into %1 (%2) Values (%3)").arg(d.tabela, cols.join(", "), params.join(", "));
+    else if (!v.empty()) sql = QString("Update %1 Set %2 Where %3 = :ID_").arg(d.tabela, sets.join(", "), d.chave);
+    if (sql.isEmpty()) {
+        log(t, d.tabela, d.chave, id, acao);
+        return id;
     }
-    log(t, d.tabela, d.chave, chave, id == 0 ? kInclusao : kAlteracao);
+    db::Consulta q(t, sql + devolver);
+    for (const auto &[k, x] : v) q.bind(k, x);
+    if (id) q.bind("ID_", id);
+    q.executar();
+    if (!q.proxima()) {  // nothing changed: the record is gone
+        log(t, d.tabela, d.chave, id, acao);
+        return id;
+    }
+    const int chave = imagem.isEmpty() ? q.valor(0).toInt() : q.valor(int(imagem.size())).toInt();
+    if (Tabs) {
+        Registro r{"select * from " + d.tabela.toUpper(), {}};
+        for (int i = 0; i < imagem.size(); ++i) r.campos.append({imagem[i], q.valor(i)});
+        Tabs->Log(t, r, acao);
+    }
     return chave;
 }
 
