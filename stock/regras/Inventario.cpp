@@ -126,10 +126,6 @@ void moverEstoque(db::Transacao &t, int codigo, int sinal)
                      {{"D", QVariant::fromValue(sinal > 0 ? d : -d)}, {"ID", id}});
 }
 
-bool movimentacaoExiste(db::Transacao &t, int codigo)
-{
-    return codigo && !db::escalar(t, "Select Codigo From TbMovInventario Where Codigo = :C", {{"C", codigo}}).isNull();
-}
 
 } // namespace
 
@@ -423,24 +419,28 @@ void excluirMovimentacao(db::Transacao &t, int codigo)
 
 void aprovarMovimentacao(db::Transacao &t, int codigo, const QDate &data, const QVariant &codResponsavel)
 {
-    if (!movimentacaoExiste(t, codigo)) throw Recusa("Selecione a movimentação que deseja aprovar!");
-    if (movimentacaoAprovada(t, codigo)) throw Recusa("Essa movimentação já foi aprovada!");
+    if (!codigo) throw Recusa("Selecione a movimentação que deseja aprovar!");
+    const Valores atual = travarEstado(t, "TBMOVINVENTARIO", "CODIGO", codigo, {"DATAAPROVACAO"},
+                                       "Selecione a movimentação que deseja aprovar!");
+    if (!atual.at("DATAAPROVACAO").isNull()) throw Recusa("Essa movimentação já foi aprovada!");
     if (!data.isValid()) throw Recusa("Digite a data da aprovação primeiro!", "DATAAPROVACAO");
     if (!preenchido(codResponsavel)) throw Recusa("Escolha o Responsável pela Aprovacao primeiro!", "CODRESPAPROVACAO");
     const Parte resp = buscarParte(t, kInterno, "Codigo", codResponsavel);
     if (!resp.achou) throw Recusa("Funcionário não cadastrado!", "CODRESPAPROVACAO");
-    db::executar(t, "Update TbMovInventario Set DataAprovacao = :D, CodRespAprovacao = :CR, RespAprovacao = :R Where Codigo = :C",
-                 {{"D", data}, {"CR", resp.codigo}, {"R", nomeCurto(resp)}, {"C", codigo}});
+    mudarEstado(t, "TBMOVINVENTARIO", "CODIGO", codigo, {{"DATAAPROVACAO", data}, {"CODRESPAPROVACAO", resp.codigo}, {"RESPAPROVACAO", nomeCurto(resp)}},
+                {{"DATAAPROVACAO", QVariant()}}, "Essa movimentação já foi aprovada!");
     moverEstoque(t, codigo, 1);
 }
 
 void cancelarAprovacao(db::Transacao &t, int codigo)
 {
-    if (!movimentacaoExiste(t, codigo)) throw Recusa("Selecione uma movimentação primeiro!");
-    if (!movimentacaoAprovada(t, codigo)) throw Recusa("Essa movimentação ainda não foi aprovada!");
+    if (!codigo) throw Recusa("Selecione uma movimentação primeiro!");
+    const Valores atual = travarEstado(t, "TBMOVINVENTARIO", "CODIGO", codigo, {"DATAAPROVACAO"}, "Selecione uma movimentação primeiro!");
+    if (atual.at("DATAAPROVACAO").isNull()) throw Recusa("Essa movimentação ainda não foi aprovada!");
+    mudarEstado(t, "TBMOVINVENTARIO", "CODIGO", codigo,
+                {{"DATAAPROVACAO", QVariant()}, {"CODRESPAPROVACAO", QVariant()}, {"RESPAPROVACAO", QVariant()}},
+                {{"DATAAPROVACAO", atual.at("DATAAPROVACAO")}}, "Essa movimentação ainda não foi aprovada!");
     moverEstoque(t, codigo, -1);
-    db::executar(t, "Update TbMovInventario Set DataAprovacao = Null, CodRespAprovacao = Null, RespAprovacao = Null "
-                    "Where Codigo = :C", {{"C", codigo}});
 }
 
 DeclaracaoRegistro declaracaoMovimentacoes()

@@ -242,7 +242,7 @@ void Transacao::commit()
 }
 
 namespace {
-int profundidade = 0;  // nested attempts get names of their own
+thread_local int profundidade = 0;  // nested attempts get names of their own
 }
 
 PontoSalvamento::PontoSalvamento(Transacao &t) : t_(t), nome_(QStringLiteral("ORB_TENTATIVA_%1").arg(++profundidade))

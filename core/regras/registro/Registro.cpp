@@ -177,6 +177,36 @@ void excluirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id)
     db::executar(t, QString("Delete From %1 Where %2 = :ID").arg(d.tabela, d.chave), {{"ID", id}});
 }
 
+// ------------------------------------------------------------------ state changes
+
+Valores travarEstado(db::Transacao &t, const QString &tabela, const QString &chave, const QVariant &valor,
+                     const QStringList &colunas, const QString &ausente)
+{
+    // Table and column names come from the calling routine, never from what was typed.
+    db::Consulta q(t, QString("Select %1 From %2 Where %3 = :VALOR With Lock").arg((colunas.isEmpty() ? QStringList{chave} : colunas).join(", "), tabela, chave));
+    q.bind("VALOR", valor);
+    q.executar();
+    if (!q.proxima()) throw Recusa(ausente);
+    Valores v;
+    for (int i = 0; i < q.colunas(); ++i) v[q.nomeColuna(i)] = q.valor(i);
+    return v;
+}
+
+void mudarEstado(db::Transacao &t, const QString &tabela, const QString &chave, const QVariant &valor, const Valores &novos,
+                 const Valores &esperado, const QString &mudou)
+{
+    QStringList sets, onde{chave + " = :CHAVE_"};
+    for (const auto &[k, x] : novos) sets << k + " = :N_" + k;
+    for (const auto &[k, x] : esperado) onde << (x.isNull() ? k + " Is Null" : k + " = :E_" + k);
+    db::Consulta q(t, QString("Update %1 Set %2 Where %3").arg(tabela, sets.join(", "), onde.join(" and ")));
+    for (const auto &[k, x] : novos) q.bind("N_" + k, x);
+    for (const auto &[k, x] : esperado)
+        if (!x.isNull()) q.bind("E_" + k, x);
+    q.bind("CHAVE_", valor);
+    q.executar();
+    if (q.afetadas() != 1) throw Recusa(mudou);
+}
+
 // ------------------------------------------------------------------ details
 
 QList<Valores> EdicaoDetalhe::valores(int exceto) const

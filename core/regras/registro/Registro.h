@@ -104,6 +104,19 @@ QString sqlGrade(const DeclaracaoRegistro &d);
 // Next code of a numbered column, in the caller's transaction.
 int proximoCodigo(db::Transacao &t, const QString &tabela, const QString &campo = QStringLiteral("CODIGO"));
 
+// ------------------------------------------------------------------ state changes
+
+// A state change that two workstations may try at once (approve, deliver, settle, close the day):
+// the row is locked at the start, so the second one is refused at once ("outra estação"), and
+// its state is read inside the transaction that will write it. `ausente` is the refusal when the
+// row does not exist. Returns the columns asked for.
+Valores travarEstado(db::Transacao &t, const QString &tabela, const QString &chave, const QVariant &valor,
+                     const QStringList &colunas, const QString &ausente);
+// Writes `novos` only where the row still holds the state it was read in (`esperado`: column ->
+// value, NULL for "still empty"); refuses with `mudou` when no row took the change.
+void mudarEstado(db::Transacao &t, const QString &tabela, const QString &chave, const QVariant &valor, const Valores &novos,
+                 const Valores &esperado, const QString &mudou);
+
 // ------------------------------------------------------------------ details edited with the record
 
 // One row of a detail as the edit holds it: ID 0 until written; `alterada` when typed in this edit.

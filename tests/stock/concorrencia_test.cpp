@@ -1,0 +1,81 @@
+// Two workstations approving and cancelling the same inventory movement at the same moment,
+// through a real server: each step moves the stock once, and never twice.
+
+#include "Inventario.h"
+#include "apoio/ServidorFirebird.h"
+#include "schema/Atualizacao.h"
+
+#include <QDate>
+#include <atomic>
+#include <barrier>
+#include <gtest/gtest.h>
+#include <thread>
+
+using namespace orb;
+
+TEST(Concorrencia, RacingApprovalsMoveTheStockOncePerStep)
+{
+    if (!teste::ServidorFirebird::disponivel()) GTEST_SKIP() << teste::ServidorFirebird::motivoIndisponivel().toStdString();
+    teste::ServidorFirebird servidor;
+    const db::Conexao c{servidor.endereco("ORBManager.fdb"), servidor.usuario(), servidor.senha()};
+    esquema::criarBanco(c);
+    int papel = 0, codigo = 0;
+    {
+        auto b = db::Banco::abrir(c);
+        db::Transacao t(*b);
+        const int grupo = db::escalar(t, "insert into TbGrupos (Codigo, Grupo) values (1, 'ESCRITÓRIO') returning Id").toInt();
+        const int sub = db::escalar(t, "insert into TbGruposSub (Fk, Codigo, Subgrupo) values (:G, 1, 'PAPEL') returning Id", {{"G", grupo}}).toInt();
+        papel = db::escalar(t, "insert into TbInventario (Tipo, Codigo, Descricao, Un, IdGrupo, IdSubgrupo, EstAtual) "
+                               "values ('ESTOQUE', 1, 'Papel A4', 'CX', :G, :S, 0) returning Id", {{"G", grupo}, {"S", sub}}).toInt();
+        const int resp = db::escalar(t, "insert into TbCad (Codigo, Nome, Apelido, Fu, Pessoa) values (77, 'Ana Lima', 'ANA', 'S', 'F') "
+                                        "returning Codigo").toInt();
+        Valores l = novaLinha();
+        l["TIPOMOVIMENTACAO"] = kEntrada;
+        for (const auto &[k, v] : Valores{{"IDGRUPO", grupo}, {"IDSUBGRUPO", sub}, {"IDINVENTARIO", papel}, {"QTD", QVariant::fromValue(db::Decimal("1"))},
+                                          {"ORIGEM", "Fornecedor"}, {"DESTINO", "Almoxarifado"}, {"CODREMETENTE", resp}, {"CODDESTINATARIO", resp}})
+            l[k] = v;
+        Valores cab = novaMovimentacao(QDate(2026, 11, 23));
+        cab["FORMAENVIORECTO"] = kViaOutros;
+        cab["CODRESPMOVIMENTACAO"] = resp;
+        codigo = salvarMovimentacao(t, 0, cab, {l});
+        t.commit();
+    }
+
+    constexpr int kRodadas = 400;
+    std::atomic<int> aprovadas{0}, canceladas{0}, duplas{0};
+    std::barrier largada(2);
+    auto estacao = [&] {
+        auto b = db::Banco::abrir(c);
+        for (int r = 0; r < kRodadas; ++r) {
+            largada.arrive_and_wait();  // both workstations press the button together
+            db::Transacao t(*b);
+            try {
+                if (r % 2 == 0) aprovarMovimentacao(t, codigo, QDate(2026, 11, 23), 77);
+                else cancelarAprovacao(t, codigo);
+                t.commit();
+                ++(r % 2 == 0 ? aprovadas : canceladas);
+            } catch (const Recusa &) {
+                t.rollback();  // the other one got there first and committed
+            } catch (const db::ErroBanco &e) {
+                t.rollback();
+                if (e.tipo() != db::TipoErro::Conflito) ++duplas;  // only "another workstation" is expected
+            }
+            largada.arrive_and_wait();  // the round is over for both before the next one starts
+        }
+    };
+    std::thread a(estacao), b(estacao);
+    a.join();
+    b.join();
+
+    EXPECT_EQ(duplas.load(), 0);
+    EXPECT_GT(aprovadas.load(), 0);
+    // A cancelling can only follow an approval, so the two counts differ by at most one.
+    EXPECT_LE(canceladas.load(), aprovadas.load());
+    EXPECT_LE(aprovadas.load() - canceladas.load(), 1);
+    auto banco = db::Banco::abrir(c);
+    db::Transacao t(*banco, db::Modo::Leitura);
+    const db::Decimal estoque = db::escalar(t, "select EstAtual from TbInventario where Id = :ID", {{"ID", papel}}).value<db::Decimal>();
+    EXPECT_EQ(estoque, db::Decimal::inteiro(aprovadas.load() - canceladas.load()));
+    const bool aprovada = !db::escalar(t, "select DataAprovacao from TbMovInventario where Codigo = :C", {{"C", codigo}}).isNull();
+    EXPECT_EQ(aprovada, aprovadas.load() > canceladas.load());
+}
