@@ -8,11 +8,6 @@ namespace orb {
 
 namespace {
 
-void log(db::Transacao &t, const QString &tabela, const QString &chave, const QVariant &valor, const QString &acao,
-         const QList<QPair<QString, QString>> &detalhes = {})
-{
-    if (Tabs) Tabs->Log(t, tabela, chave, valor, acao, detalhes);
-}
 
 // A detail as a registry of its own: its table, its fields, the record's key written on every row.
 DeclaracaoRegistro comoRegistro(const DetalheRegistro &d, int idMestre)
@@ -30,7 +25,7 @@ DeclaracaoRegistro comoRegistro(const DetalheRegistro &d, int idMestre)
 void logRegistro(db::Transacao &t, const QString &tabela, const QString &chave, const QVariant &valor, const QString &acao,
                  const QList<QPair<QString, QString>> &detalhes)
 {
-    log(t, tabela, chave, valor, acao, detalhes);
+    if (Tabs) Tabs->Log(t, tabela, chave, valor, acao, detalhes);
 }
 
 bool preenchido(const QVariant &v)
@@ -117,7 +112,7 @@ int escrever(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v)
     if (id == 0) sql = QString("Insert Into %1 (%2) Values (%3)").arg(d.tabela, cols.join(", "), params.join(", "));
     else if (!v.empty()) sql = QString("Update %1 Set %2 Where %3 = :ID_").arg(d.tabela, sets.join(", "), d.chave);
     if (sql.isEmpty()) {
-        log(t, d.tabela, d.chave, id, acao);
+        logRegistro(t, d.tabela, d.chave, id, acao);
         return id;
     }
     db::Consulta q(t, sql + devolver);
@@ -125,7 +120,7 @@ int escrever(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v)
     if (id) q.bind("ID_", id);
     q.executar();
     if (!q.proxima()) {  // nothing changed: the record is gone
-        log(t, d.tabela, d.chave, id, acao);
+        logRegistro(t, d.tabela, d.chave, id, acao);
         return id;
     }
     const int chave = imagem.isEmpty() ? q.valor(0).toInt() : q.valor(int(imagem.size())).toInt();
@@ -171,7 +166,7 @@ void excluirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id)
     QList<QPair<QString, QString>> detalhes = d.dependentes;
     for (const DetalheRegistro &x : d.detalhes)
         if (x.editavel() && !detalhes.contains({x.tabela, x.chave})) detalhes.append({x.tabela, x.chave});
-    log(t, d.tabela, d.chave, id, kExclusao, detalhes);
+    logRegistro(t, d.tabela, d.chave, id, kExclusao, detalhes);
     for (const auto &[tabela, fk] : std::as_const(detalhes))
         db::executar(t, QString("Delete From %1 Where %2 = :ID").arg(tabela, fk), {{"ID", id}});
     db::executar(t, QString("Delete From %1 Where %2 = :ID").arg(d.tabela, d.chave), {{"ID", id}});
@@ -278,7 +273,7 @@ void gravarDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, int idMestre,
         const DetalheRegistro &x = d.detalhes[i];
         if (!x.editavel()) continue;
         for (int id : e[i].excluidas) {
-            log(t, x.tabela, QStringLiteral("ID"), id, kExclusao);
+            logRegistro(t, x.tabela, QStringLiteral("ID"), id, kExclusao);
             db::executar(t, QString("Delete From %1 Where (Id = :ID) and (%2 = :MESTRE)").arg(x.tabela, x.chave),
                          {{"ID", id}, {"MESTRE", idMestre}});
         }
@@ -289,7 +284,6 @@ void gravarDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, int idMestre,
             Valores v;
             for (const CampoForm &c : x.campos)
                 if (auto it = l.valores.find(c.coluna); it != l.valores.end()) v[c.coluna] = it->second;
-            conferirObrigatorios(x.campos, v);
             escrever(t, r, l.id, v);
         }
     }

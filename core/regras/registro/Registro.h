@@ -146,8 +146,8 @@ EdicaoDetalhes lerDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, int id
 void conferirLinhaDetalhe(db::Transacao &t, const DetalheRegistro &d, const Valores &linha, const QList<Valores> &outras);
 // Every row of every editable detail, in order.
 void conferirDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, const EdicaoDetalhes &e);
-// Writes what the edit changed under the record idMestre: removed rows logged and deleted,
-// new and typed rows written and logged.
+// Writes what the edit changed under the record idMestre (rows already checked by conferirDetalhes):
+// removed rows logged and deleted, new and typed rows written and logged.
 void gravarDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, int idMestre, const EdicaoDetalhes &e);
 
 // The whole save of a declared registry: the record's checks, the details' checks, then the

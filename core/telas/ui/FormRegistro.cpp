@@ -242,7 +242,10 @@ int FormRegistro::idDaLinhaDetalhe(int i, int linha) const
 void FormRegistro::mostrarDetalhes()
 {
     for (int i = 0; i < detalhes_.size(); ++i)
-        if (detalhes_[i].linhas) detalhes_[i].linhas->definir(&edicao_[i]);
+        if (detalhes_[i].linhas) {
+            detalhes_[i].linhas->definir(&edicao_[i]);
+            detalhes_[i].grade->resizeColumnsToContents();  // captions and names whole, not cut
+        }
 }
 
 void FormRegistro::registroMudou(int id)
