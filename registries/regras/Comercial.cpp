@@ -4,6 +4,7 @@
 #include "Comercial.h"
 
 #include "acesso/Login.h"
+#include "acesso/Permissoes.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -309,10 +310,46 @@ bool codigoRepetido(db::Transacao &t, int id, int codigo)
 
 // --- Save -----------------------------------------------------------------------------------------
 
+namespace {
+
+// Who may use the program and how far is the access levels' business: a record that is or becomes
+// a user has its flag, login, level, type and another person's password changed only with the
+// levels right, and a user never changes their own flag, level or type, whatever rights they hold.
+void exigirDireitoConta(db::Transacao &t, int id, const Valores &v, const Valores &guardado, bool senhaNova,
+                        const Sessao &atual)
+{
+    if (!marcado(v.count("US") ? v : guardado, "US") && !marcado(guardado, "US")) return;
+    auto muda = [&](const QString &c) {
+        if (!v.count(c)) return false;
+        return texto(v, c).toUpper() != texto(guardado, c).toUpper();
+    };
+    const bool proprio = id != 0 && id == atual.idUsuario;
+    for (const char *c : {"US", "IDNIVEL", "TIPOUSUARIO"})
+        if (proprio && muda(c)) throw Recusa(kSemPermissao, c);
+    QString campo;
+    for (const char *c : {"US", "USUARIO", "IDNIVEL", "TIPOUSUARIO"})
+        if (campo.isEmpty() && muda(c)) campo = c;
+    if (campo.isEmpty() && senhaNova && !proprio) campo = "SENHA";
+    if (campo.isEmpty()) return;
+    try {
+        exigirDireitoNiveis(t, atual);
+    } catch (const Recusa &r) {
+        throw Recusa(r.texto, campo);
+    }
+}
+
+} // namespace
+
 int salvarCadastro(db::Transacao &t, int id, Valores v, const ModoCadastro &m, const EdicaoDetalhe &situacoes,
                    const Sessao &atual, const QDate &hoje, const QList<Valores> &agenda)
 {
     const bool novo = id <= 0;
+
+    // The screen's rights first, the situation and agenda rows' own with them.
+    exigirOperacao(t, atual, novo ? QStringLiteral("Incluir") : QStringLiteral("Alterar"));
+    EdicaoDetalhe linhasAgenda;
+    for (const Valores &a : agenda) linhasAgenda.linhas.append({a.count("ID") ? a.at("ID").toInt() : 0, a, true});
+    exigirDireitosDetalhes(t, atual, {situacoes, linhasAgenda});
 
     // The checks look at the record as it will be: what is stored, overlaid by this edit.
     Valores guardado;
@@ -380,6 +417,7 @@ int salvarCadastro(db::Transacao &t, int id, Valores v, const ModoCadastro &m, c
     // The account, when the record is a user.
     const QString novaSenha = v.count(kNovaSenha) ? v.at(kNovaSenha).toString() : QString();
     const QString novaSenhaWeb = v.count(kNovaSenhaWeb) ? v.at(kNovaSenhaWeb).toString() : QString();
+    exigirDireitoConta(t, novo ? 0 : id, v, guardado, !novaSenha.isEmpty(), atual);
     if (marcado(ef, "US")) {
         const QString login = texto(ef, "USUARIO").toUpper();
         if (login.isEmpty() || (novaSenha.isEmpty() && texto(guardado, "SENHA").isEmpty() && texto(guardado, "SENHAHASH").isEmpty()))
@@ -450,8 +488,14 @@ int salvarCadastro(db::Transacao &t, int id, Valores v, const ModoCadastro &m, c
 
 // --- Delete, situation ----------------------------------------------------------------------------
 
-void excluirCadastro(db::Transacao &t, int id)
+void excluirCadastro(db::Transacao &t, int id, const Sessao &atual)
 {
+    exigirOperacao(t, atual, QStringLiteral("Excluir"));
+    // Deleting a user takes their access away: the levels' business, and never one's own.
+    if (existe(t, "Select First 1 Id From TbCad Where (Id = :ID) and (Us = 'S')", id)) {
+        if (id == atual.idUsuario) throw Recusa(kSemPermissao);
+        exigirDireitoNiveis(t, atual);
+    }
     // Every check looks at the rows themselves, not at the role flags: a role unticked after its
     // sales were made must not leave those sales without their party.
     const struct {

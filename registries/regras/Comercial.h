@@ -119,7 +119,7 @@ int salvarCadastro(db::Transacao &t, int id, Valores v, const ModoCadastro &m, c
 // --- Delete, situation ----------------------------------------------------------------------------
 
 // Refuses while the record is in use (in the order the form tells them), else removes it with its details.
-void excluirCadastro(db::Transacao &t, int id);
+void excluirCadastro(db::Transacao &t, int id, const Sessao &atual);
 
 // SITUACAO of the latest TBCADSIT row dated `hoje` or earlier (later rows are not current yet); empty when none.
 QString situacaoAtual(db::Transacao &t, int id, const QDate &hoje);

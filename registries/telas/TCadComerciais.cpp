@@ -350,7 +350,7 @@ int TCadComerciais::gravarCabecalho(db::Transacao &t, int id)
             }
     if (modo_.codigo == "Md" && id == 0 && agenda.isEmpty()) agenda << agendaPadrao(QDate::currentDate(), sessao());
     try {
-        const int salvo = salvarCadastro(t, id, v, modo_, iSit >= 0 ? edicao()[iSit] : EdicaoDetalhe{}, sessao(),
+        const int salvo = salvarCadastro(t, id, v, modo_, iSit >= 0 ? edicao()[iSit] : EdicaoDetalhe{}, quem(),
                                          QDate::currentDate(), agenda);
         // Users editing their own record see their new name and level at once.
         if (salvo == sessao().idUsuario) atualizarSessao(t, sessao());
@@ -381,7 +381,7 @@ bool TCadComerciais::confirmarCancelamento()
 
 void TCadComerciais::apagar(db::Transacao &t, int id)
 {
-    excluirCadastro(t, id);
+    excluirCadastro(t, id, quem());
     Tabs->Deb("Cadastro Excluído (" + QString::number(id) + ")");
 }
 

@@ -2,6 +2,7 @@
 
 #include "dados/Tabs.h"
 #include "Recusa.h"
+#include "acesso/Permissoes.h"
 
 namespace orb {
 
@@ -184,7 +185,8 @@ LinhaEstoque conferirLinhaEstoque(db::Transacao &t, const QString &empresa, cons
     return l;
 }
 
-int salvarItem(db::Transacao &t, int id, Valores v, const QList<LinhaEstoque> &estoques, const QString &ramo)
+int salvarItem(db::Transacao &t, int id, Valores v, const QList<LinhaEstoque> &estoques, const QString &ramo,
+               const Sessao &quem)
 {
     const bool mercadoria = texto(v, "TIPO").isEmpty() || texto(v, "TIPO") == "M";
     if (texto(v, "CODIGO").isEmpty()) throw Recusa(QStringLiteral("Defina o código primeiro!"), "CODIGO");
@@ -212,7 +214,7 @@ int salvarItem(db::Transacao &t, int id, Valores v, const QList<LinhaEstoque> &e
     DeclaracaoRegistro d;
     d.tabela = "TBITENS";
     const bool novo = id == 0;
-    id = gravarRegistro(t, d, id, v);
+    id = gravarRegistro(t, d, id, v, quem);
 
 
     // The stock rows as the edit holds them, written and logged as any detail of a record.
@@ -229,7 +231,7 @@ int salvarItem(db::Transacao &t, int id, Valores v, const QList<LinhaEstoque> &e
             if (!mantidos.contains(l.id)) e.excluidas << l.id;
     DeclaracaoRegistro comEstoques;
     comEstoques.detalhes = {detalheEstoques()};
-    gravarDetalhes(t, comEstoques, id, {e});
+    gravarDetalhes(t, comEstoques, id, {e}, quem);
     return id;
 }
 
@@ -240,10 +242,10 @@ void conferirExclusaoItem(db::Transacao &t, int id)
         throw Recusa(QStringLiteral("Este item não pode ser excluído por já estar sendo utilizada em uma operação comercial!"));
 }
 
-void excluirItem(db::Transacao &t, int id)
+void excluirItem(db::Transacao &t, int id, const Sessao &quem)
 {
     conferirExclusaoItem(t, id);
-    excluirRegistro(t, declaracaoEstoque(), id);
+    excluirRegistro(t, declaracaoEstoque(), id, quem);
 }
 
 DetalheRegistro detalheEstoques()

@@ -51,13 +51,14 @@ LinhaEstoque conferirLinhaEstoque(db::Transacao &t, const QString &empresa, cons
 
 // Checks in order and writes the item and its stock rows (rows missing from `estoques` are
 // deleted); returns the item's ID. `ramo` is the business segment of the installation.
-int salvarItem(db::Transacao &t, int id, Valores v, const QList<LinhaEstoque> &estoques, const QString &ramo);
+int salvarItem(db::Transacao &t, int id, Valores v, const QList<LinhaEstoque> &estoques, const QString &ramo,
+               const Sessao &quem);
 // The stock rows as a detail of the item (TBITENSEST), written by salvarItem.
 DetalheRegistro detalheEstoques();
 // Refuses an item used in any commercial operation, of any kind or state.
 void conferirExclusaoItem(db::Transacao &t, int id);
 // Deletes the item with its stock rows, photos and suppliers, after the same refusal.
-void excluirItem(db::Transacao &t, int id);
+void excluirItem(db::Transacao &t, int id, const Sessao &quem);
 
 // ------------------------------------------------------------------ browse
 

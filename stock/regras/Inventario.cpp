@@ -1,6 +1,7 @@
 #include "Inventario.h"
 
 #include "Recusa.h"
+#include "acesso/Permissoes.h"
 
 #include <optional>
 
@@ -189,8 +190,9 @@ void conferirExclusaoItemInventario(db::Transacao &t, int id)
         throw Recusa("Esse item não pode ser excluído por constar em movimentações!");
 }
 
-void excluirItemInventario(db::Transacao &t, int id)
+void excluirItemInventario(db::Transacao &t, int id, const Sessao &quem)
 {
+    exigirOperacao(t, quem, QStringLiteral("Excluir"));
     conferirExclusaoItemInventario(t, id);
     DeclaracaoRegistro d;
     d.tabela = QStringLiteral("TBINVENTARIO");
@@ -246,8 +248,9 @@ DeclaracaoRegistro declaracaoManutencoes()
     return d;
 }
 
-int salvarManutencao(db::Transacao &t, int id, const Valores &v)
+int salvarManutencao(db::Transacao &t, int id, const Valores &v, const Sessao &quem)
 {
+    exigirOperacao(t, quem, id ? QStringLiteral("Alterar") : QStringLiteral("Incluir"));
     const int antigo = id ? db::escalar(t, "Select Inventario From TbManutInventario Where Id = :ID", {{"ID", id}}).toInt() : 0;
     const int novo = gravarRegistro(t, declaracaoManutencoes(), id, v);
     atualizarUltimaManutencao(t, valor(v, "INVENTARIO").toInt());
@@ -255,8 +258,9 @@ int salvarManutencao(db::Transacao &t, int id, const Valores &v)
     return novo;
 }
 
-void excluirManutencao(db::Transacao &t, int id)
+void excluirManutencao(db::Transacao &t, int id, const Sessao &quem)
 {
+    exigirOperacao(t, quem, QStringLiteral("Excluir"));
     const int inv = db::escalar(t, "Select Inventario From TbManutInventario Where Id = :ID", {{"ID", id}}).toInt();
     excluirRegistro(t, declaracaoManutencoes(), id);
     atualizarUltimaManutencao(t, inv);
@@ -350,8 +354,9 @@ void conferirMovimentacaoAberta(db::Transacao &t, int codigo, const QString &ope
     throw Recusa("Essa movimentação não pode ser alterada por já ter sido aprovada!");
 }
 
-int salvarMovimentacao(db::Transacao &t, int codigo, Valores cab, Linhas linhas)
+int salvarMovimentacao(db::Transacao &t, int codigo, Valores cab, Linhas linhas, const Sessao &quem)
 {
+    exigirOperacao(t, quem, codigo ? QStringLiteral("Alterar") : QStringLiteral("Incluir"));
     if (codigo) conferirMovimentacaoAberta(t, codigo, "Alterar");
     if (vazio(cab, "DATA")) throw Recusa("Digite a data da movimentação primeiro!", "DATA");
     const QString via = valor(cab, "FORMAENVIORECTO").toString();
@@ -409,16 +414,18 @@ Linhas linhasDaMovimentacao(db::Transacao &t, int codigo)
     return r;
 }
 
-void excluirMovimentacao(db::Transacao &t, int codigo)
+void excluirMovimentacao(db::Transacao &t, int codigo, const Sessao &quem)
 {
+    exigirOperacao(t, quem, QStringLiteral("Excluir"));
     conferirMovimentacaoAberta(t, codigo, "Excluir");
     DeclaracaoRegistro d = declaracaoMovimentacoes();
     d.dependentes = {{"TBITENSMOVINVENTARIO", "MOVIMENTACAO"}};
     excluirRegistro(t, d, codigo);
 }
 
-void aprovarMovimentacao(db::Transacao &t, int codigo, const QDate &data, const QVariant &codResponsavel)
+void aprovarMovimentacao(db::Transacao &t, int codigo, const QDate &data, const QVariant &codResponsavel, const Sessao &quem)
 {
+    exigirOperacao(t, quem, quem.menuAtual, quem.moduloAtual, kAprovarMovimentacao);
     if (!codigo) throw Recusa("Selecione a movimentação que deseja aprovar!");
     const Valores atual = travarEstado(t, "TBMOVINVENTARIO", "CODIGO", codigo, {"DATAAPROVACAO"},
                                        "Selecione a movimentação que deseja aprovar!");
@@ -432,8 +439,9 @@ void aprovarMovimentacao(db::Transacao &t, int codigo, const QDate &data, const 
     moverEstoque(t, codigo, 1);
 }
 
-void cancelarAprovacao(db::Transacao &t, int codigo)
+void cancelarAprovacao(db::Transacao &t, int codigo, const Sessao &quem)
 {
+    exigirOperacao(t, quem, quem.menuAtual, quem.moduloAtual, kCancelarAprovacao);
     if (!codigo) throw Recusa("Selecione uma movimentação primeiro!");
     const Valores atual = travarEstado(t, "TBMOVINVENTARIO", "CODIGO", codigo, {"DATAAPROVACAO"}, "Selecione uma movimentação primeiro!");
     if (atual.at("DATAAPROVACAO").isNull()) throw Recusa("Essa movimentação ainda não foi aprovada!");
@@ -473,7 +481,7 @@ QStringList operacoesInventario()
     QStringList r;
     for (const char *folha : {"Estoque", "Imobilizado", "Manutenção", "Movimentação"})
         for (const char *op : {"Incluir", "Alterar", "Imprimir", "Excluir"}) r << QString::fromUtf8(op) + " " + QString::fromUtf8(folha);
-    r << QStringLiteral("Aprovar Movimentação") << QStringLiteral("Cancelar Aprovação de Movimentação");
+    r << kAprovarMovimentacao << kCancelarAprovacao;
     return r;
 }
 

@@ -29,14 +29,14 @@ DeclaracaoRegistro declaracaoItens(const QString &tipo);
 void conferirItem(db::Transacao &t, const QString &tipo, const Valores &v);
 // An item in a movement stays; an asset's maintenances go with it.
 void conferirExclusaoItemInventario(db::Transacao &t, int id);
-void excluirItemInventario(db::Transacao &t, int id);
+void excluirItemInventario(db::Transacao &t, int id, const Sessao &quem);
 
 // ---- maintenances of assets in TBMANUTINVENTARIO (INVENTARIO = the asset's ID)
 
 DeclaracaoRegistro declaracaoManutencoes();
 void conferirManutencao(db::Transacao &t, int id, const Valores &v);
-int salvarManutencao(db::Transacao &t, int id, const Valores &v);
-void excluirManutencao(db::Transacao &t, int id);
+int salvarManutencao(db::Transacao &t, int id, const Valores &v, const Sessao &quem);
+void excluirManutencao(db::Transacao &t, int id, const Sessao &quem);
 // DATAULTMANUTENCAO of the asset follows its latest maintenance.
 void atualizarUltimaManutencao(db::Transacao &t, int idInventario);
 
@@ -57,16 +57,19 @@ QString rotuloTipoParte(const QString &tipo);
 // (item code, description, unit, group and subgroup, names of sender and recipient).
 void conferirLinha(db::Transacao &t, Valores &linha, const Linhas &outras);
 // Checks the header and every line, writes them; codigo 0 = a new movement. Returns its CODIGO.
-int salvarMovimentacao(db::Transacao &t, int codigo, Valores cab, Linhas linhas);
+// The lines are the movement's body: the movement's own "Incluir"/"Alterar" covers them.
+int salvarMovimentacao(db::Transacao &t, int codigo, Valores cab, Linhas linhas, const Sessao &quem);
 Linhas linhasDaMovimentacao(db::Transacao &t, int codigo);
 bool movimentacaoAprovada(db::Transacao &t, int codigo);
 // Refuses changing or deleting an approved movement.
 void conferirMovimentacaoAberta(db::Transacao &t, int codigo, const QString &operacao);
-void excluirMovimentacao(db::Transacao &t, int codigo);
+void excluirMovimentacao(db::Transacao &t, int codigo, const Sessao &quem);
 
 // Approval moves the supplies' stock: ENTRADA adds QTD, SAÍDA subtracts it; assets never change.
-void aprovarMovimentacao(db::Transacao &t, int codigo, const QDate &data, const QVariant &codResponsavel);
-void cancelarAprovacao(db::Transacao &t, int codigo);
+void aprovarMovimentacao(db::Transacao &t, int codigo, const QDate &data, const QVariant &codResponsavel, const Sessao &quem);
+void cancelarAprovacao(db::Transacao &t, int codigo, const Sessao &quem);
+inline const QString kAprovarMovimentacao = QStringLiteral("Aprovar Movimentação");
+inline const QString kCancelarAprovacao = QStringLiteral("Cancelar Aprovação de Movimentação");
 
 // The operations of the screen registered in the permission catalogue.
 QStringList operacoesInventario();

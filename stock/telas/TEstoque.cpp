@@ -283,12 +283,12 @@ void TEstoque::mostrarFoto(db::Transacao &t, int id)
 int TEstoque::gravarCabecalho(db::Transacao &t, int id)
 {
     principalDigitado();
-    return salvarItem(t, id, valoresNaTela(), estoques_, ramo_);
+    return salvarItem(t, id, valoresNaTela(), estoques_, ramo_, quem());
 }
 
 void TEstoque::apagar(db::Transacao &t, int id)
 {
-    excluirItem(t, id);
+    excluirItem(t, id, quem());
     Tabs->Deb(declaracao().traco + QString::number(id) + ")");
 }
 

@@ -97,7 +97,7 @@ void FolhaItens::conferirOperacao(const QString &operacao, int id)
 
 void FolhaItens::apagar(db::Transacao &t, int id)
 {
-    excluirItemInventario(t, id);
+    excluirItemInventario(t, id, quem());
     Tabs->Deb(declaracao().traco + QString::number(id) + ")");
 }
 
@@ -109,12 +109,12 @@ int FolhaManutencoes::gravarCabecalho(db::Transacao &t, int id)
 {
     Valores v;
     for (const CampoForm &c : declaracao().campos) v[c.coluna] = valorDoCampo(c.coluna);
-    return salvarManutencao(t, id, v);
+    return salvarManutencao(t, id, v, quem());
 }
 
 void FolhaManutencoes::apagar(db::Transacao &t, int id)
 {
-    excluirManutencao(t, id);
+    excluirManutencao(t, id, quem());
     Tabs->Deb(declaracao().traco + QString::number(id) + ")");
 }
 
@@ -314,12 +314,12 @@ int FolhaMovimentacao::gravarCabecalho(db::Transacao &t, int id)
 {
     Valores cab;
     for (const CampoForm &c : declaracao().campos) cab[c.coluna] = valorDoCampo(c.coluna);
-    return salvarMovimentacao(t, id, cab, linhas_);
+    return salvarMovimentacao(t, id, cab, linhas_, quem());
 }
 
 void FolhaMovimentacao::apagar(db::Transacao &t, int id)
 {
-    excluirMovimentacao(t, id);
+    excluirMovimentacao(t, id, quem());
     Tabs->Deb(declaracao().traco + QString::number(id) + ")");
 }
 
@@ -383,8 +383,8 @@ void FolhaMovimentacao::BtExcluirLinhaClick()
 bool FolhaMovimentacao::permitido(const QString &operacao)
 {
     Sessao &s = sessao();
-    s.menuAtual = kMenu;
-    s.moduloAtual = kClasse;
+    s.menuAtual = quem().menuAtual;
+    s.moduloAtual = quem().moduloAtual;
     if (AcessoModulos(operacao)) return true;
     if (s.logado()) SemPermissao();
     return false;
@@ -399,14 +399,14 @@ void FolhaMovimentacao::BtAprovarClick()
         Atencao("Selecione a movimentação que deseja aprovar!");
         return;
     }
-    if (!permitido(QStringLiteral("Aprovar Movimentação"))) return;
+    if (!permitido(kAprovarMovimentacao)) return;
     QDate data = QDate::currentDate();
     QVariant resp;
     // A refusal of the dialog's own fields asks again with what was chosen.
     while (pedirAprovacao(data, resp)) {
         QString campo;
         const auto d = naTransacao([&](db::Transacao &t) {
-            aprovarMovimentacao(t, codigo, data, resp);
+            aprovarMovimentacao(t, codigo, data, resp, quem());
             Tabs->Log(t, "TBMOVINVENTARIO", "CODIGO", codigo, kAlteracao);
         }, &campo);
         if (d == Desfecho::Feito) {
@@ -426,10 +426,10 @@ void FolhaMovimentacao::BtCancelarAprovacaoClick()
         Atencao("Selecione uma movimentação primeiro!");
         return;
     }
-    if (!permitido(QStringLiteral("Cancelar Aprovação de Movimentação"))) return;
+    if (!permitido(kCancelarAprovacao)) return;
     if (!Pergunta("Deseja realmente cancelar a aprovação desta movimentação?")) return;
     const auto d = naTransacao([&](db::Transacao &t) {
-        cancelarAprovacao(t, codigo);
+        cancelarAprovacao(t, codigo, quem());
         Tabs->Log(t, "TBMOVINVENTARIO", "CODIGO", codigo, kAlteracao);
     });
     if (d != Desfecho::Feito) return;

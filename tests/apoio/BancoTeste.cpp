@@ -54,4 +54,20 @@ void BancoTemporario::reabrir()
     banco_ = db::Banco::abrir(conexao());
 }
 
+orb::Sessao administrador(db::Transacao &t, const QString &menu, const QString &modulo)
+{
+    db::Consulta q(t, "Select U.Id, U.IdNivel, N.Nivel From TbCad U Join TbNiveis N On N.Id = U.IdNivel Where U.Usuario = 'ADMIN'");
+    q.executar();
+    if (!q.proxima()) throw std::runtime_error("banco de teste sem ADMIN");
+    orb::Sessao s;
+    s.idUsuario = q.valor(0).toInt();
+    s.usuario = QStringLiteral("ADMIN");
+    s.tipoUsuario = QStringLiteral("D");
+    s.idNivel = q.valor(1).toInt();
+    s.nivel = q.valor(2).toInt();
+    s.menuAtual = menu;
+    s.moduloAtual = modulo;
+    return s;
+}
+
 } // namespace teste

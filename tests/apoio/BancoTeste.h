@@ -1,6 +1,7 @@
 #pragma once
 // Real Firebird databases for tests: a template made once per test binary and copied per test.
 
+#include "acesso/Sessao.h"
 #include "db/Banco.h"
 
 #include <QTemporaryDir>
@@ -37,5 +38,9 @@ private:
     QString caminho_;
     std::unique_ptr<db::Banco> banco_;
 };
+
+// The installation's administrator (ADMIN, level 999), acting from a screen: passes every right.
+orb::Sessao administrador(db::Transacao &t, const QString &menu = QStringLiteral("Cadastros"),
+                          const QString &modulo = QStringLiteral("TCadComerciais"));
 
 } // namespace teste

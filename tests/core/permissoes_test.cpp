@@ -43,7 +43,7 @@ struct PermissoesTest : ::testing::Test {
     {
         db::Transacao t(tabs.DbORB());
         sincronizarCatalogo(t, {{"Sistema1", "&Sistema", {{"Usuarios1", "&Usuários...", "TUsuarios"}}}});
-        const int nivel = salvarNivel(t, {0, 10, "CAIXA"});
+        const int nivel = salvarNivel(t, {0, 10, "CAIXA"}, teste::administrador(t));
         completarArvoreNivel(t, nivel);
         for (const NoPermissao &m : lerArvoreNivel(t, nivel)) {
             gravarPermissao(t, m.tipo, m.id, true);
@@ -59,8 +59,7 @@ struct PermissoesTest : ::testing::Test {
     Sessao usuario(int idNivel, const QString &tipo = "U")
     {
         db::Transacao t(tabs.DbORB());
-        Sessao admin;
-        admin.tipoUsuario = "D";
+        const Sessao admin = teste::administrador(t, "Sistema", "TUsuarios");
         Sessao s;
         s.idUsuario = salvarUsuario(t, {0, "maria", "Maria Souza", "Maria", "segredo", tipo, idNivel}, admin);
         s.idNivel = idNivel;
@@ -163,9 +162,9 @@ TEST_F(PermissoesTest, CatalogueFollowsTheMenuOnceOnly)
 TEST_F(PermissoesTest, UserRules)
 {
     db::Transacao t(tabs.DbORB());
-    Sessao supervisor;
+    Sessao supervisor = teste::administrador(t, "Sistema", "TUsuarios");
     supervisor.tipoUsuario = "S";
-    const int nivel = salvarNivel(t, {0, 5, "VENDAS"});
+    const int nivel = salvarNivel(t, {0, 5, "VENDAS"}, teste::administrador(t));
     struct Caso { DadosUsuario u; QString recusa; };
     const Caso casos[] = {
         {{0, "joao", "João", "", "1234567890", "U", nivel}, ""},
@@ -185,10 +184,10 @@ TEST_F(PermissoesTest, UserRules)
         }
     }
     const int admin = db::escalar(t, "select Id from TbCad where Usuario = 'ADMIN'").toInt();
-    EXPECT_THROW(excluirUsuario(t, admin), Recusa);
-    EXPECT_THROW(excluirNivel(t, nivel), Recusa);  // JOAO and SUP belong to it
+    EXPECT_THROW(excluirUsuario(t, admin, teste::administrador(t)), Recusa);
+    EXPECT_THROW(excluirNivel(t, nivel, teste::administrador(t)), Recusa);  // JOAO and SUP belong to it
     const int joao = db::escalar(t, "select Id from TbCad where Usuario = 'JOAO'").toInt();
-    excluirUsuario(t, joao);
+    excluirUsuario(t, joao, teste::administrador(t));
     EXPECT_EQ(db::escalar(t, "select count(*) from TbCad where Id = :ID", {{"ID", joao}}).toInt(), 1);  // the person stays
     db::Consulta lista(t, QString(kSqlUsuarios) + " Order By U.Usuario");
     lista.executar();
@@ -248,7 +247,12 @@ TEST_F(PermissoesTest, MainWindowShowsOnlyWhatTheLevelAllows)
 TEST_F(PermissoesTest, PermissionTreeSwitchesWholeBranches)
 {
     const int nivel = nivelRestrito({});
-    TPermissoes dlg(nivel, "CAIXA");
+    Sessao adm;
+    {
+        db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+        adm = teste::administrador(t, "Sistema", "TNiveis");
+    }
+    TPermissoes dlg(nivel, "CAIXA", adm);
     QTreeWidget *a = dlg.arvore();
     ASSERT_EQ(a->topLevelItemCount(), 1);
     QTreeWidgetItem *modulo = a->topLevelItem(0)->child(0);

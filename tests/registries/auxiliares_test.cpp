@@ -133,7 +133,7 @@ TEST_F(AuxiliaresTest, PlanIsACommercialRowWithPrices)
     }
     EdicaoDetalhes e(d.detalhes.size());
     e[0].incluir({{"FK", exame}, {"PRUNITARIO", QVariant::fromValue(db::Decimal("35.50"))}});
-    gravarDetalhes(t, d, plano, e);
+    gravarDetalhes(t, d, plano, e, teste::administrador(t));
     db::Consulta q(t, precos.sqlGrade);
     q.bind("MESTRE", plano);
     q.executar();

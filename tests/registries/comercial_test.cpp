@@ -273,7 +273,7 @@ TEST_F(ComercialTest, DeleteRefusalsInOrder)
         const int id = inserir({{"NOME", "ALVO"}, {"CL", "S"}, {"FO", "S"}, {"TR", "S"}, {"RE", "S"}});
         for (int j = i; j < n; ++j) db::executar(t, regras[j].second, {{"ID", id}});
         try {
-            excluirCadastro(t, id);
+            excluirCadastro(t, id, teste::administrador(t));
             ADD_FAILURE() << "deleted at rule " << i;
         } catch (const Recusa &r) {
             EXPECT_EQ(r.texto, regras[i].first);
@@ -287,7 +287,7 @@ TEST_F(ComercialTest, DeleteRefusalsInOrder)
     const int id = inserir({{"NOME", "LIVRE"}, {"CL", "S"}});
     const QStringList detalhes = {"TbCadSit", "TbCadCont", "TbCadEspec", "TbCadEmpSit", "TbCadFuncSit", "TbCadMedSit", "TbCadEquip"};
     for (const QString &tab : detalhes) db::executar(t, "Insert Into " + tab + " (Fk) Values (:ID)", {{"ID", id}});
-    excluirCadastro(t, id);
+    excluirCadastro(t, id, teste::administrador(t));
     EXPECT_EQ(contar("Select Count(*) From TbCad Where Id = :ID", id), 0);
     for (const QString &tab : detalhes) EXPECT_EQ(contar("Select Count(*) From " + tab + " Where Fk = :ID", id), 0) << tab.toStdString();
 }

@@ -2,6 +2,7 @@
 // through a real server: each step moves the stock once, and never twice.
 
 #include "Inventario.h"
+#include "apoio/BancoTeste.h"
 #include "apoio/ServidorFirebird.h"
 #include "schema/Atualizacao.h"
 
@@ -37,7 +38,7 @@ TEST(Concorrencia, RacingApprovalsMoveTheStockOncePerStep)
         Valores cab = novaMovimentacao(QDate(2026, 11, 23));
         cab["FORMAENVIORECTO"] = kViaOutros;
         cab["CODRESPMOVIMENTACAO"] = resp;
-        codigo = salvarMovimentacao(t, 0, cab, {l});
+        codigo = salvarMovimentacao(t, 0, cab, {l}, teste::administrador(t));
         t.commit();
     }
 
@@ -50,8 +51,8 @@ TEST(Concorrencia, RacingApprovalsMoveTheStockOncePerStep)
             largada.arrive_and_wait();  // both workstations press the button together
             db::Transacao t(*b);
             try {
-                if (r % 2 == 0) aprovarMovimentacao(t, codigo, QDate(2026, 11, 23), 77);
-                else cancelarAprovacao(t, codigo);
+                if (r % 2 == 0) aprovarMovimentacao(t, codigo, QDate(2026, 11, 23), 77, teste::administrador(t));
+                else cancelarAprovacao(t, codigo, teste::administrador(t));
                 t.commit();
                 ++(r % 2 == 0 ? aprovadas : canceladas);
             } catch (const Recusa &) {

@@ -236,7 +236,7 @@ TEST_F(EdicaoTest, InventoryMovementFailedLineThenCorrected)
     db::Transacao &t = tabs.Tr("TrMovInventario");
     t.iniciar();
     try {
-        db::tentativa(t, [&] { return salvarMovimentacao(t, 0, cab, linhas); });
+        db::tentativa(t, [&] { return salvarMovimentacao(t, 0, cab, linhas, teste::administrador(t)); });
         ADD_FAILURE() << "a linha fora do conjunto de caracteres foi gravada";
     } catch (const db::ErroBanco &e) {
         EXPECT_EQ(e.tipo(), db::TipoErro::ForaDoConjunto) << e.mensagem().toStdString();
@@ -245,7 +245,7 @@ TEST_F(EdicaoTest, InventoryMovementFailedLineThenCorrected)
     }
     EXPECT_EQ(contar(t, "select count(*) from TbMovInventario"), 0);
     linhas[1]["OBSERVACOES"] = "urgente";
-    const int codigo = db::tentativa(t, [&] { return salvarMovimentacao(t, 0, cab, linhas); });
+    const int codigo = db::tentativa(t, [&] { return salvarMovimentacao(t, 0, cab, linhas, teste::administrador(t)); });
     t.commit();
     db::Transacao l(tabs.DbORB(), db::Modo::Leitura);
     EXPECT_EQ(contar(l, "select count(*) from TbMovInventario"), 1);
@@ -277,9 +277,9 @@ TEST(EdicaoInterrompida, Filho)
         if (d.detalhes[i].tabela == "TBITENSFORN") e[i].incluir({{"IDFORNECEDOR", fornecedor}});
     }
     db::tentativa(t, [&] {
-        const int item = salvarItem(t, 0, v, {principal, outra}, "CO");
+        const int item = salvarItem(t, 0, v, {principal, outra}, "CO", teste::administrador(t));
         conferirDetalhes(t, d, e);
-        gravarDetalhes(t, d, item, e);
+        gravarDetalhes(t, d, item, e, teste::administrador(t));
     });
     std::raise(SIGKILL);
 }

@@ -98,7 +98,7 @@ struct EstoqueTest : teste::ComTabs {
         l.atual = D(atual);
         l.minimo = D(minimo);
         l.maximo = D(maximo);
-        return salvarItem(t, 0, v, {l}, "CO");
+        return salvarItem(t, 0, v, {l}, "CO", teste::administrador(t));
     }
     static QString recusa(const std::function<void()> &f)
     {
@@ -132,7 +132,7 @@ TEST_F(EstoqueTest, CodesAreUniqueAcrossMerchandiseAndServiceTypes)
     // Again at Salvar, for the bar code.
     Valores v = item("P003", "Arruela");
     v["CODIGOBARRAS"] = "2000000000015";
-    EXPECT_EQ(recusa([&] { salvarItem(t, 0, v, {linhaPrincipal(t)}, "CO"); }),
+    EXPECT_EQ(recusa([&] { salvarItem(t, 0, v, {linhaPrincipal(t)}, "CO", teste::administrador(t)); }),
               "Este código já foi utilizado para cadastrar o Tipo de Serviço Instalação!");
 }
 
@@ -156,16 +156,16 @@ TEST_F(EstoqueTest, SaveChecksInOrder)
         {"Defina o(s) estoque(s) primeiro!", [&] { estoques << linhaPrincipal(t); }},
     };
     for (const auto &[mensagem, corrigir] : passos) {
-        EXPECT_EQ(recusa([&] { salvarItem(t, 0, v, estoques, "CO"); }), mensagem);
+        EXPECT_EQ(recusa([&] { salvarItem(t, 0, v, estoques, "CO", teste::administrador(t)); }), mensagem);
         corrigir();
     }
-    const int id = salvarItem(t, 0, v, estoques, "CO");
+    const int id = salvarItem(t, 0, v, estoques, "CO", teste::administrador(t));
     EXPECT_TRUE(db::escalar(t, "select MarkupAt from TbItens where Id = :ID", {{"ID", id}}).isNull());  // negative cleared
     EXPECT_EQ(db::escalar(t, "select count(*) from TbItensEst where Fk = :ID", {{"ID", id}}).toInt(), 1);
     // Engineering firms keep items without a manufacturer.
     Valores semFabricante = item("ENG1", "Projeto padrão");
     semFabricante.erase("IDFABRICANTE");
-    EXPECT_GT(salvarItem(t, 0, semFabricante, estoques, "EN"), 0);
+    EXPECT_GT(salvarItem(t, 0, semFabricante, estoques, "EN", teste::administrador(t)), 0);
 }
 
 // A new item takes the principal company's tax regime from its latest situation, and its stock row.
@@ -197,9 +197,9 @@ TEST_F(EstoqueTest, DeleteRefusedOnceUsedInAnyOperation)
     db::executar(t, "insert into TbItensFotos (Descricao, Fk) values ('frente', :I)", {{"I", livre}});
     const int compra = db::escalar(t, "insert into TbCom (Op) values (4) returning Id").toInt();
     db::executar(t, "insert into TbComItens (Tipo, IdItem, Qtd, Fk) values ('M', :I, 1, :C)", {{"I", usado}, {"C", compra}});
-    EXPECT_EQ(recusa([&] { excluirItem(t, usado); }),
+    EXPECT_EQ(recusa([&] { excluirItem(t, usado, teste::administrador(t)); }),
               "Este item não pode ser excluído por já estar sendo utilizada em uma operação comercial!");
-    excluirItem(t, livre);
+    excluirItem(t, livre, teste::administrador(t));
     EXPECT_EQ(db::escalar(t, "select count(*) from TbItensEst where Fk = :I", {{"I", livre}}).toInt(), 0);
     EXPECT_EQ(db::escalar(t, "select count(*) from TbItensFotos where Fk = :I", {{"I", livre}}).toInt(), 0);
 }
@@ -238,7 +238,7 @@ TEST_F(EstoqueTest, KitComponentCopiesTheItem)
               "Digite a quantidade primeiro!");
     EdicaoDetalhes e(kits->detalhes.size());
     e[0].incluir({{"IDCOMP", item}, {"QTD", 4}});
-    gravarDetalhes(t, *kits, kit, e);
+    gravarDetalhes(t, *kits, kit, e, teste::administrador(t));
     EXPECT_EQ(db::escalar(t, "select Tipo || '/' || CodComp || '/' || Descricao from TbCompKits where Kit = :K", {{"K", kit}}).toString(),
               "ITEM/K-PARAF-00/Parafuso sextavado zincado 1/4 x 2 polegadas com p");
 }

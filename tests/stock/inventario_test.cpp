@@ -168,7 +168,7 @@ TEST_F(InventarioTest, MovementChecksInOrder)
     const Linhas linhas = {linha(item(kEstoque, 1, "0"), kEntrada, "1")};
     int codigo = 0;
     EXPECT_EQ(percorrer(cabecalho(), passos, [&](const Valores &v) {
-                  codigo = salvarMovimentacao(t(), 0, v, v.at("_SEM").toBool() ? Linhas{} : linhas);
+                  codigo = salvarMovimentacao(t(), 0, v, v.at("_SEM").toBool() ? Linhas{} : linhas, teste::administrador(t()));
               }),
               mensagens(passos));
     EXPECT_EQ(sql("Select FormaEnvioRecto || '/' || Transportadora || '/' || Motorista || '/' || RespMovimentacao "
@@ -235,17 +235,17 @@ TEST_F(InventarioTest, ApprovalMovesSuppliesAndCancellingRestoresThem)
     Valores saida = linha(suprimento, kSaida, "2");
     saida["CODDESTINATARIO"] = cliente;
     saida["TIPODESTINATARIO"] = kExtCliente;
-    const int codigo = salvarMovimentacao(t(), 0, cabecalho(), {linha(suprimento, kEntrada, "5"), saida, linha(ativo, kEntrada, "1")});
-    aprovarMovimentacao(t(), codigo, QDate(2026, 3, 11), funcionario);
+    const int codigo = salvarMovimentacao(t(), 0, cabecalho(), {linha(suprimento, kEntrada, "5"), saida, linha(ativo, kEntrada, "1")}, teste::administrador(t()));
+    aprovarMovimentacao(t(), codigo, QDate(2026, 3, 11), funcionario, teste::administrador(t()));
     EXPECT_EQ(estoque(suprimento), db::Decimal("13"));
     EXPECT_EQ(estoque(ativo), db::Decimal("1"));
     EXPECT_EQ(sql("Select DataAprovacao || '/' || CodRespAprovacao || '/' || RespAprovacao From TbMovInventario Where Codigo = :C",
                   {{"C", codigo}}).toString(), "2026-03-11/501/Joana");
 
     const QList<std::pair<std::function<void()>, QString>> recusas = {
-        {[&] { aprovarMovimentacao(t(), codigo, QDate(2026, 3, 12), funcionario); }, "Essa movimentação já foi aprovada!"},
-        {[&] { excluirMovimentacao(t(), codigo); }, "Essa movimentação não pode ser excluída por já ter sido aprovada!"},
-        {[&] { salvarMovimentacao(t(), codigo, cabecalho(), linhasDaMovimentacao(t(), codigo)); },
+        {[&] { aprovarMovimentacao(t(), codigo, QDate(2026, 3, 12), funcionario, teste::administrador(t())); }, "Essa movimentação já foi aprovada!"},
+        {[&] { excluirMovimentacao(t(), codigo, teste::administrador(t())); }, "Essa movimentação não pode ser excluída por já ter sido aprovada!"},
+        {[&] { salvarMovimentacao(t(), codigo, cabecalho(), linhasDaMovimentacao(t(), codigo), teste::administrador(t())); },
          "Essa movimentação não pode ser alterada por já ter sido aprovada!"},
     };
     for (const auto &[acao, mensagem] : recusas) {
@@ -258,17 +258,17 @@ TEST_F(InventarioTest, ApprovalMovesSuppliesAndCancellingRestoresThem)
     }
     EXPECT_EQ(estoque(suprimento), db::Decimal("13"));
 
-    cancelarAprovacao(t(), codigo);
+    cancelarAprovacao(t(), codigo, teste::administrador(t()));
     EXPECT_EQ(estoque(suprimento), db::Decimal("10"));
     EXPECT_EQ(estoque(ativo), db::Decimal("1"));
     EXPECT_TRUE(sql("Select RespAprovacao From TbMovInventario Where Codigo = :C", {{"C", codigo}}).isNull());
-    excluirMovimentacao(t(), codigo);
+    excluirMovimentacao(t(), codigo, teste::administrador(t()));
     EXPECT_EQ(sql("Select Count(*) From TbItensMovInventario Where Movimentacao = :C", {{"C", codigo}}).toInt(), 0);
 }
 
 TEST_F(InventarioTest, ApprovalRefusals)
 {
-    const int codigo = salvarMovimentacao(t(), 0, cabecalho(), {linha(item(kEstoque, 1, "0"), kEntrada, "1")});
+    const int codigo = salvarMovimentacao(t(), 0, cabecalho(), {linha(item(kEstoque, 1, "0"), kEntrada, "1")}, teste::administrador(t()));
     const QList<std::tuple<int, QVariant, QString>> casos = {
         {0, funcionario, "Selecione a movimentação que deseja aprovar!"},
         {codigo, QVariant(), "Escolha o Responsável pela Aprovacao primeiro!"},
@@ -276,21 +276,21 @@ TEST_F(InventarioTest, ApprovalRefusals)
     };
     for (const auto &[c, resp, mensagem] : casos) {
         try {
-            aprovarMovimentacao(t(), c, QDate(2026, 3, 11), resp);
+            aprovarMovimentacao(t(), c, QDate(2026, 3, 11), resp, teste::administrador(t()));
             ADD_FAILURE() << "aprovada: " << mensagem.toStdString();
         } catch (const Recusa &r) {
             EXPECT_EQ(r.texto, mensagem);
         }
     }
-    EXPECT_THROW(cancelarAprovacao(t(), 0), Recusa);
+    EXPECT_THROW(cancelarAprovacao(t(), 0, teste::administrador(t())), Recusa);
 }
 
 // Typed stock may not be negative, but an approved movement may take a supply below zero.
 TEST_F(InventarioTest, ApprovedMovementMayTakeStockBelowZero)
 {
     const int suprimento = item(kEstoque, 1, "1");
-    const int codigo = salvarMovimentacao(t(), 0, cabecalho(), {linha(suprimento, kSaida, "3")});
-    aprovarMovimentacao(t(), codigo, QDate(2026, 3, 11), funcionario);
+    const int codigo = salvarMovimentacao(t(), 0, cabecalho(), {linha(suprimento, kSaida, "3")}, teste::administrador(t()));
+    aprovarMovimentacao(t(), codigo, QDate(2026, 3, 11), funcionario, teste::administrador(t()));
     EXPECT_EQ(estoque(suprimento), db::Decimal("-2"));
 }
 
@@ -306,11 +306,11 @@ TEST_F(InventarioTest, MaintenanceChecksInOrderAndLastDateOnTheAsset)
         {{{"RELATORIO", ""}}, "Digite o relatório da manutenção primeiro!", {{"RELATORIO", "Troca de filtro"}}},
         {{{"CODRESPONSAVEL", cliente}}, "Escolha o responsável primeiro!", {{"CODRESPONSAVEL", funcionario}}},
     };
-    EXPECT_EQ(percorrer({}, passos, [&](const Valores &v) { salvarManutencao(t(), 0, v); }), mensagens(passos));
+    EXPECT_EQ(percorrer({}, passos, [&](const Valores &v) { salvarManutencao(t(), 0, v, teste::administrador(t())); }), mensagens(passos));
     const int eventual = salvarManutencao(t(), 0, {{"INVENTARIO", ativo}, {"DATA", QDate(2026, 3, 5)}, {"TIPO", "EVENTUAL"},
-                                                    {"LOCAL", "Oficina"}, {"RELATORIO", "Correia"}, {"CODRESPONSAVEL", funcionario}});
+                                                    {"LOCAL", "Oficina"}, {"RELATORIO", "Correia"}, {"CODRESPONSAVEL", funcionario}}, teste::administrador(t()));
     EXPECT_EQ(sql("Select DataUltManutencao From TbInventario Where Id = :ID", {{"ID", ativo}}).toDate(), QDate(2026, 3, 5));
-    excluirManutencao(t(), eventual);
+    excluirManutencao(t(), eventual, teste::administrador(t()));
     EXPECT_EQ(sql("Select DataUltManutencao From TbInventario Where Id = :ID", {{"ID", ativo}}).toDate(), QDate(2026, 2, 1));
 }
 

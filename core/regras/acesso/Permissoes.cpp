@@ -1,21 +1,26 @@
 #include "acesso/Permissoes.h"
 
+#include "Recusa.h"
 #include "dados/Tabs.h"
+
+#include <functional>
 
 
 namespace orb {
 
 namespace {
 
-// Reads the user's row; keeps the level's ID in the session as every check must.
+// Reads the user's row with its level's number: a level changed meanwhile counts at once.
 Veredito usuarioAtivo(db::Transacao &t, Sessao &s)
 {
-    db::Consulta q(t, "Select Id, Us, IdNivel From TbCad Where (Id = :ID)");
+    db::Consulta q(t, "Select U.Id, U.Us, U.IdNivel, N.Nivel From TbCad U Left Join TbNiveis N On (N.Id = U.IdNivel) "
+                      "Where (U.Id = :ID)");
     q.bind("ID", s.idUsuario);
     q.executar();
     if (!q.proxima()) return Veredito::SemCadastro;
     if (q["US"].toString() != "S") return Veredito::AcessoRetirado;
     s.idNivel = q["IDNIVEL"].toInt();
+    s.nivel = q["NIVEL"].toInt();
     return Veredito::Permitido;
 }
 
@@ -23,13 +28,11 @@ const char *kArvore = "Select N.Id From TbNiveis N "
                       "Inner Join TbNiveisMenus Nme On (Nme.Fk = N.Id) "
                       "Inner Join TbNiveisMenusMod Nmo On (Nmo.Fk = Nme.Id) ";
 
-Veredito verificar(db::Banco &b, Sessao &s, const QString &condicaoMenu, const QString &menu, const QString &modulo,
-                   const QString &operacao)
+// The level's tree in the caller's transaction; the session already read by usuarioAtivo.
+bool naArvore(db::Transacao &t, const Sessao &s, const QString &condicaoMenu, const QString &menu, const QString &modulo,
+              const QString &operacao)
 {
-    if (s.nivel >= 900) return Veredito::Permitido;
-    db::Transacao t(b, db::Modo::Leitura);
-    const Veredito v = usuarioAtivo(t, s);
-    if (v != Veredito::Permitido) return v;
+    if (s.nivel >= 900) return true;
     QString sql = kArvore;
     if (!operacao.isNull()) sql += "Inner Join TbNiveisMenusModOp Nop On (Nop.Fk = Nmo.Id) ";
     sql += "Where (N.Id = :NIVEL) and (" + condicaoMenu + " = :MENU) and (Nmo.Nome = :MODULO)";
@@ -37,7 +40,18 @@ Veredito verificar(db::Banco &b, Sessao &s, const QString &condicaoMenu, const Q
     db::Consulta q(t, sql);
     q.bind("NIVEL", s.idNivel).bind("MENU", menu).bind("MODULO", modulo);
     if (!operacao.isNull()) q.bind("OPERACAO", operacao);
-    const bool achou = q.escalar().toInt() > 0;
+    return q.escalar().toInt() > 0;
+}
+
+Veredito verificar(db::Banco &b, Sessao &s, const QString &condicaoMenu, const QString &menu, const QString &modulo,
+                   const QString &operacao)
+{
+    db::Transacao t(b, db::Modo::Leitura);
+    const Veredito v = usuarioAtivo(t, s);
+    // A level of 900 or more passes even when the user's row is gone.
+    if (v == Veredito::SemCadastro && s.nivel >= 900) return Veredito::Permitido;
+    if (v != Veredito::Permitido) return v;
+    const bool achou = naArvore(t, s, condicaoMenu, menu, modulo, operacao);
     t.rollback();
     return achou ? Veredito::Permitido : Veredito::Negado;
 }
@@ -57,6 +71,33 @@ Veredito verificarOperacaoExt(db::Banco &b, Sessao &s, const QString &menu, cons
 Veredito verificarModulo(db::Banco &b, Sessao &s, const QString &menu, const QString &modulo)
 {
     return verificar(b, s, "Nme.Menu", menu, modulo, QString());
+}
+
+// ------------------------------------------------------------------ rights of the routines
+
+void exigirOperacao(db::Transacao &t, const Sessao &quem, const QString &menuCaption, const QString &modulo,
+                    const QString &operacao)
+{
+    Sessao s = quem;
+    switch (usuarioAtivo(t, s)) {
+    case Veredito::SemCadastro:
+        // As the screens' own check: a level of 900 or more passes even when the row is gone.
+        if (s.nivel >= 900) return;
+        throw Recusa(kAcessoIndefinido);
+    case Veredito::AcessoRetirado: throw Recusa(kAcessoRetirado);
+    default: break;
+    }
+    if (!naArvore(t, s, "Nme.Caption", menuCaption, modulo, operacao)) throw Recusa(kSemPermissao);
+}
+
+void exigirOperacao(db::Transacao &t, const Sessao &quem, const QString &operacao)
+{
+    exigirOperacao(t, quem, quem.menuAtual, quem.moduloAtual, operacao + quem.sufixoOperacoes);
+}
+
+void exigirDireitoNiveis(db::Transacao &t, const Sessao &quem)
+{
+    exigirOperacao(t, quem, kMenuNiveis, kModuloNiveis, QStringLiteral("Alterar"));
 }
 
 // ------------------------------------------------------------------ catalogue
@@ -190,6 +231,28 @@ void gravarPermissao(db::Transacao &t, NoPermissao::Tipo tipo, int id, bool perm
     static const char *tabelas[] = {"TbNiveisMenus", "TbNiveisMenusMod", "TbNiveisMenusModOp"};
     db::executar(t, QString("Update %1 Set Permitido = :P Where Id = :ID").arg(tabelas[tipo]),
                  {{"P", permitido ? "S" : "N"}, {"ID", id}});
+}
+
+int nivelDoUsuario(db::Transacao &t, int idUsuario)
+{
+    return db::escalar(t, "Select IdNivel From TbCad Where Id = :ID", {{"ID", idUsuario}}).toInt();
+}
+
+void gravarPermissoes(db::Transacao &t, int idNivel, const QList<NoPermissao> &arvore, const Sessao &quem)
+{
+    exigirDireitoNiveis(t, quem);
+    if (idNivel == nivelDoUsuario(t, quem.idUsuario)) throw Recusa(kSemPermissao);
+    // Each switch is written only where it belongs to this level's tree.
+    static const char *sql[] = {
+        "Update TbNiveisMenus Set Permitido = :P Where Id = :ID and Fk = :NIVEL",
+        "Update TbNiveisMenusMod Set Permitido = :P Where Id = :ID and Fk In (Select Id From TbNiveisMenus Where Fk = :NIVEL)",
+        "Update TbNiveisMenusModOp Set Permitido = :P Where Id = :ID and Fk In (Select Nmo.Id From TbNiveisMenusMod Nmo "
+        "Join TbNiveisMenus Nm On Nm.Id = Nmo.Fk Where Nm.Fk = :NIVEL)"};
+    std::function<void(const NoPermissao &)> gravar = [&](const NoPermissao &n) {
+        db::executar(t, sql[n.tipo], {{"P", n.permitido ? "S" : "N"}, {"ID", n.id}, {"NIVEL", idNivel}});
+        for (const NoPermissao &f : n.filhos) gravar(f);
+    };
+    for (const NoPermissao &n : arvore) gravar(n);
 }
 
 Liberados lerLiberados(db::Transacao &t, const Sessao &s)

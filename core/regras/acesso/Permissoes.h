@@ -29,6 +29,22 @@ Veredito verificarOperacao(db::Banco &b, Sessao &s, const QString &menuCaption, 
 Veredito verificarOperacaoExt(db::Banco &b, Sessao &s, const QString &menu, const QString &modulo, const QString &operacao);
 Veredito verificarModulo(db::Banco &b, Sessao &s, const QString &menu, const QString &modulo);
 
+// ---- rights checked by the routines that write
+
+// The operation's right, checked inside the transaction that writes, so that no other path (a second
+// workstation, a button left enabled, a detail tab) gets past it. `quem` is the user with the menu
+// caption and module of the screen acting; the user's flag, level and level number are read here.
+// Refuses with kSemPermissao (or the message of an access that is gone).
+void exigirOperacao(db::Transacao &t, const Sessao &quem, const QString &operacao);
+void exigirOperacao(db::Transacao &t, const Sessao &quem, const QString &menuCaption, const QString &modulo,
+                    const QString &operacao);
+
+// Levels, and the users' levels, types and passwords, are changed only with this right: the
+// access-levels screen's "Alterar".
+inline const QString kMenuNiveis = QStringLiteral("Sistema");
+inline const QString kModuloNiveis = QStringLiteral("TNiveis");
+void exigirDireitoNiveis(db::Transacao &t, const Sessao &quem);
+
 // Registers an operation of a module in the catalogue, forbidden until an administrator grants it.
 void AtualizaAcessos(db::Transacao &t, const QString &menuCaption, const QString &moduloNome, const QString &operacao);
 
@@ -63,7 +79,12 @@ struct NoPermissao {
     QList<NoPermissao> filhos;
 };
 QList<NoPermissao> lerArvoreNivel(db::Transacao &t, int idNivel);
+// One switch of a level's tree, for routines that checked the rights themselves.
 void gravarPermissao(db::Transacao &t, NoPermissao::Tipo tipo, int id, bool permitido);
+// The switches of a level's tree as edited, with the levels right and never on the editor's own level.
+void gravarPermissoes(db::Transacao &t, int idNivel, const QList<NoPermissao> &arvore, const Sessao &quem);
+// The user's level as the database has it now (0 when the user is gone).
+int nivelDoUsuario(db::Transacao &t, int idUsuario);
 
 // Which (menu caption, module name) pairs the level may open; the key is caption + "/" + name.
 struct Liberados {

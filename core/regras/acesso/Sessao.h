@@ -15,6 +15,7 @@ struct Sessao {
     // Where the user is working, kept by the main window for AcessoModulos.
     QString menuAtual;     // caption of the menu
     QString moduloAtual;   // name of the module
+    QString sufixoOperacoes;  // a screen of several sheets names its operations "Incluir Estoque"
 
     bool logado() const { return idUsuario != 0; }
 };

@@ -17,19 +17,22 @@ struct DadosUsuario {
     int idNivel = 0;
 };
 
-// Saves (inserts or updates) a user and returns its ID; throws Recusa naming the field.
+// Saves (inserts or updates) a user and returns its ID; throws Recusa naming the field. `atual` acts
+// from the users screen: its right there, and the levels right to set a level, a type or another
+// user's password; nobody changes their own level or type.
 int salvarUsuario(db::Transacao &t, const DadosUsuario &u, const Sessao &atual);
 // A user stops being one: the flag is cleared, the person stays in the registry.
-void excluirUsuario(db::Transacao &t, int id);
+void excluirUsuario(db::Transacao &t, int id, const Sessao &atual);
 
 struct DadosNivel {
     int id = 0;
     int nivel = 0;
     QString descricao;
 };
-int salvarNivel(db::Transacao &t, const DadosNivel &n);
+// With the levels screen's rights; the editor's own level keeps its number.
+int salvarNivel(db::Transacao &t, const DadosNivel &n, const Sessao &atual);
 // Refused while users belong to it; its permission tree goes with it.
-void excluirNivel(db::Transacao &t, int id);
+void excluirNivel(db::Transacao &t, int id, const Sessao &atual);
 
 // The list queries of the forms.
 inline const char *kSqlUsuarios =

@@ -1,5 +1,6 @@
 #include "registro/Registro.h"
 
+#include "acesso/Permissoes.h"
 #include "dados/Tabs.h"
 
 #include <QRegularExpression>
@@ -146,6 +147,12 @@ int gravarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valore
     return escrever(t, d, id, std::move(v));
 }
 
+int gravarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v, const Sessao &quem)
+{
+    exigirOperacao(t, quem, id == 0 ? QStringLiteral("Incluir") : QStringLiteral("Alterar"));
+    return gravarRegistro(t, d, id, std::move(v));
+}
+
 Valores lerRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id)
 {
     QStringList cols;
@@ -170,6 +177,12 @@ void excluirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id)
     for (const auto &[tabela, fk] : std::as_const(detalhes))
         db::executar(t, QString("Delete From %1 Where %2 = :ID").arg(tabela, fk), {{"ID", id}});
     db::executar(t, QString("Delete From %1 Where %2 = :ID").arg(d.tabela, d.chave), {{"ID", id}});
+}
+
+void excluirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, const Sessao &quem)
+{
+    exigirOperacao(t, quem, QStringLiteral("Excluir"));
+    excluirRegistro(t, d, id);
 }
 
 // ------------------------------------------------------------------ state changes
@@ -267,8 +280,27 @@ void conferirDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, const Edica
     }
 }
 
-void gravarDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, int idMestre, const EdicaoDetalhes &e)
+void exigirDireitosDetalhes(db::Transacao &t, const Sessao &quem, const QList<EdicaoDetalhe> &e)
 {
+    bool incluidas = false, alteradas = false, excluidas = false;
+    for (const EdicaoDetalhe &x : e) {
+        excluidas = excluidas || !x.excluidas.isEmpty();
+        for (const LinhaDetalhe &l : x.linhas) {
+            incluidas = incluidas || !l.id;
+            alteradas = alteradas || (l.id && l.alterada);
+        }
+    }
+    if (incluidas) exigirOperacao(t, quem, QStringLiteral("Incluir"));
+    if (alteradas) exigirOperacao(t, quem, QStringLiteral("Alterar"));
+    if (excluidas) exigirOperacao(t, quem, QStringLiteral("Excluir"));
+}
+
+void gravarDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, int idMestre, const EdicaoDetalhes &e, const Sessao &quem)
+{
+    QList<EdicaoDetalhe> editaveis;
+    for (int i = 0; i < d.detalhes.size() && i < e.size(); ++i)
+        if (d.detalhes[i].editavel()) editaveis << e[i];
+    exigirDireitosDetalhes(t, quem, editaveis);
     for (int i = 0; i < d.detalhes.size() && i < e.size(); ++i) {
         const DetalheRegistro &x = d.detalhes[i];
         if (!x.editavel()) continue;
@@ -289,13 +321,15 @@ void gravarDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, int idMestre,
     }
 }
 
-int salvarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, const Valores &v, const EdicaoDetalhes &e)
+int salvarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, const Valores &v, const EdicaoDetalhes &e,
+                   const Sessao &quem)
 {
     return db::tentativa(t, [&] {
+        exigirOperacao(t, quem, id == 0 ? QStringLiteral("Incluir") : QStringLiteral("Alterar"));
         conferirRegistro(t, d, id, v);
         conferirDetalhes(t, d, e);
         const int chave = escrever(t, d, id, v);
-        gravarDetalhes(t, d, chave, e);
+        gravarDetalhes(t, d, chave, e, quem);
         return chave;
     });
 }

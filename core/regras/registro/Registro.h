@@ -5,6 +5,7 @@
 // transaction; the forms library turns the same declaration into the standard screen.
 
 #include "Recusa.h"
+#include "acesso/Sessao.h"
 #include "db/Banco.h"
 
 #include <QList>
@@ -88,11 +89,15 @@ void conferirObrigatorios(const QList<CampoForm> &campos, const Valores &v);
 inline void conferirObrigatorios(const DeclaracaoRegistro &d, const Valores &v) { conferirObrigatorios(d.campos, v); }
 // The type column of each picture field, from the picture's bytes.
 void completarTiposFoto(const QList<CampoForm> &campos, Valores &v);
-// Checks and writes one record (id 0 = new) and logs it; returns its key.
+// Checks and writes one record (id 0 = new) and logs it; returns its key. Without `quem`, for
+// routines that checked their own rights; with it, the screen's "Incluir" or "Alterar" first.
 int gravarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v);
+int gravarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v, const Sessao &quem);
 Valores lerRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id);
 // Logs the record and every row of its details and dependents as deleted, then deletes them all.
 void excluirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id);
+// The same after the screen's "Excluir" right.
+void excluirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, const Sessao &quem);
 // The change log of a record written or deleted by a routine of its own (see TTabs::Log).
 void logRegistro(db::Transacao &t, const QString &tabela, const QString &chave, const QVariant &valor, const QString &acao,
                  const QList<QPair<QString, QString>> &detalhes = {});
@@ -146,13 +151,19 @@ EdicaoDetalhes lerDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, int id
 void conferirLinhaDetalhe(db::Transacao &t, const DetalheRegistro &d, const Valores &linha, const QList<Valores> &outras);
 // Every row of every editable detail, in order.
 void conferirDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, const EdicaoDetalhes &e);
-// Writes what the edit changed under the record idMestre (rows already checked by conferirDetalhes):
-// removed rows logged and deleted, new and typed rows written and logged.
-void gravarDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, int idMestre, const EdicaoDetalhes &e);
+// The rights of the rows an edit changed, of the screen's module: new rows "Incluir", typed rows
+// "Alterar", removed rows "Excluir".
+void exigirDireitosDetalhes(db::Transacao &t, const Sessao &quem, const QList<EdicaoDetalhe> &e);
+// Writes what the edit changed under the record idMestre (rows already checked by conferirDetalhes),
+// after their rights: removed rows logged and deleted, new and typed rows written and logged.
+void gravarDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, int idMestre, const EdicaoDetalhes &e,
+                    const Sessao &quem);
 
-// The whole save of a declared registry: the record's checks, the details' checks, then the
-// record and its details written and logged. The caller commits; on a refusal or a database
-// error nothing of this attempt stays written (the transaction stays open for a corrected try).
-int salvarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, const Valores &v, const EdicaoDetalhes &e);
+// The whole save of a declared registry: the rights of `quem`, the record's checks, the details'
+// checks, then the record and its details written and logged. The caller commits; on a refusal
+// or a database error nothing of this attempt stays written (the transaction stays open for a
+// corrected try).
+int salvarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, const Valores &v, const EdicaoDetalhes &e,
+                   const Sessao &quem);
 
 } // namespace orb

@@ -89,12 +89,12 @@ int TUsuarios::gravar(db::Transacao &t, int id)
 {
     const int salvo = salvarUsuario(t, {id, usuario_->text(), nome_->text(), apelido_->text(), senha_->text(),
                                         tipo_->currentData().toString(), nivel_->currentData().toInt()},
-                                    sessao());
+                                    quem());
     if (salvo == sessao().idUsuario) atualizarSessao(t, sessao());
     return salvo;
 }
 
-void TUsuarios::apagar(db::Transacao &t, int id) { excluirUsuario(t, id); }
+void TUsuarios::apagar(db::Transacao &t, int id) { excluirUsuario(t, id, quem()); }
 
 // ------------------------------------------------------------------ levels
 
@@ -129,22 +129,22 @@ void TNiveis::carregar(db::Transacao &t, int id)
     descricao_->setText(q["DESCRICAO"].toString());
 }
 
-int TNiveis::gravar(db::Transacao &t, int id) { return salvarNivel(t, {id, nivel_->value(), descricao_->text()}); }
-void TNiveis::apagar(db::Transacao &t, int id) { excluirNivel(t, id); }
+int TNiveis::gravar(db::Transacao &t, int id) { return salvarNivel(t, {id, nivel_->value(), descricao_->text()}, quem()); }
+void TNiveis::apagar(db::Transacao &t, int id) { excluirNivel(t, id, quem()); }
 
 void TNiveis::BtPermissoesClick()
 {
     Tabs->Deb("procedure TNiveis.BtPermissoesClick(Sender: TObject)");
     const int id = idAtual();
     if (!id || estado() != Estado::Navegando) return;
-    TPermissoes dlg(id, modelo()->valor(grade()->currentIndex().row(), "DESCRICAO").toString(), this);
+    TPermissoes dlg(id, modelo()->valor(grade()->currentIndex().row(), "DESCRICAO").toString(), quem(), this);
     dlg.exec();
 }
 
 // ------------------------------------------------------------------ permission tree
 
-TPermissoes::TPermissoes(int idNivel, const QString &descricao, QWidget *parent)
-    : QDialog(parent), idNivel_(idNivel), tr_(Tabs->DbORB())
+TPermissoes::TPermissoes(int idNivel, const QString &descricao, const Sessao &quem, QWidget *parent)
+    : QDialog(parent), idNivel_(idNivel), quem_(quem), tr_(Tabs->DbORB())
 {
     setObjectName("TPermissoes");
     setWindowTitle("Permissões do nível " + descricao);
@@ -203,15 +203,20 @@ void TPermissoes::marcarRamo(bool sim)
 void TPermissoes::BtSalvarClick()
 {
     Tabs->Deb("procedure TPermissoes.BtSalvarClick(Sender: TObject)");
-    std::function<void(QTreeWidgetItem *)> gravar = [&](QTreeWidgetItem *x) {
-        gravarPermissao(tr_, NoPermissao::Tipo(x->data(0, Qt::UserRole + 1).toInt()), x->data(0, Qt::UserRole).toInt(),
-                        x->checkState(1) == Qt::Checked);
-        for (int k = 0; k < x->childCount(); ++k) gravar(x->child(k));
+    std::function<NoPermissao(QTreeWidgetItem *)> no = [&](QTreeWidgetItem *x) {
+        NoPermissao n{NoPermissao::Tipo(x->data(0, Qt::UserRole + 1).toInt()), x->data(0, Qt::UserRole).toInt(), x->text(0),
+                      x->checkState(1) == Qt::Checked, {}};
+        for (int k = 0; k < x->childCount(); ++k) n.filhos << no(x->child(k));
+        return n;
     };
+    QList<NoPermissao> arvore;
+    for (int k = 0; k < arvore_->topLevelItemCount(); ++k) arvore << no(arvore_->topLevelItem(k));
     try {
-        for (int k = 0; k < arvore_->topLevelItemCount(); ++k) gravar(arvore_->topLevelItem(k));
+        db::tentativa(tr_, [&] { gravarPermissoes(tr_, idNivel_, arvore, quem_); });
         tr_.commit();
         accept();
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
     } catch (const db::ErroBanco &e) {
         Atencao(e.mensagem());
     }

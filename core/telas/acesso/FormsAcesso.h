@@ -57,7 +57,8 @@ private:
 class TPermissoes : public QDialog {
     Q_OBJECT
 public:
-    TPermissoes(int idNivel, const QString &descricao, QWidget *parent = nullptr);
+    // `quem` acts from the levels screen: its rights are checked when the tree is saved.
+    TPermissoes(int idNivel, const QString &descricao, const Sessao &quem, QWidget *parent = nullptr);
     QTreeWidget *arvore() const { return arvore_; }
     void marcarRamo(bool sim);  // the selected item and everything under it
     void BtSalvarClick();
@@ -65,6 +66,7 @@ public:
 private:
     QTreeWidgetItem *adicionar(QTreeWidgetItem *pai, const NoPermissao &n);
     int idNivel_;
+    Sessao quem_;
     db::Transacao tr_;
     QTreeWidget *arvore_;
 };

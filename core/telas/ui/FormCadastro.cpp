@@ -357,6 +357,15 @@ void FormCadastro::mostrarRegistro()
     Botoes();
 }
 
+Sessao FormCadastro::quem() const
+{
+    Sessao s = sessao();
+    s.menuAtual = menu_;
+    s.moduloAtual = classe_;
+    s.sufixoOperacoes = sufixoOperacoes_;
+    return s;
+}
+
 bool FormCadastro::permitido(const QString &operacao)
 {
     Sessao &s = sessao();

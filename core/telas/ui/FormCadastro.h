@@ -4,6 +4,7 @@
 // back at Cancelar, the record locked at Alterar, permissions checked before each action.
 // A registry is a subclass that declares its query and fields and supplies its own rules.
 
+#include "acesso/Sessao.h"
 #include "db/Banco.h"
 #include "ui/ModeloConsulta.h"
 
@@ -53,6 +54,8 @@ public:
     }
     // One module with several sheets names its operations per sheet ("Incluir" + " Estoque").
     void definirSufixoOperacoes(const QString &sufixo) { sufixoOperacoes_ = sufixo; }
+    // The logged-in user acting from this screen: the routines check its rights with it.
+    Sessao quem() const;
 
     // Handlers, public so that tests and shortcuts drive them as the buttons do.
     void BtIncluirClick();

@@ -347,7 +347,7 @@ int FormRegistro::gravarCabecalho(db::Transacao &t, int id)
 {
     Valores v;
     for (const CampoForm &c : d_.campos) v[c.coluna] = valorDoCampo(c.coluna);
-    return gravarRegistro(t, d_, id, v);
+    return gravarRegistro(t, d_, id, v, quem());
 }
 
 int FormRegistro::gravar(db::Transacao &t, int id)
@@ -355,13 +355,13 @@ int FormRegistro::gravar(db::Transacao &t, int id)
     const int chave = gravarCabecalho(t, id);
     const EdicaoDetalhes e = detalhesGenericos();
     conferirDetalhes(t, d_, e);
-    gravarDetalhes(t, d_, chave, e);
+    gravarDetalhes(t, d_, chave, e, quem());
     return chave;
 }
 
 void FormRegistro::apagar(db::Transacao &t, int id)
 {
-    excluirRegistro(t, d_, id);
+    excluirRegistro(t, d_, id, quem());
     if (!d_.traco.isEmpty()) Tabs->Deb(d_.traco + QString::number(id) + ")");
 }
 
