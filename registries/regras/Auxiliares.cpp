@@ -29,10 +29,7 @@ DeclaracaoRegistro simples(const QString &classe, const QString &titulo, const Q
     d.colunas = {{coluna, rotulo}};
     d.ordens = {{rotulo, coluna}};
     d.campos = {{coluna, rotulo, C::Texto, msg, tamanho}};
-    if (numerar)
-        d.completar = [tabela](db::Transacao &t, Valores &v, bool novo) {
-            if (novo) v["CODIGO"] = proximoCodigo(t, tabela);
-        };
+    if (numerar) d.numerada = QStringLiteral("CODIGO");
     return d;
 }
 

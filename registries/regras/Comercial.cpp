@@ -359,6 +359,8 @@ int salvarCadastro(db::Transacao &t, int id, Valores v, const ModoCadastro &m, c
         if (!q.proxima()) throw std::runtime_error("TBCAD sem o registro " + std::to_string(id));
         guardado = lerLinha(q);
     }
+    // Rights before the fields: a refused account change is told as such, not as a missing field.
+    exigirDireitoConta(t, novo ? 0 : id, v, guardado, v.count(kNovaSenha) && !v.at(kNovaSenha).toString().isEmpty(), atual);
 
     for (const QString &c : kColunasDigitos) {
         auto i = v.find(c);
@@ -371,6 +373,7 @@ int salvarCadastro(db::Transacao &t, int id, Valores v, const ModoCadastro &m, c
     v["PESSOA"] = pessoa;
     for (const QString &c : pessoa == "J" ? kSoPessoaFisica : kSoPessoaJuridica) v[c] = QVariant();
 
+    if (novo) renumerarOferecido(t, "TBCAD", "CODIGO", v);
     Valores ef = guardado;
     for (const auto &[c, x] : v) ef[c] = x;
 
@@ -417,7 +420,6 @@ int salvarCadastro(db::Transacao &t, int id, Valores v, const ModoCadastro &m, c
     // The account, when the record is a user.
     const QString novaSenha = v.count(kNovaSenha) ? v.at(kNovaSenha).toString() : QString();
     const QString novaSenhaWeb = v.count(kNovaSenhaWeb) ? v.at(kNovaSenhaWeb).toString() : QString();
-    exigirDireitoConta(t, novo ? 0 : id, v, guardado, !novaSenha.isEmpty(), atual);
     if (marcado(ef, "US")) {
         const QString login = texto(ef, "USUARIO").toUpper();
         if (login.isEmpty() || (novaSenha.isEmpty() && texto(guardado, "SENHA").isEmpty() && texto(guardado, "SENHAHASH").isEmpty()))
@@ -460,8 +462,11 @@ int salvarCadastro(db::Transacao &t, int id, Valores v, const ModoCadastro &m, c
         p["SENHAWEB"] = MD5(novaSenhaWeb);
     }
     if (novo) {
-        id = db::escalar(t, "Insert Into TbCad (" + colunas.join(", ") + ") Values (:" + colunas.join(", :")
-                                + ") Returning Id", p).toInt();
+        if (!colunas.contains("CODIGO")) colunas << "CODIGO";
+        id = inserirNumerado(t, "TBCAD", "CODIGO", p, [&] {
+            return db::escalar(t, "Insert Into TbCad (" + colunas.join(", ") + ") Values (:" + colunas.join(", :")
+                                      + ") Returning Id", p).toInt();
+        }, v.count(kCodigoOferecido) > 0);
     } else if (!colunas.isEmpty()) {
         QStringList sets;
         for (const QString &c : colunas) sets << c + " = :" + c;

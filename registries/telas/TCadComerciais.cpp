@@ -34,6 +34,7 @@ DeclaracaoRegistro declaracaoComercial(const ModoCadastro &m)
     d.titulo = m.titulo;
     d.area = "TrCad";
     d.tabela = "TBCAD";
+    d.numerada = "CODIGO";
     d.colunas = {{"CODIGO", "Código"}, {"NOME", "Nome"}, {"APELIDO", "Apelido"}, {"Z_CIDADE", "Cidade"},
                  {"TELEFONE1", "Telefone"}, {"Z_SITUACAO", "Situação"}};
     // The captions choose the search clauses (sqlBusca); the columns are what the grid is ordered by.
@@ -336,8 +337,7 @@ int indiceDetalhe(const DeclaracaoRegistro &d, const QString &tabela)
 
 int TCadComerciais::gravarCabecalho(db::Transacao &t, int id)
 {
-    Valores v;
-    for (const CampoForm &c : declaracao().campos) v[c.coluna] = valorDoCampo(c.coluna);
+    Valores v = valoresDoRegistro();
     completarTiposFoto(declaracao().campos, v);
     // Situations and the agenda take part in the record's own checks, so its routine writes them.
     const int iSit = indiceDetalhe(declaracao(), "TBCADSIT"), iAgenda = indiceDetalhe(declaracao(), "TBCADMEDSIT");

@@ -178,6 +178,7 @@ DeclaracaoRegistro declaracaoItens(const QString &tipo)
             throw Recusa("Código já existente!", "CODIGO");
     };
     d.completar = [](db::Transacao &t, Valores &v, bool) { copiarGrupos(t, v); };
+    d.numerada = QStringLiteral("CODIGO");
     d.perguntaExclusao = "Tem certeza que deseja excluir este Item?";
     d.traco = "Item do Inventário Excluído (";
     return d;
@@ -387,7 +388,7 @@ int salvarMovimentacao(db::Transacao &t, int codigo, Valores cab, Linhas linhas,
     DeclaracaoRegistro movimentacao;
     movimentacao.tabela = QStringLiteral("TBMOVINVENTARIO");
     movimentacao.chave = QStringLiteral("CODIGO");
-    if (!codigo) v["CODIGO"] = proximoCodigo(t, "TBMOVINVENTARIO");
+    movimentacao.numerada = QStringLiteral("CODIGO");
     codigo = gravarRegistro(t, movimentacao, codigo, v);
     // The lines are written again as the screen holds them.
     db::executar(t, "Delete From TbItensMovInventario Where Movimentacao = :C", {{"C", codigo}});

@@ -5,6 +5,8 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
+
 namespace orb {
 
 namespace {
@@ -71,6 +73,38 @@ int proximoCodigo(db::Transacao &t, const QString &tabela, const QString &campo)
     return db::escalar(t, QString("Select Coalesce(Max(%1), 0) + 1 From %2").arg(campo, tabela)).toInt();
 }
 
+void renumerarOferecido(db::Transacao &t, const QString &tabela, const QString &coluna, Valores &v)
+{
+    const auto o = v.find(kCodigoOferecido);
+    if (o == v.end()) return;
+    const auto c = v.find(coluna);
+    if (c == v.end() || c->second.isNull() || c->second.toInt() != o->second.toInt()) {
+        v.erase(o);  // a code of the user's own
+        return;
+    }
+    c->second = std::max(c->second.toInt(), proximoCodigo(t, tabela, coluna));
+    o->second = c->second;
+}
+
+int inserirNumerado(db::Transacao &t, const QString &tabela, const QString &coluna, Valores &v,
+                    const std::function<int()> &inserir, bool oferecido)
+{
+    const int proximo = proximoCodigo(t, tabela, coluna);
+    int codigo = v.count(coluna) ? v.at(coluna).toInt() : 0;
+    const bool novoNumero = oferecido || codigo <= 0 || codigo >= proximo;
+    if (codigo <= 0) codigo = proximo;
+    for (int vez = 0;; ++vez) {
+        v[coluna] = codigo;
+        try {
+            return db::tentativa(t, inserir);
+        } catch (const db::ErroBanco &e) {
+            const bool tomado = e.tipo() == db::TipoErro::Duplicado || e.tipo() == db::TipoErro::Conflito;
+            if (!novoNumero || !tomado || vez >= 100) throw;
+            ++codigo;
+        }
+    }
+}
+
 QString sqlGrade(const DeclaracaoRegistro &d)
 {
     if (!d.sqlGrade.isEmpty()) return d.sqlGrade;
@@ -98,6 +132,8 @@ int escrever(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v)
     // Typed but not columns (a new password before it is hashed) never reach the table.
     for (const CampoForm &c : d.campos)
         if (c.transitorio) v.erase(c.coluna);
+    const bool oferecido = v.erase(kCodigoOferecido) > 0;
+    if (id == 0 && !d.numerada.isEmpty()) v.try_emplace(d.numerada, QVariant());
     // Column names come from the declaration, never from what was typed.
     QStringList cols, params, sets;
     for (const auto &[k, x] : v) {
@@ -116,25 +152,30 @@ int escrever(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v)
         logRegistro(t, d.tabela, d.chave, id, acao);
         return id;
     }
-    db::Consulta q(t, sql + devolver);
-    for (const auto &[k, x] : v) q.bind(k, x);
-    if (id) q.bind("ID_", id);
-    q.executar();
-    if (!q.proxima()) {  // nothing changed: the record is gone
-        logRegistro(t, d.tabela, d.chave, id, acao);
-        return id;
-    }
-    const int chave = imagem.isEmpty() ? q.valor(0).toInt() : q.valor(int(imagem.size())).toInt();
-    if (Tabs) {
-        Registro r{"select * from " + d.tabela.toUpper(), {}};
-        for (int i = 0; i < imagem.size(); ++i) r.campos.append({imagem[i], q.valor(i)});
-        Tabs->Log(t, r, acao);
-    }
-    return chave;
+    auto gravar = [&]() -> int {
+        db::Consulta q(t, sql + devolver);
+        for (const auto &[k, x] : v) q.bind(k, x);
+        if (id) q.bind("ID_", id);
+        q.executar();
+        if (!q.proxima()) {  // nothing changed: the record is gone
+            logRegistro(t, d.tabela, d.chave, id, acao);
+            return id;
+        }
+        const int chave = imagem.isEmpty() ? q.valor(0).toInt() : q.valor(int(imagem.size())).toInt();
+        if (Tabs) {
+            Registro r{"select * from " + d.tabela.toUpper(), {}};
+            for (int i = 0; i < imagem.size(); ++i) r.campos.append({imagem[i], q.valor(i)});
+            Tabs->Log(t, r, acao);
+        }
+        return chave;
+    };
+    if (id == 0 && !d.numerada.isEmpty()) return inserirNumerado(t, d.tabela, d.numerada, v, gravar, oferecido);
+    return gravar();
 }
 
-void conferirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, const Valores &v)
+void conferirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores &v)
 {
+    if (id == 0 && !d.numerada.isEmpty()) renumerarOferecido(t, d.tabela, d.numerada, v);
     conferirObrigatorios(d, v);
     if (d.validar) d.validar(t, id, v);
 }
@@ -321,7 +362,7 @@ void gravarDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, int idMestre,
     }
 }
 
-int salvarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, const Valores &v, const EdicaoDetalhes &e,
+int salvarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v, const EdicaoDetalhes &e,
                    const Sessao &quem)
 {
     return db::tentativa(t, [&] {

@@ -59,6 +59,7 @@ struct DeclaracaoRegistro {
     QString area;                   // its transaction: "TrCidades"
     QString tabela;                 // "TBCIDADES"
     QString chave = QStringLiteral("ID");  // key column; another one (CODIGO) is filled by `completar`
+    QString numerada;               // column numbered with the next code on insert ("CODIGO")
     QString filtro;                 // rows of a larger table ("Cv = 'S'")
     Valores fixos;                  // written on every insert (PESSOA "J", CV "S")
     QString sqlGrade;               // browse query with joins; default: the table (and filter)
@@ -108,6 +109,16 @@ inline const QString kExclusao = QStringLiteral("EXCLUSÃO");
 QString sqlGrade(const DeclaracaoRegistro &d);
 // Next code of a numbered column, in the caller's transaction.
 int proximoCodigo(db::Transacao &t, const QString &tabela, const QString &campo = QStringLiteral("CODIGO"));
+// The code a screen offered at Incluir, sent with the record's values: a code left as offered is
+// only a proposal, and becomes the next free one at the save when another record took it meanwhile.
+// renumerarOferecido drops the key when the user typed a code of their own.
+inline const QString kCodigoOferecido = QStringLiteral("_CODIGOOFERECIDO");
+void renumerarOferecido(db::Transacao &t, const QString &tabela, const QString &coluna, Valores &v);
+// Inserts a row numbered in `coluna` through `inserir`, which reads the code from `v`. An offered
+// code, an empty one or one past the last is a new number: when another workstation took it
+// meanwhile (the unique index refuses it) the next one is tried. A typed code stays as typed.
+int inserirNumerado(db::Transacao &t, const QString &tabela, const QString &coluna, Valores &v,
+                    const std::function<int()> &inserir, bool oferecido = false);
 
 // ------------------------------------------------------------------ state changes
 
@@ -163,7 +174,7 @@ void gravarDetalhes(db::Transacao &t, const DeclaracaoRegistro &d, int idMestre,
 // checks, then the record and its details written and logged. The caller commits; on a refusal
 // or a database error nothing of this attempt stays written (the transaction stays open for a
 // corrected try).
-int salvarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, const Valores &v, const EdicaoDetalhes &e,
+int salvarRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v, const EdicaoDetalhes &e,
                    const Sessao &quem);
 
 } // namespace orb

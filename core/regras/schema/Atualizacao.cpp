@@ -31,6 +31,7 @@ QString Mudanca::descricao() const
     case CriarRestricao: return QString("%1: criar restrição %2").arg(tabela, coluna);
     case CriarSequencia: return QString("Criar sequência %1").arg(tabela);
     case CriarIndice: return QString("%1: criar índice %2").arg(tabela, coluna);
+    case CriarIndiceUnico: return QString("%1: criar índice único %2").arg(tabela, coluna);
     }
     return {};
 }
@@ -131,6 +132,16 @@ const QList<Mudanca> &mudancas()
         coluna("TBCAD", "SENHAHASH", "STRING128"),
         coluna("TBCAD", "TROCARSENHA", "CARACTERE1"),
         novaTabela("TBLOGINFALHAS"),
+        // Numbered codes stay unique when two workstations number at once: the index refuses the
+        // second, whose save then takes the next number.
+        {Mudanca::CriarIndiceUnico, "TBCAD", "UNQ_TBCAD_CODIGO", {}, "(CODIGO)"},
+        {Mudanca::CriarIndiceUnico, "TBMOVINVENTARIO", "UNQ_TBMOVINVENTARIO_CODIGO", {}, "(CODIGO)"},
+        {Mudanca::CriarIndiceUnico, "TBINVENTARIO", "UNQ_TBINVENTARIO_CODIGO", {}, "(CODIGO)"},
+        {Mudanca::CriarIndiceUnico, "TBFABRICANTES", "UNQ_TBFABRICANTES_CODIGO", {}, "(CODIGO)"},
+        {Mudanca::CriarIndiceUnico, "TBCORES", "UNQ_TBCORES_CODIGO", {}, "(CODIGO)"},
+        {Mudanca::CriarIndiceUnico, "TBESPECIES", "UNQ_TBESPECIES_CODIGO", {}, "(CODIGO)"},
+        {Mudanca::CriarIndiceUnico, "TBRACAS", "UNQ_TBRACAS_CODIGO", {}, "(CODIGO)"},
+        {Mudanca::CriarIndiceUnico, "TBSUBCAT", "UNQ_TBSUBCAT_CODIGO", {}, "(CODIGO)"},
     };
     return m;
 }
@@ -326,6 +337,20 @@ bool aplicar(Banco &b, Metadados &m, const Mudanca &mu)
         ddl(b, {QString("CREATE INDEX %1 ON %2 %3").arg(mu.coluna, mu.tabela, mu.extra)});
         m.indices.insert(mu.coluna);
         return true;
+    case Mudanca::CriarIndiceUnico: {
+        if (m.indices.contains(mu.coluna)) return false;
+        // Existing duplicates are the installation's to sort out; until then the save's own check
+        // stands alone, and the index is tried again at the next start.
+        Transacao t(b, db::Modo::Leitura);
+        const QString col = QString(mu.extra).remove('(').remove(')');
+        const bool repetidos = !db::escalar(t, QString("Select First 1 %1 From %2 Where %1 Is Not Null Group By %1 "
+                                                       "Having Count(*) > 1").arg(col, mu.tabela)).isNull();
+        t.rollback();
+        if (repetidos) return false;
+        ddl(b, {QString("CREATE UNIQUE INDEX %1 ON %2 %3").arg(mu.coluna, mu.tabela, mu.extra)});
+        m.indices.insert(mu.coluna);
+        return true;
+    }
     case Mudanca::CriarSequencia:
         if (m.geradores.contains(mu.tabela)) return false;
         ddl(b, {"CREATE SEQUENCE " + mu.tabela});

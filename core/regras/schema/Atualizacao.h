@@ -13,13 +13,14 @@
 namespace esquema {
 
 struct Mudanca {
-    enum Tipo { CriarDominio, AdicionarColuna, CriarTabela, MudarDominio, RemoverColuna, CriarRestricao, CriarSequencia, CriarIndice };
+    enum Tipo { CriarDominio, AdicionarColuna, CriarTabela, MudarDominio, RemoverColuna, CriarRestricao, CriarSequencia, CriarIndice, CriarIndiceUnico };
     Tipo tipo;
     QString tabela;     // or the domain / sequence name for CriarDominio / CriarSequencia
     QString coluna;     // or the constraint / index name for CriarRestricao / CriarIndice
     QString dominio;    // the column's domain; for MudarDominio the new one
     QString extra;      // AdicionarColuna: fill for existing rows ("SET ..."); CriarRestricao: its definition;
-                        // CriarIndice: its columns ("(FK)");
+                        // CriarIndice, CriarIndiceUnico: its columns ("(FK)"); a unique index waits,
+                        // at every start, until the rows hold no duplicate;
                         // MudarDominio and RemoverColuna: the domain the column had before
     QString descricao() const;
 };

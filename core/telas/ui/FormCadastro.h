@@ -130,8 +130,10 @@ protected:
 
     bool eventFilter(QObject *o, QEvent *e) override;
 
-private:
+    // The screen's operation, asked of the database before an action; the refusal told.
     bool permitido(const QString &operacao);
+
+private:
     void mostrarRegistro();
     void habilitarEdicao(bool sim);
 

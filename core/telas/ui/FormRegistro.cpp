@@ -254,8 +254,19 @@ void FormRegistro::registroMudou(int id)
         if (detalhes_[i].consulta) detalhes_[i].consulta->consultar(d_.detalhes[i].sqlGrade, {{"MESTRE", id}});
 }
 
+Valores FormRegistro::valoresDoRegistro() const
+{
+    Valores v;
+    for (const CampoForm &c : d_.campos) v[c.coluna] = valorDoCampo(c.coluna);
+    if (estado() == Estado::Incluindo && !d_.numerada.isEmpty() && !oferecido_.isNull()) v[kCodigoOferecido] = oferecido_;
+    return v;
+}
+
 void FormRegistro::estadoMudou()
 {
+    // The code the screen offers is known once Incluir has filled the defaults.
+    if (estado() != Estado::Incluindo) oferecido_ = QVariant();
+    else if (!oferecido_.isValid() && !d_.numerada.isEmpty()) oferecido_ = valorDoCampo(d_.numerada);
     // Detail rows are typed only while the record itself is being edited.
     const bool editando = estado() != Estado::Navegando;
     for (const Detalhe &d : std::as_const(detalhes_))
@@ -302,7 +313,7 @@ void FormRegistro::editarLinhaDetalhe(int i, int linha)
 void FormRegistro::BtIncluirDetalheClick(int i)
 {
     Tabs->Deb("procedure " + d_.classe + ".BtIncluirDetalheClick(Sender: TObject)");
-    if (estado() == Estado::Navegando || !d_.detalhes[i].editavel()) return;
+    if (estado() == Estado::Navegando || !d_.detalhes[i].editavel() || !permitido("Incluir")) return;
     editarLinhaDetalhe(i, -1);
 }
 
@@ -310,7 +321,7 @@ void FormRegistro::BtAlterarDetalheClick(int i)
 {
     Tabs->Deb("procedure " + d_.classe + ".BtAlterarDetalheClick(Sender: TObject)");
     const QModelIndex ix = detalhes_[i].grade->currentIndex();
-    if (estado() == Estado::Navegando || !d_.detalhes[i].editavel() || !ix.isValid()) return;
+    if (estado() == Estado::Navegando || !d_.detalhes[i].editavel() || !ix.isValid() || !permitido("Alterar")) return;
     editarLinhaDetalhe(i, ix.row());
 }
 
@@ -318,7 +329,7 @@ void FormRegistro::BtExcluirDetalheClick(int i)
 {
     Tabs->Deb("procedure " + d_.classe + ".BtExcluirDetalheClick(Sender: TObject)");
     const QModelIndex ix = detalhes_[i].grade->currentIndex();
-    if (estado() == Estado::Navegando || !d_.detalhes[i].editavel() || !ix.isValid()) return;
+    if (estado() == Estado::Navegando || !d_.detalhes[i].editavel() || !ix.isValid() || !permitido("Excluir")) return;
     const DetalheRegistro &dd = d_.detalhes[i];
     if (!Pergunta(dd.perguntaExclusao)) return;
     const int id = edicao_[i].linhas[ix.row()].id;
@@ -345,9 +356,7 @@ void FormRegistro::carregar(db::Transacao &t, int id)
 
 int FormRegistro::gravarCabecalho(db::Transacao &t, int id)
 {
-    Valores v;
-    for (const CampoForm &c : d_.campos) v[c.coluna] = valorDoCampo(c.coluna);
-    return gravarRegistro(t, d_, id, v, quem());
+    return gravarRegistro(t, d_, id, valoresDoRegistro(), quem());
 }
 
 int FormRegistro::gravar(db::Transacao &t, int id)

@@ -24,6 +24,9 @@ public:
     // The value a field's widget holds, as it is written to the database.
     QVariant valorDoCampo(const QString &coluna) const;
     void definirValor(const QString &coluna, const QVariant &v);
+    // Every field as it is written, with the numbered code Incluir offered (kCodigoOferecido), so
+    // that the save numbers it anew when another workstation took the offered one meanwhile.
+    Valores valoresDoRegistro() const;
 
 protected:
     void limpar() override;
@@ -70,6 +73,7 @@ private:
     DeclaracaoRegistro d_;
     QList<Detalhe> detalhes_;
     EdicaoDetalhes edicao_;
+    QVariant oferecido_;  // the numbered code as Incluir offered it
     class QTabWidget *abasDetalhes_ = nullptr;
 };
 
