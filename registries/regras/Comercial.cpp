@@ -373,7 +373,8 @@ int salvarCadastro(db::Transacao &t, int id, Valores v, const ModoCadastro &m, c
     v["PESSOA"] = pessoa;
     for (const QString &c : pessoa == "J" ? kSoPessoaFisica : kSoPessoaJuridica) v[c] = QVariant();
 
-    if (novo) renumerarOferecido(t, "TBCAD", "CODIGO", v);
+    // An offered code another workstation takes meanwhile moves on as it is written, never refused.
+    const bool oferecido = novo && renumerarOferecido(t, "TBCAD", "CODIGO", v);
     Valores ef = guardado;
     for (const auto &[c, x] : v) ef[c] = x;
 
@@ -383,7 +384,7 @@ int salvarCadastro(db::Transacao &t, int id, Valores v, const ModoCadastro &m, c
         linhas << linha;
     };
     const int codigo = ef.count("CODIGO") ? ef.at("CODIGO").toInt() : 0;
-    if (codigo <= 0 || codigoRepetido(t, novo ? 0 : id, codigo)) falta("CODIGO", kCodigoExistente);
+    if (codigo <= 0 || (!oferecido && codigoRepetido(t, novo ? 0 : id, codigo))) falta("CODIGO", kCodigoExistente);
     if (!preenchido(ef["NOME"])) falta("NOME", "Nome");
     if (!preenchido(ef["APELIDO"])) falta("APELIDO", "Apelido");
     if (pessoa == "J") {
@@ -466,7 +467,7 @@ int salvarCadastro(db::Transacao &t, int id, Valores v, const ModoCadastro &m, c
         id = inserirNumerado(t, "TBCAD", "CODIGO", p, [&] {
             return db::escalar(t, "Insert Into TbCad (" + colunas.join(", ") + ") Values (:" + colunas.join(", :")
                                       + ") Returning Id", p).toInt();
-        }, v.count(kCodigoOferecido) > 0);
+        }, oferecido);
     } else if (!colunas.isEmpty()) {
         QStringList sets;
         for (const QString &c : colunas) sets << c + " = :" + c;

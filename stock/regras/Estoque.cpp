@@ -4,6 +4,8 @@
 #include "Recusa.h"
 #include "acesso/Permissoes.h"
 
+#include <array>
+
 namespace orb {
 
 using D = db::Decimal;
@@ -30,9 +32,7 @@ QString texto(const Valores &v, const QString &c)
     return it == v.end() ? QString() : it->second.toString().trimmed();
 }
 
-} // namespace
-
-void comporPreco(Valores &v)
+void comporPrecoExato(Valores &v)
 {
     const D um = D::inteiro(1), cem = D::inteiro(100);
     const D custo = dec(v, "CUSTO");
@@ -63,6 +63,18 @@ void comporPreco(Valores &v)
         v["PERCMC" + nivel] = var(custo.sinal() > 0
                                       ? ((dec(v, "PRVENDA" + nivel) - custo) * cem).dividir(custo, escala, db::Arredonda::MeioLonge)
                                       : cem.comEscala(escala));
+    }
+}
+
+} // namespace
+
+void comporPreco(Valores &v)
+{
+    try {
+        comporPrecoExato(v);
+    } catch (const std::overflow_error &) {
+        // Beyond what any price column holds: the cost typed cannot be right.
+        throw Recusa(kValorInvalido, QStringLiteral("CUSTO"));
     }
 }
 
@@ -160,6 +172,18 @@ QList<LinhaEstoque> lerEstoques(db::Transacao &t, int idItem)
     return r;
 }
 
+namespace {
+
+// Stock is counted, never owed: a negative figure typed for a company is refused, naming it.
+void conferirQuantidades(const LinhaEstoque &l, const std::array<const char *, 3> &campos)
+{
+    if (l.minimo.negativo()) throw Recusa(QStringLiteral("Estoque mínimo inválido!"), campos[0]);
+    if (l.maximo.negativo()) throw Recusa(QStringLiteral("Estoque máximo inválido!"), campos[1]);
+    if (l.atual.negativo()) throw Recusa(QStringLiteral("Estoque atual inválido!"), campos[2]);
+}
+
+} // namespace
+
 LinhaEstoque conferirLinhaEstoque(db::Transacao &t, const QString &empresa, const QString &localizacao,
                                   const QVariant &minimo, const QVariant &maximo, const QVariant &atual)
 {
@@ -175,13 +199,12 @@ LinhaEstoque conferirLinhaEstoque(db::Transacao &t, const QString &empresa, cons
     auto numero = [](const QVariant &x, const char *campo) {
         if (!preenchido(x)) return D::bruto(0, 4);
         if (x.metaType() == QMetaType::fromType<D>()) return x.value<D>();
-        const auto d = D::ler(x.toString(), true);
-        if (!d) throw Recusa(QStringLiteral("Valor inválido!"), campo);
-        return d->comEscala(4);
+        return lerNumero(x.toString(), 4, campo);
     };
     l.minimo = numero(minimo, "ESTMINIMO");
     l.maximo = numero(maximo, "ESTMAXIMO");
     l.atual = numero(atual, "ESTATUAL");
+    conferirQuantidades(l, {"ESTMINIMO", "ESTMAXIMO", "ESTATUAL"});
     return l;
 }
 
@@ -203,10 +226,24 @@ int salvarItem(db::Transacao &t, int id, Valores v, const QList<LinhaEstoque> &e
         if (dec(v, c).negativo()) v[c] = QVariant();
     if (mercadoria && estoques.isEmpty()) throw Recusa(QStringLiteral("Defina o(s) estoque(s) primeiro!"), "ESTOQUES");
     QSet<int> empresas;
+    const int principal = empresaPrincipal(t);
     for (const LinhaEstoque &l : estoques) {
         if (!l.idEmpresa) throw Recusa(QStringLiteral("Escolha a empresa primeiro!"), "ESTOQUES");
         if (empresas.contains(l.idEmpresa))
             throw Recusa("A empresa " + l.empresa + " já tem estoque neste item!", "ESTOQUES");
+        // Sales may take a stored figure below zero; only a negative one typed now is refused.
+        LinhaEstoque digitada = l;
+        if (l.id) {
+            db::Consulta q(t, "Select EstMinimo, EstMaximo, EstAtual From TbItensEst Where Id = :ID");
+            q.bind("ID", l.id).executar();
+            if (q.proxima()) {
+                if (q[0].value<D>() == l.minimo) digitada.minimo = D{};
+                if (q[1].value<D>() == l.maximo) digitada.maximo = D{};
+                if (q[2].value<D>() == l.atual) digitada.atual = D{};
+            }
+        }
+        conferirQuantidades(digitada, l.idEmpresa == principal ? std::array{"Z_ESTMINIMOP", "Z_ESTMAXIMOP", "Z_ESTATUALP"}
+                                                                : std::array{"ESTOQUES", "ESTOQUES", "ESTOQUES"});
         empresas.insert(l.idEmpresa);
     }
 

@@ -330,11 +330,12 @@ void TEstoque::mostrarEstoques()
 void TEstoque::principalDigitado()
 {
     if (estado() == Estado::Navegando || !principal_) return;
-    auto ler = [](QLineEdit *e, const db::Decimal &antes) {
+    // A figure typed wrong is refused naming its field, never taken as zero or as what it was.
+    auto ler = [](QLineEdit *e) {
         if (e->text().trimmed().isEmpty()) return db::Decimal::bruto(0, 4);
-        const auto d = db::Decimal::ler(e->text(), true);
-        return d ? d->comEscala(4) : antes;
+        return lerNumero(e->text(), 4, e->objectName());
     };
+    const db::Decimal minimo = ler(minimoP_), maximo = ler(maximoP_), atual = ler(atualP_);
     LinhaEstoque *p = nullptr;
     for (LinhaEstoque &e : estoques_)
         if (e.idEmpresa == principal_) p = &e;
@@ -345,9 +346,9 @@ void TEstoque::principalDigitado()
         estoques_ << linhaPrincipal(t);
         p = &estoques_.last();
     }
-    p->minimo = ler(minimoP_, p->minimo);
-    p->maximo = ler(maximoP_, p->maximo);
-    p->atual = ler(atualP_, p->atual);
+    p->minimo = minimo;
+    p->maximo = maximo;
+    p->atual = atual;
     p->disponivel = p->atual - p->reservado;
     mostrarEstoques();
 }
@@ -401,7 +402,12 @@ void TEstoque::EditCustoExit()
     } catch (const Recusa &) {
         return;  // a number still being typed wrong is told at Salvar
     }
-    comporPreco(v);
+    try {
+        comporPreco(v);
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+        return;
+    }
     for (const QString &nivel : {QStringLiteral("AT"), QStringLiteral("VAR")})
         for (const char *c : {"CUSTOOUTROS", "CUSTOTRIB", "PRVENDAMIN", "MARKUP", "PERCMC"}) definirValor(c + nivel, v[c + nivel]);
 }
@@ -433,7 +439,14 @@ bool TEstoque::eventFilter(QObject *o, QEvent *e)
         const QString n = w->objectName();
         if (disparaComposicao(n)) EditCustoExit();
         if (disparaComissoes(n)) somarComissoesNaTela();
-        if (w == minimoP_ || w == maximoP_ || w == atualP_) principalDigitado();
+        if (w == minimoP_ || w == maximoP_ || w == atualP_) {
+            try {
+                principalDigitado();
+            } catch (const Recusa &r) {
+                Atencao(r.texto);
+                QTimer::singleShot(0, w, [w] { w->setFocus(); });
+            }
+        }
         if (n == "CODIGO" || n == "CODIGOBARRAS") {
             try {
                 db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);

@@ -2,6 +2,7 @@
 
 #include "apoio/BancoTeste.h"
 
+#include <climits>
 #include <gtest/gtest.h>
 
 using db::Decimal;
@@ -88,6 +89,11 @@ TEST_F(BancoTest, ValuesComeBackAsTheyWent)
         else
             EXPECT_EQ(lido, c.valor) << c.coluna << " " << lido.toString().left(40).toStdString();
     }
+    // A value wider than 64 bits at its own scale goes with fewer decimals, rounded by the column.
+    const Decimal custo = Decimal("9300000000.1234").comEscala(9) + Decimal("0.000056789");
+    db::executar(t, "delete from TIPOS");
+    db::executar(t, "insert into TIPOS (N4) values (:V)", {{"V", QVariant::fromValue(custo)}});
+    EXPECT_EQ(db::escalar(t, "select N4 from TIPOS").value<Decimal>(), Decimal("9300000000.1235"));
     // The text was stored in the database's own character set, not as UTF-8 bytes.
     db::executar(t, "delete from TIPOS");
     db::executar(t, "insert into TIPOS (S, TX) values (:S, :S)", {{"S", "ção"}});
@@ -118,6 +124,16 @@ TEST_F(BancoTest, FailuresBecomeTypedPortugueseErrors)
         {"fora do WIN1252", [&] { db::executar(t, "update TBCAD set NOME = :V where ID = 1", {{"V", "Loja 日本"}}); }, TipoErro::ForaDoConjunto},
         {"data inválida", [&] { db::executar(t, "update TBCAD set DATANASC = :V where ID = 1", {{"V", "31/02/2026"}}); }, TipoErro::DataInvalida},
         {"número inválido", [&] { db::executar(t, "update TBCAD set CODIGO = :V where ID = 1", {{"V", "12a"}}); }, TipoErro::NumeroInvalido},
+        // 65,546 characters once travelled as 10 (the length wrapped at 16 bits) and were stored cut.
+        {"texto além de 64 KiB", [&] { db::executar(t, "update TBCAD set NOME = :V where ID = 1", {{"V", QString(65546, 'A')}}); },
+         TipoErro::TextoLongo},
+        {"número além da coluna", [&] {
+             db::executar(t, "insert into TBITENS (CUSTO) values (:V)", {{"V", QVariant::fromValue(Decimal("1000000000000000"))}});
+         }, TipoErro::NumeroInvalido},
+        {"número além de 64 bits", [&] {
+             const Decimal enorme = Decimal::inteiro(INT64_MAX) * Decimal("1000");
+             db::executar(t, "update TBCAD set CODIGO = :V where ID = 1", {{"V", QVariant::fromValue(enorme)}});
+         }, TipoErro::NumeroInvalido},
         {"chave duplicada", [&] { db::executar(t, "insert into TBCAD (ID) values (1)"); }, TipoErro::Duplicado},
         {"obrigatório", [&] { db::executar(t, "insert into TBCORES (CODIGO) values (null)"); }, TipoErro::Obrigatorio},
         {"servidor inexistente", [&] { db::Banco::abrir({"127.0.0.1/1:/nada/ORBManager.fdb"}); }, TipoErro::Conexao},

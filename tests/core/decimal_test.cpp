@@ -79,13 +79,21 @@ TEST(Decimal, ContasExatasOuEstouro)
     // The product passes through more than 64 bits, but the result fits once rounded to nine.
     EXPECT_EQ(Decimal::bruto(INT64_MAX, 9) * Decimal("0.5"), Decimal::bruto(4611686018427387904, 9));
 
+    // Intermediate values go far past 64 bits: a cost of 9.3 billion at nine decimals, grossed up.
     const auto max = Decimal::inteiro(INT64_MAX), min = Decimal::inteiro(INT64_MIN);
-    EXPECT_THROW(max + Decimal("1"), std::overflow_error);
-    EXPECT_THROW(min - Decimal("0.1"), std::overflow_error);
-    EXPECT_THROW(-min, std::overflow_error);
-    EXPECT_THROW(max.comEscala(1), std::overflow_error);
-    EXPECT_THROW(max * Decimal("1.1"), std::overflow_error);
-    EXPECT_THROW(max.dividir(Decimal("0.5"), 0, Trunca), std::overflow_error);
+    EXPECT_EQ(txt(Decimal("9300000000.0000").comEscala(9) * Decimal("1.300000000")), "12090000000.000000000");
+    EXPECT_EQ(txt(max + Decimal("1")), "9223372036854775808");
+    EXPECT_EQ(txt(-min), "9223372036854775808");
+    EXPECT_EQ(max.comEscala(9).dividir(Decimal("0.5"), 9, Trunca), max * Decimal("2"));
+    // What goes to the database fits 64 bits, at fewer decimals when it must.
+    EXPECT_THROW((max + Decimal("1")).mantissa(), std::overflow_error);
+    EXPECT_EQ(txt((max + Decimal("1")).dividir(Decimal("100000"), 5, Trunca).compacto()), "92233720368547.7581");
+    EXPECT_EQ(Decimal("12.5").compacto().escala(), 1);
+    EXPECT_THROW((max * Decimal("10")).compacto(), std::overflow_error);
+    // Past 29 digits nothing any column holds can arise: that is an overflow.
+    EXPECT_THROW(max * max, std::overflow_error);
+    EXPECT_THROW((max * Decimal("100000000000")).comEscala(9), std::overflow_error);
+    EXPECT_THROW(max.comEscala(9).dividir(Decimal("0.000000001"), 9, Trunca), std::overflow_error);
     EXPECT_THROW(Decimal::bruto(1, 10), std::invalid_argument);
 }
 

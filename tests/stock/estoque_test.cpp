@@ -168,6 +168,42 @@ TEST_F(EstoqueTest, SaveChecksInOrder)
     EXPECT_GT(salvarItem(t, 0, semFabricante, estoques, "EN", teste::administrador(t)), 0);
 }
 
+// Figures a user may get wrong: a negative stock typed is refused naming its kind, a cost of
+// billions composes its prices exactly, and a negative stock left by sales does not block the item.
+TEST_F(EstoqueTest, StockFiguresAndCostsOfBillions)
+{
+    db::Transacao t(tabs.DbORB());
+    const struct { const char *atual, *minimo, *maximo, *recusa; } casos[] = {
+        {"-1", "0", "0", "Estoque atual inválido!"},
+        {"0", "-0.5", "0", "Estoque mínimo inválido!"},
+        {"0", "0", "-3", "Estoque máximo inválido!"},
+    };
+    for (const auto &c : casos) {
+        EXPECT_EQ(recusa([&] { salvar(t, "NEG", "Negativo", {}, c.atual, c.minimo, c.maximo); }), c.recusa);
+        EXPECT_EQ(db::escalar(t, "select count(*) from TbItens where Codigo = 'NEG'").toInt(), 0);
+    }
+    // Typed in a stock row, the same figures are refused as they are typed.
+    EXPECT_EQ(recusa([&] { conferirLinhaEstoque(t, linhaPrincipal(t).empresa, "", "0", "0", "-2"); }), "Estoque atual inválido!");
+    EXPECT_EQ(recusa([&] { conferirLinhaEstoque(t, linhaPrincipal(t).empresa, "", "abc", "0", "0"); }), "Valor inválido!");
+    EXPECT_EQ(recusa([&] { conferirLinhaEstoque(t, linhaPrincipal(t).empresa, "", "12345678901234567", "0", "0"); }),
+              "Valor inválido!");
+
+    Valores v = {{"CUSTO", dec("9300000000")}, {"PERCLUCROMINAT", dec("30")}, {"PRVENDAAT", dec("15000000000")},
+                 {"REGTRIBFEDERAL", "S"}};
+    comporPreco(v);
+    EXPECT_EQ(lido(v, "PRVENDAMINAT"), D("12090000000"));
+    EXPECT_EQ(lido(v, "MARKUPAT"), D("1.3"));
+    EXPECT_EQ(lido(v, "PERCMCAT"), D("61.2903"));
+    const int id = salvar(t, "BILHAO", "Turbina", v);
+    EXPECT_EQ(db::escalar(t, "select PrVendaMinAt from TbItens where Id = :ID", {{"ID", id}}).value<D>(), D("12090000000"));
+
+    // Sales took it below zero: the item is saved again with that figure untouched.
+    db::executar(t, "update TbItensEst set EstAtual = -4 where Fk = :ID", {{"ID", id}});
+    Valores outra = lerRegistro(t, declaracaoEstoque(), id);
+    outra["DESCRICAO"] = "Turbina grande";
+    EXPECT_EQ(recusa([&] { salvarItem(t, id, outra, lerEstoques(t, id), "CO", teste::administrador(t)); }), "");
+}
+
 // A new item takes the principal company's tax regime from its latest situation, and its stock row.
 TEST_F(EstoqueTest, NewItemDefaultsFromThePrincipalCompany)
 {

@@ -541,6 +541,19 @@ void Consulta::executar()
                     else tipo = SQL_VARYING;
                 }
             }
+            // A value wider than 64 bits goes at fewer decimals; the column rounds it to its own anyway.
+            if (tipo == -SQL_INT64) {
+                try {
+                    v = QVariant::fromValue(v.value<Decimal>().compacto());
+                } catch (const std::overflow_error &) {
+                    throw ErroBanco(TipoErro::NumeroInvalido, mensagemPara(TipoErro::NumeroInvalido, {}),
+                                    "valor fora do intervalo: " + v.value<Decimal>().texto());
+                }
+            }
+            // A text's length travels in 16 bits: a longer one would arrive cut, and no column holds it.
+            if (tipo == SQL_VARYING && v.toString().size() > 8000 && v.toString().toUtf8().size() > 32765)
+                throw ErroBanco(TipoErro::TextoLongo, mensagemPara(TipoErro::TextoLongo, {}),
+                                QString("texto de %1 bytes").arg(v.toString().toUtf8().size()));
             vals[i] = v;
             tipos[i] = tipo;
         }

@@ -10,7 +10,6 @@ namespace db {
 
 namespace {
 
-// Every intermediate fits: the widest is an int64 mantissa times 10^18 (about 9.2e36).
 __extension__ typedef __int128 i128;
 __extension__ typedef unsigned __int128 u128;
 
@@ -24,6 +23,10 @@ constexpr i128 pot10(int n)
     return p;
 }
 
+// Mantissas stay below 10^29: moved up by nine decimals they still fit 128 bits, so aligning two
+// values never overflows. That is eleven digits past what any column holds.
+constexpr i128 kLimite = pot10(29);
+
 void validarEscala(int escala)
 {
     if (escala < 0 || escala > kEscalaMax)
@@ -31,11 +34,21 @@ void validarEscala(int escala)
                                     + " (aceita de 0 a 9)");
 }
 
-std::int64_t caber(i128 v)
+[[noreturn]] void estouro() { throw std::overflow_error("Valor fora do intervalo permitido"); }
+
+i128 caber(i128 v)
 {
-    if (v > INT64_MAX || v < INT64_MIN)
-        throw std::overflow_error("Valor fora do intervalo permitido");
-    return static_cast<std::int64_t>(v);
+    if (v >= kLimite || v <= -kLimite)
+        estouro();
+    return v;
+}
+
+i128 multiplicar(i128 a, i128 b)
+{
+    i128 r;
+    if (__builtin_mul_overflow(a, b, &r))
+        estouro();
+    return r;
 }
 
 // n / d with the named rounding; C++ division already truncates toward zero.
@@ -56,7 +69,7 @@ i128 dividirArredondando(i128 n, i128 d, Arredonda a)
 i128 reescalar(i128 m, int de, int para, Arredonda a)
 {
     if (para >= de)
-        return m * pot10(para - de);
+        return multiplicar(m, pot10(para - de));
     return dividirArredondando(m, pot10(de - para), a);
 }
 
@@ -113,13 +126,32 @@ bool tirarMilhares(QStringView inteira, QString &saida)
 
 } // namespace
 
-Decimal Decimal::bruto(std::int64_t mantissa, int escala)
+Decimal Decimal::de(Mantissa m, int escala)
 {
     validarEscala(escala);
     Decimal d;
-    d.m_ = mantissa;
+    d.m_ = caber(m);
     d.e_ = escala;
     return d;
+}
+
+Decimal Decimal::bruto(std::int64_t mantissa, int escala) { return de(mantissa, escala); }
+
+std::int64_t Decimal::mantissa() const
+{
+    if (m_ > INT64_MAX || m_ < INT64_MIN)
+        estouro();
+    return static_cast<std::int64_t>(m_);
+}
+
+Decimal Decimal::compacto() const
+{
+    for (int e = e_; e >= 0; --e) {
+        const i128 m = reescalar(m_, e_, e, Arredonda::MeioLonge);
+        if (m <= INT64_MAX && m >= INT64_MIN)
+            return de(m, e);
+    }
+    estouro();
 }
 
 std::optional<Decimal> Decimal::ler(const QString &texto, bool ptBR)
@@ -164,7 +196,7 @@ std::optional<Decimal> Decimal::ler(const QString &texto, bool ptBR)
         m = -m;
     if (m > INT64_MAX)
         return std::nullopt;
-    return bruto(static_cast<std::int64_t>(m), int(fracao.size()));
+    return de(m, int(fracao.size()));
 }
 
 Decimal::Decimal(const char *texto)
@@ -179,28 +211,24 @@ Decimal::Decimal(const char *texto)
 Decimal Decimal::comEscala(int escala, Arredonda a) const
 {
     validarEscala(escala);
-    return bruto(caber(reescalar(m_, e_, escala, a)), escala);
+    return de(reescalar(m_, e_, escala, a), escala);
 }
 
 Decimal Decimal::operator+(const Decimal &o) const
 {
     const int e = std::max(e_, o.e_);
-    return bruto(caber(reescalar(m_, e_, e, Arredonda::Trunca)
-                       + reescalar(o.m_, o.e_, e, Arredonda::Trunca)),
-                 e);
+    return de(reescalar(m_, e_, e, Arredonda::Trunca) + reescalar(o.m_, o.e_, e, Arredonda::Trunca), e);
 }
 
 Decimal Decimal::operator-(const Decimal &o) const
 {
     const int e = std::max(e_, o.e_);
-    return bruto(caber(reescalar(m_, e_, e, Arredonda::Trunca)
-                       - reescalar(o.m_, o.e_, e, Arredonda::Trunca)),
-                 e);
+    return de(reescalar(m_, e_, e, Arredonda::Trunca) - reescalar(o.m_, o.e_, e, Arredonda::Trunca), e);
 }
 
 Decimal Decimal::operator-() const
 {
-    return bruto(caber(-i128(m_)), e_);
+    return de(-m_, e_);
 }
 
 Decimal Decimal::operator*(const Decimal &o) const
@@ -208,7 +236,7 @@ Decimal Decimal::operator*(const Decimal &o) const
     // Beyond nine decimals the column types cannot hold it anyway; round once, here.
     const int soma = e_ + o.e_;
     const int e = std::min(soma, kEscalaMax);
-    return bruto(caber(reescalar(i128(m_) * o.m_, soma, e, Arredonda::MeioLonge)), e);
+    return de(reescalar(multiplicar(m_, o.m_), soma, e, Arredonda::MeioLonge), e);
 }
 
 Decimal Decimal::dividir(const Decimal &o, int escala, Arredonda a) const
@@ -218,9 +246,9 @@ Decimal Decimal::dividir(const Decimal &o, int escala, Arredonda a) const
         throw std::domain_error("Divisão por zero");
     // (m / 10^e) / (om / 10^oe) at scale s  =  m * 10^(s + oe - e) / om
     const int k = escala + o.e_ - e_;
-    const i128 n = i128(m_) * pot10(std::max(k, 0));
-    const i128 d = i128(o.m_) * pot10(std::max(-k, 0));
-    return bruto(caber(dividirArredondando(n, d, a)), escala);
+    const i128 n = multiplicar(m_, pot10(std::max(k, 0)));
+    const i128 d = multiplicar(o.m_, pot10(std::max(-k, 0)));
+    return de(dividirArredondando(n, d, a), escala);
 }
 
 Decimal Decimal::dividirComoBanco(const Decimal &o) const
@@ -260,7 +288,7 @@ QString Decimal::textoBR(int decimais) const
 double Decimal::paraDouble() const
 {
     // Both operands are exact doubles for |m| < 2^53, so the single division rounds correctly.
-    return static_cast<double>(m_) / static_cast<double>(static_cast<std::int64_t>(pot10(e_)));
+    return static_cast<double>(m_) / static_cast<double>(pot10(e_));
 }
 
 } // namespace db

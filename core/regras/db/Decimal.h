@@ -1,5 +1,7 @@
 #pragma once
-// Exact decimal for every NUMERIC of the database: a 64-bit mantissa with a scale (0 to 9).
+// Exact decimal for every NUMERIC of the database: a mantissa with a scale (0 to 9). The mantissa
+// has room far beyond the columns' 18 digits, so that products and quotients of any values the
+// columns hold never overflow on the way; only what goes to the database must fit 64 bits.
 // Never built from a double; rounding is named wherever digits are lost.
 
 #include <QMetaType>
@@ -17,6 +19,8 @@ enum class Arredonda {
 
 class Decimal {
 public:
+    __extension__ typedef __int128 Mantissa;
+
     constexpr Decimal() = default;
     // The value mantissa / 10^escala, exactly.
     static Decimal bruto(std::int64_t mantissa, int escala);
@@ -28,8 +32,12 @@ public:
     // Throws std::invalid_argument on bad text; for literals in code and tests.
     explicit Decimal(const char *texto);
 
-    std::int64_t mantissa() const { return m_; }
+    // The mantissa as the database takes it; throws std::overflow_error beyond 64 bits.
+    std::int64_t mantissa() const;
     int escala() const { return e_; }
+    // The same value at the largest scale (up to its own) whose mantissa fits 64 bits, rounded
+    // half away from zero as the database does; throws std::overflow_error when none does.
+    Decimal compacto() const;
 
     // The same value at another scale; more digits are exact, fewer are rounded as said.
     Decimal comEscala(int escala, Arredonda a = Arredonda::MeioLonge) const;
@@ -63,7 +71,8 @@ public:
     double paraDouble() const;
 
 private:
-    std::int64_t m_ = 0;
+    static Decimal de(Mantissa m, int escala);
+    Mantissa m_ = 0;
     int e_ = 0;
 };
 

@@ -31,6 +31,19 @@ void logRegistro(db::Transacao &t, const QString &tabela, const QString &chave, 
     if (Tabs) Tabs->Log(t, tabela, chave, valor, acao, detalhes);
 }
 
+db::Decimal lerNumero(const QString &texto, int escala, const QString &campo)
+{
+    const auto d = db::Decimal::ler(texto, true);
+    if (!d) throw Recusa(kValorInvalido, campo);
+    const db::Decimal r = d->comEscala(escala);
+    try {
+        r.mantissa();  // the column keeps 64 bits at its scale
+    } catch (const std::overflow_error &) {
+        throw Recusa(kValorInvalido, campo);
+    }
+    return r;
+}
+
 bool preenchido(const QVariant &v)
 {
     if (!v.isValid() || v.isNull()) return false;
@@ -73,17 +86,18 @@ int proximoCodigo(db::Transacao &t, const QString &tabela, const QString &campo)
     return db::escalar(t, QString("Select Coalesce(Max(%1), 0) + 1 From %2").arg(campo, tabela)).toInt();
 }
 
-void renumerarOferecido(db::Transacao &t, const QString &tabela, const QString &coluna, Valores &v)
+bool renumerarOferecido(db::Transacao &t, const QString &tabela, const QString &coluna, Valores &v)
 {
     const auto o = v.find(kCodigoOferecido);
-    if (o == v.end()) return;
+    if (o == v.end()) return false;
     const auto c = v.find(coluna);
     if (c == v.end() || c->second.isNull() || c->second.toInt() != o->second.toInt()) {
         v.erase(o);  // a code of the user's own
-        return;
+        return false;
     }
     c->second = std::max(c->second.toInt(), proximoCodigo(t, tabela, coluna));
     o->second = c->second;
+    return true;
 }
 
 int inserirNumerado(db::Transacao &t, const QString &tabela, const QString &coluna, Valores &v,
@@ -175,9 +189,20 @@ int escrever(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v)
 
 void conferirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores &v)
 {
-    if (id == 0 && !d.numerada.isEmpty()) renumerarOferecido(t, d.tabela, d.numerada, v);
+    const bool oferecido = id == 0 && !d.numerada.isEmpty() && renumerarOferecido(t, d.tabela, d.numerada, v);
     conferirObrigatorios(d, v);
-    if (d.validar) d.validar(t, id, v);
+    if (!d.validar) return;
+    for (int vez = 0;; ++vez) {
+        try {
+            d.validar(t, id, v);
+            return;
+        } catch (const Recusa &r) {
+            // Another workstation saved the offered code between its numbering and this check.
+            if (!oferecido || r.campo != d.numerada || vez >= 100) throw;
+            v[d.numerada] = v[d.numerada].toInt() + 1;
+            v[kCodigoOferecido] = v[d.numerada];
+        }
+    }
 }
 
 } // namespace

@@ -80,6 +80,12 @@ struct DeclaracaoRegistro {
 // A declaration's identity: the form's class, its caption, its area transaction and its table.
 DeclaracaoRegistro declararRegistro(const QString &classe, const QString &titulo, const QString &area, const QString &tabela);
 
+// A number typed in pt_BR ("1.234,56") for a column of `escala` decimals, NUMERIC(18, escala),
+// which keeps 64 bits at its scale: letters, a malformed number or one the column cannot hold
+// are refused with "Valor inválido!" naming the field. Empty text is no number: the caller decides.
+inline const QString kValorInvalido = QStringLiteral("Valor inválido!");
+db::Decimal lerNumero(const QString &texto, int escala, const QString &campo);
+
 // Whether a value counts as filled (a blank mask such as "  :  " does not).
 bool preenchido(const QVariant &v);
 // The type of a stored picture; empty when the bytes are none of the accepted ones.
@@ -111,9 +117,10 @@ QString sqlGrade(const DeclaracaoRegistro &d);
 int proximoCodigo(db::Transacao &t, const QString &tabela, const QString &campo = QStringLiteral("CODIGO"));
 // The code a screen offered at Incluir, sent with the record's values: a code left as offered is
 // only a proposal, and becomes the next free one at the save when another record took it meanwhile.
-// renumerarOferecido drops the key when the user typed a code of their own.
+// renumerarOferecido tells whether the code is the offered one, and drops the key when the user
+// typed a code of their own.
 inline const QString kCodigoOferecido = QStringLiteral("_CODIGOOFERECIDO");
-void renumerarOferecido(db::Transacao &t, const QString &tabela, const QString &coluna, Valores &v);
+bool renumerarOferecido(db::Transacao &t, const QString &tabela, const QString &coluna, Valores &v);
 // Inserts a row numbered in `coluna` through `inserir`, which reads the code from `v`. An offered
 // code, an empty one or one past the last is a new number: when another workstation took it
 // meanwhile (the unique index refuses it) the next one is tried. A typed code stays as typed.

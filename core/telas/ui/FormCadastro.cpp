@@ -138,6 +138,7 @@ FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const Q
     divisor_->setSizes({250, 350});
 
     status_ = new QLabel(this);
+    status_->setObjectName("LbStatus");
     layout->addWidget(status_);
     habilitarEdicao(false);
 }
@@ -275,6 +276,23 @@ void FormCadastro::ajustarColunas()
 
 void FormCadastro::pesquisar()
 {
+    avisoBusca_.clear();
+    try {
+        consultarBusca();
+    } catch (const db::ErroBanco &e) {
+        // Typed while searching: the grid stays empty and the line under it says why, with no box
+        // to interrupt the typing. A text longer than the column cannot match anything.
+        avisoBusca_ = e.tipo() == db::TipoErro::TextoLongo
+                          ? QStringLiteral("nenhum registro tem um texto tão longo neste campo")
+                          : e.mensagem();
+    }
+    if (modelo_->rowCount() > 0) grade_->selectRow(0);
+    ajustarColunas();
+    mostrarRegistro();
+}
+
+void FormCadastro::consultarBusca()
+{
     QString propria;
     std::map<QString, QVariant> pp;
     if (montarBusca(ordem_->currentText(), busca_->text().trimmed(), propria, pp)) {
@@ -292,9 +310,6 @@ void FormCadastro::pesquisar()
         }
         modelo_->consultar(sql + " Order By X." + campo, p);
     }
-    if (modelo_->rowCount() > 0) grade_->selectRow(0);
-    ajustarColunas();
-    mostrarRegistro();
 }
 
 int FormCadastro::idAtual() const
@@ -329,7 +344,8 @@ void FormCadastro::Botoes()
     for (const char *n : {"Primeiro", "Anterior", "Proximo", "Ultimo"}) botoes_[n]->setEnabled(navegando && temRegistro);
     grade_->setEnabled(navegando);
     const int n = modelo_->rowCount();
-    status_->setText(navegando ? QString("%1 registro(s)%2").arg(n).arg(modelo_->canFetchMore({}) ? "+" : "")
+    status_->setText(navegando ? QString("%1 registro(s)%2%3").arg(n).arg(modelo_->canFetchMore({}) ? "+" : "",
+                                                               avisoBusca_.isEmpty() ? QString() : " - " + avisoBusca_)
                                : (estado_ == Estado::Incluindo ? "Incluindo novo registro" : "Alterando registro"));
     estadoMudou();
 }

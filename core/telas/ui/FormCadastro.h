@@ -136,6 +136,7 @@ protected:
 private:
     void mostrarRegistro();
     void habilitarEdicao(bool sim);
+    void consultarBusca();  // the browse query under the order and text typed
 
     QString classe_, titulo_, area_, menu_, sufixoOperacoes_;
     Estado estado_ = Estado::Navegando;
@@ -160,6 +161,7 @@ private:
     QList<QPair<QString, QString>> ordens_;
     QComboBox *ordem_ = nullptr;
     QLineEdit *busca_ = nullptr;
+    QString avisoBusca_;  // why the last search found nothing, shown on the status line
 };
 
 } // namespace orb

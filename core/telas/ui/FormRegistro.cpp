@@ -83,13 +83,11 @@ QVariant lerWidgetCampo(const CampoForm &c, QWidget *w)
     case CampoForm::Inteiro: {
         bool ok = false;
         const int n = s.trimmed().toInt(&ok);
-        if (!ok) throw Recusa("Valor inválido!", c.coluna);
+        if (!ok) throw Recusa(kValorInvalido, c.coluna);
         return n;
     }
     case CampoForm::Decimal: {
-        auto d = db::Decimal::ler(s, true);
-        if (!d) throw Recusa("Valor inválido!", c.coluna);
-        return QVariant::fromValue(d->comEscala(c.escala));
+        return QVariant::fromValue(lerNumero(s, c.escala, c.coluna));
     }
     case CampoForm::Hora: return s;  // "hh:mm" is stored with its colon
     default: {

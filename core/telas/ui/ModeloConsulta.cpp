@@ -26,13 +26,23 @@ void ModeloConsulta::recarregar()
     beginResetModel();
     linhas_.clear();
     q_.reset();
-    tr_ = std::make_unique<db::Transacao>(b_, db::Modo::Leitura);
-    q_ = std::make_unique<db::Consulta>(*tr_, sql_);
-    for (const auto &[k, v] : params_) q_->bind(k, v);
-    q_->executar();
-    indice_.clear();
-    for (int i = 0; i < q_->colunas(); ++i) indice_.insert(q_->nomeColuna(i), i);
-    fim_ = false;
+    tr_.reset();
+    fim_ = true;
+    try {
+        tr_ = std::make_unique<db::Transacao>(b_, db::Modo::Leitura);
+        q_ = std::make_unique<db::Consulta>(*tr_, sql_);
+        for (const auto &[k, v] : params_) q_->bind(k, v);
+        q_->executar();
+        indice_.clear();
+        for (int i = 0; i < q_->colunas(); ++i) indice_.insert(q_->nomeColuna(i), i);
+        fim_ = false;
+    } catch (...) {
+        // A query that failed leaves an empty grid, never one with rows it cannot show.
+        q_.reset();
+        tr_.reset();
+        endResetModel();
+        throw;
+    }
     endResetModel();
     fetchMore({});
 }

@@ -2,6 +2,8 @@
 // The one place unhandled errors end up: known data errors get a short message, anything else
 // the long one, a screenshot and a support report saved in "Erros"; the program keeps running.
 
+#include "registro/Registro.h"
+
 #include <QApplication>
 #include <exception>
 
@@ -25,7 +27,6 @@ void Ae1Exception(const std::exception_ptr &e = std::current_exception(), QObjec
 
 // The short messages, decided from the error's kind.
 inline const QString kDataInvalida = QStringLiteral("Data inválida!");
-inline const QString kValorInvalido = QStringLiteral("Valor inválido!");
 inline const QString kDependentes =
     QStringLiteral("Não foi possível excluir este registro pois existem registros dependentes do mesmo!");
 
