@@ -105,8 +105,46 @@ void SalvarItemComDetalhes(benchmark::State &st)
     }
 }
 
+// The price composition typed on the item screen (both levels, taxes, IPI) at a cost of billions,
+// where every intermediate goes past 64 bits; the floor copies the same values and writes the
+// ten results, which the composition cannot avoid.
+orb::Valores composicao()
+{
+    auto d = [](const char *s) { return QVariant::fromValue(db::Decimal(s)); };
+    return {{"CUSTO", d("9300000000.1234")}, {"PERCLUCROMINAT", d("30")}, {"PERCLUCROMINVAR", d("50")},
+            {"PERCCOMAT", d("5")},           {"PERCFRETEAT", d("3")},     {"PERCDESPFINAT", d("2")},
+            {"PERCCOMVAR", d("5")},          {"PERCFRETEVAR", d("3")},    {"PERCDESPFINVAR", d("2")},
+            {"PERCICMS", d("18")},           {"PERCPIS", d("1.65")},      {"PERCCOFINS", d("7.6")},
+            {"PERCIRPJ", d("1.2")},          {"PERCCSLL", d("1.08")},     {"PERCIPI", d("10")},
+            {"PRVENDAAT", d("15000000000")}, {"PRVENDAVAR", d("20000000000")}};
+}
+
+void PisoCopiaValores(benchmark::State &st)
+{
+    const orb::Valores base = composicao();
+    for (auto _ : st) {
+        orb::Valores v = base;
+        for (const char *c : {"CUSTOOUTROSAT", "CUSTOTRIBAT", "PRVENDAMINAT", "MARKUPAT", "PERCMCAT", "CUSTOOUTROSVAR",
+                              "CUSTOTRIBVAR", "PRVENDAMINVAR", "MARKUPVAR", "PERCMCVAR"})
+            v[c] = v.at("CUSTO");
+        benchmark::DoNotOptimize(v);
+    }
+}
+
+void ComporPreco(benchmark::State &st)
+{
+    const orb::Valores base = composicao();
+    for (auto _ : st) {
+        orb::Valores v = base;
+        orb::comporPreco(v);
+        benchmark::DoNotOptimize(v);
+    }
+}
+
 } // namespace
 
+BENCHMARK(PisoCopiaValores)->Unit(benchmark::kMicrosecond);
+BENCHMARK(ComporPreco)->Unit(benchmark::kMicrosecond);
 BENCHMARK(PisoInsercoes)->Unit(benchmark::kMillisecond);
 BENCHMARK(SalvarItemComDetalhes)->Unit(benchmark::kMillisecond);
 
@@ -118,6 +156,7 @@ int main(int argc, char **argv)
     benchmark::RunSpecifiedBenchmarks(&c);
     std::printf("\nRazões (tempo / piso medido nesta execução):\n");
     c.razao("SalvarItemComDetalhes", "PisoInsercoes");
+    c.razao("ComporPreco", "PisoCopiaValores");
     base().tabs->desconectar();
     orb::Tabs = nullptr;
     return 0;

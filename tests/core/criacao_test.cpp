@@ -78,8 +78,8 @@ TEST(CriacaoInterrompida, EveryRerunEndsWithAUsableDatabaseOrAMessage)
     }
     relogio.start();
 
-    // Each kill costs a rerun of a whole creation (about 1.5 s here): 20 keep the test near half a minute.
-    constexpr int kMortes = 20;
+    // Each kill costs a rerun of a whole creation (about 1.5 s here): 40 take about a minute.
+    constexpr int kMortes = 40;
     int antesDoFim = 0, recusadas = 0;
     for (int i = 0; i < kMortes; ++i) {
         const QString arquivo = dir.filePath(QString("%1/ORBManager.fdb").arg(i));
