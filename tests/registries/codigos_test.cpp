@@ -84,12 +84,16 @@ TEST(Codigos, SimultaneousNewRecordsGetDistinctCodes)
         EXPECT_EQ(falhas.load(), 0);
         auto b = db::Banco::abrir(c);
         db::Transacao t(*b, db::Modo::Leitura);
-        db::Consulta q(t, QString("Select Codigo From %1 Where Codigo Is Not Null").arg(caso.tabela));
+        db::Consulta q(t, QString("Select Codigo, Id From %1 Where Codigo Is Not Null Order By Codigo").arg(caso.tabela));
         q.executar();
         QList<int> codigos;
-        while (q.proxima()) codigos << q.valor(0).toInt();
+        QStringList linhas;
+        while (q.proxima()) {
+            codigos << q.valor(0).toInt();
+            linhas << q.valor(0).toString() + "/" + q.valor(1).toString();
+        }
         EXPECT_GE(codigos.size(), kEstacoes);
-        EXPECT_EQ(QSet<int>(codigos.begin(), codigos.end()).size(), codigos.size());
+        EXPECT_EQ(QSet<int>(codigos.begin(), codigos.end()).size(), codigos.size()) << linhas.join(' ').toStdString();
     }
 }
 

@@ -102,6 +102,12 @@ void exigirDireitoNiveis(db::Transacao &t, const Sessao &quem)
 
 // ------------------------------------------------------------------ catalogue
 
+QString menuDoModulo(db::Transacao &t, const QString &modulo)
+{
+    return db::escalar(t, "Select First 1 M.Caption From TbMenus M Join TbMenusMod Mo On (Mo.Fk = M.Id) "
+                          "Where Mo.Nome = :MODULO Order By M.Codigo", {{"MODULO", modulo}}).toString();
+}
+
 QString legenda(const QString &caption)
 {
     QString r = caption;

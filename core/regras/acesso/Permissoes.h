@@ -45,6 +45,10 @@ inline const QString kMenuNiveis = QStringLiteral("Sistema");
 inline const QString kModuloNiveis = QStringLiteral("TNiveis");
 void exigirDireitoNiveis(db::Transacao &t, const Sessao &quem);
 
+// The caption of the menu whose item opens the module (empty when the catalogue has none): a
+// screen opened from elsewhere (a quick registration) checks its rights under it.
+QString menuDoModulo(db::Transacao &t, const QString &modulo);
+
 // Registers an operation of a module in the catalogue, forbidden until an administrator grants it.
 void AtualizaAcessos(db::Transacao &t, const QString &menuCaption, const QString &moduloNome, const QString &operacao);
 

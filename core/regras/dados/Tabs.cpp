@@ -1,5 +1,6 @@
 #include "dados/Tabs.h"
 
+#include "dados/Avisos.h"
 #include "dados/Formatos.h"
 
 #include <QDateTime>
@@ -40,10 +41,18 @@ void TTabs::conectar(std::unique_ptr<db::Banco> banco)
 {
     desconectar();
     banco_ = std::move(banco);
+    // Lookup lists hear of other workstations' commits through the tables' own events.
+    try {
+        avisos_ = std::make_unique<db::Eventos>(*banco_, tabelasComAviso(), this);
+        connect(avisos_.get(), &db::Eventos::evento, this, [](const QString &tabela) { avisosTabelas().avisar(tabela); });
+    } catch (const db::ErroBanco &) {
+        avisos_.reset();  // without events the lists still follow this workstation's own saves
+    }
 }
 
 void TTabs::desconectar()
 {
+    avisos_.reset();
     transacoes_.clear();  // each rolls back what it still holds
     banco_.reset();
 }

@@ -92,6 +92,7 @@ private:
     void logUm(db::Transacao &t, const Registro &reg, const QString &acao);
 
     std::unique_ptr<db::Banco> banco_;
+    std::unique_ptr<db::Eventos> avisos_;  // other workstations' changes to the lookup tables
     QHash<QString, std::shared_ptr<db::Transacao>> transacoes_;
     std::array<QString, 10> trilha_;
     int idUsuario_ = 0;

@@ -1,4 +1,6 @@
 #include "schema/Atualizacao.h"
+
+#include "dados/Avisos.h"
 #include "schema/Criacao.h"
 
 #include <QCryptographicHash>
@@ -32,13 +34,15 @@ QString Mudanca::descricao() const
     case CriarSequencia: return QString("Criar sequência %1").arg(tabela);
     case CriarIndice: return QString("%1: criar índice %2").arg(tabela, coluna);
     case CriarIndiceUnico: return QString("%1: criar índice único %2").arg(tabela, coluna);
+    case CriarAviso: return QString("%1: criar aviso de alteração %2").arg(tabela, coluna);
     }
     return {};
 }
 
 const QList<Mudanca> &mudancas()
 {
-    static const QList<Mudanca> m = {
+    static const QList<Mudanca> m = [] {
+    QList<Mudanca> m = {
         dominio("TEXTO1024"),
         coluna("TBSTATUSMED", "COR", "INTEIRO"),
         coluna("TBCAD", "CRV", "STRING15"),
@@ -143,6 +147,10 @@ const QList<Mudanca> &mudancas()
         {Mudanca::CriarIndiceUnico, "TBRACAS", "UNQ_TBRACAS_CODIGO", {}, "(CODIGO)"},
         {Mudanca::CriarIndiceUnico, "TBSUBCAT", "UNQ_TBSUBCAT_CODIGO", {}, "(CODIGO)"},
     };
+    // Lookup tables tell every workstation, by an event of their own name, that their rows changed.
+    for (const QString &t : orb::tabelasComAviso()) m << Mudanca{Mudanca::CriarAviso, t, "TG_" + t + "_AVISO", {}, {}};
+    return m;
+    }();
     return m;
 }
 
@@ -351,6 +359,12 @@ bool aplicar(Banco &b, Metadados &m, const Mudanca &mu)
         m.indices.insert(mu.coluna);
         return true;
     }
+    case Mudanca::CriarAviso:
+        if (m.gatilhos.contains(mu.coluna)) return false;
+        ddl(b, {QString("CREATE TRIGGER %1 FOR %2 ACTIVE AFTER INSERT OR UPDATE OR DELETE POSITION 100 AS "
+                        "BEGIN POST_EVENT '%2'; END").arg(mu.coluna, mu.tabela)});
+        m.gatilhos.insert(mu.coluna);
+        return true;
     case Mudanca::CriarSequencia:
         if (m.geradores.contains(mu.tabela)) return false;
         ddl(b, {"CREATE SEQUENCE " + mu.tabela});

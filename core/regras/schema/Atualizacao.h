@@ -13,10 +13,11 @@
 namespace esquema {
 
 struct Mudanca {
-    enum Tipo { CriarDominio, AdicionarColuna, CriarTabela, MudarDominio, RemoverColuna, CriarRestricao, CriarSequencia, CriarIndice, CriarIndiceUnico };
+    enum Tipo { CriarDominio, AdicionarColuna, CriarTabela, MudarDominio, RemoverColuna, CriarRestricao, CriarSequencia, CriarIndice, CriarIndiceUnico,
+                CriarAviso };
     Tipo tipo;
     QString tabela;     // or the domain / sequence name for CriarDominio / CriarSequencia
-    QString coluna;     // or the constraint / index name for CriarRestricao / CriarIndice
+    QString coluna;     // or the constraint / index / trigger name for CriarRestricao / CriarIndice / CriarAviso
     QString dominio;    // the column's domain; for MudarDominio the new one
     QString extra;      // AdicionarColuna: fill for existing rows ("SET ..."); CriarRestricao: its definition;
                         // CriarIndice, CriarIndiceUnico: its columns ("(FK)"); a unique index waits,

@@ -1,5 +1,7 @@
 #include "ui/FormCadastro.h"
 
+#include "dados/Avisos.h"
+
 #include "acesso/Acesso.h"
 #include "dados/Monitor.h"
 #include "dados/Tabs.h"
@@ -444,10 +446,12 @@ void FormCadastro::BtSalvarClick()
         const int id = db::tentativa(t, [&] { return gravar(t, idEditado_); });
         const QString acao = estado_ == Estado::Incluindo ? QStringLiteral("INCLUSÃO") : QStringLiteral("ALTERAÇÃO");
         t.commit();
+        for (const QString &tab : tabelasEscritas()) avisosTabelas().avisar(tab);
         informarMonitor(id, acao);
         estado_ = Estado::Navegando;
         habilitarEdicao(false);
         recarregar(id);
+        emit edicaoEncerrada(id);
     } catch (const Recusa &r) {
         Atencao(r.texto);
         if (QWidget *w = widgetDaRecusa(r.campo)) {
@@ -474,6 +478,7 @@ void FormCadastro::BtCancelarClick()
     estado_ = Estado::Navegando;
     habilitarEdicao(false);
     mostrarRegistro();
+    emit edicaoEncerrada(0);
 }
 
 void FormCadastro::BtExcluirClick()
@@ -492,6 +497,7 @@ void FormCadastro::BtExcluirClick()
         apagar(t, id);  // logs the record and its details before they go
     });
     if (d != Desfecho::Feito) return;
+    for (const QString &tab : tabelasEscritas()) avisosTabelas().avisar(tab);
     informarMonitor(id, QStringLiteral("EXCLUSÃO"));
     recarregar();
 }

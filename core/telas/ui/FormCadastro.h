@@ -72,6 +72,8 @@ public:
 
 signals:
     void fechar();
+    // An edit ended: saved (the record's ID) or cancelled (0).
+    void edicaoEncerrada(int id);
 
 protected:
     // Declaration
@@ -106,6 +108,8 @@ protected:
     virtual bool confirmarCancelamento() { return true; }        // a registry may ask before losing the edit
     virtual void registroMudou(int id) {}                        // the grid moved to another record (0 = none)
     virtual void estadoMudou() {}                                // browsing, inserting or changing began
+    // The tables a save or a deletion of this screen writes: their lookup lists are told.
+    virtual QStringList tabelasEscritas() const { return {tabela()}; }
     // The widget a refusal names (a field, or a detail's grid), its tab brought forward.
     virtual QWidget *widgetDaRecusa(const QString &nome) { return campo(nome); }
     // A registry with search clauses of its own builds the whole browse query here.

@@ -1,6 +1,8 @@
 #include "ui/Dialogos.h"
 #include "ui/FormRegistro.h"
+#include "ui/ComboConsulta.h"
 
+#include "acesso/Permissoes.h"
 #include "dados/Tabs.h"
 #include "principal/Menus.h"
 #include "ui/Foto.h"
@@ -46,17 +48,10 @@ QWidget *criarWidgetCampo(const CampoForm &c)
     }
     case CampoForm::Lista:
     case CampoForm::Consulta: {
+        if (c.tipo == CampoForm::Consulta) return new ComboConsulta(c.sqlLista);
         auto *cb = new QComboBox;
         cb->addItem("", QVariant());
-        if (c.tipo == CampoForm::Lista) {
-            for (const auto &[valor, texto] : c.itens) cb->addItem(texto, valor);
-        } else {
-            // The list query of the lookup box, read when the form opens.
-            db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
-            db::Consulta q(t, c.sqlLista);
-            q.executar();
-            while (q.proxima()) cb->addItem(q.valor(1).toString(), q.valor(0));
-        }
+        for (const auto &[valor, texto] : c.itens) cb->addItem(texto, valor);
         return cb;
     }
     default: {
@@ -105,6 +100,9 @@ void escreverWidgetCampo(QWidget *w, const QVariant &v)
     if (auto *x = qobject_cast<QCheckBox *>(w)) {
         x->setChecked(v.toString() == "S");
     } else if (auto *cb = qobject_cast<QComboBox *>(w)) {
+        // A row created since the list was read (here or elsewhere) is shown once the list is read again.
+        auto *consulta = qobject_cast<ComboConsulta *>(cb);
+        if (consulta && !v.isNull() && cb->findData(v) < 0) consulta->recarregar();
         cb->setCurrentIndex(std::max(0, cb->findData(v)));
     } else if (auto *m = qobject_cast<QPlainTextEdit *>(w)) {
         m->setPlainText(v.toString());
@@ -252,6 +250,14 @@ void FormRegistro::registroMudou(int id)
         if (detalhes_[i].consulta) detalhes_[i].consulta->consultar(d_.detalhes[i].sqlGrade, {{"MESTRE", id}});
 }
 
+QStringList FormRegistro::tabelasEscritas() const
+{
+    QStringList t = {d_.tabela};
+    for (const DetalheRegistro &x : d_.detalhes)
+        if (x.editavel()) t << x.tabela;
+    return t;
+}
+
 Valores FormRegistro::valoresDoRegistro() const
 {
     Valores v;
@@ -372,9 +378,43 @@ void FormRegistro::apagar(db::Transacao &t, int id)
     if (!d_.traco.isEmpty()) Tabs->Deb(d_.traco + QString::number(id) + ")");
 }
 
+namespace {
+
+// F4 on a lookup of the registry's table: the registry in a small window, already including;
+// it closes with the new row's ID at Salvar, or with nothing at Cancelar.
+QVariant cadastroRapido(const DeclaracaoRegistro &d, QWidget *pai)
+{
+    QDialog dlg(pai);
+    dlg.setWindowTitle(QString(d.titulo).remove('&'));
+    auto *l = new QVBoxLayout(&dlg);
+    auto *f = new FormRegistro(d, &dlg);
+    l->addWidget(f);
+    {
+        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+        f->definirMenu(menuDoModulo(t, d.classe), d.classe);
+    }
+    QVariant novo;
+    QObject::connect(f, &FormCadastro::edicaoEncerrada, &dlg, [&](int id) {
+        novo = id ? QVariant(id) : QVariant();
+        dlg.done(id ? QDialog::Accepted : QDialog::Rejected);
+    });
+    QObject::connect(f, &FormCadastro::fechar, &dlg, &QDialog::reject);
+    f->BtIncluirClick();
+    if (f->estado() != FormCadastro::Estado::Incluindo) return {};  // no right to include: already told
+    dlg.resize(640, 480);
+    dlg.exec();
+    if (f->estado() != FormCadastro::Estado::Navegando) f->BtCancelarClick();  // closed by the window's own key
+    return novo;
+}
+
+} // namespace
+
 void registrarRegistro(const DeclaracaoRegistro &d)
 {
     registrarFormulario(d.classe, [d](QWidget *p) { return new FormRegistro(d, p); });
+    // A registry that is a whole table keyed by ID can be filled from any lookup of that table.
+    if (d.filtro.isEmpty() && d.chave == "ID" && !temCadastroRapido(d.tabela))
+        registrarCadastroRapido(d.tabela, [d](QWidget *pai) { return cadastroRapido(d, pai); });
 }
 
 } // namespace orb

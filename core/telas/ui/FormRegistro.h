@@ -43,6 +43,7 @@ protected:
     QString perguntaExclusao() const override { return d_.perguntaExclusao; }
     QString tabela() const override { return d_.tabela; }
     QString chave() const override { return d_.chave; }
+    QStringList tabelasEscritas() const override;
 
     void registroMudou(int id) override;
 
