@@ -1,6 +1,7 @@
 #include "ui/ModeloConsulta.h"
 
 #include "dados/Formatos.h"
+#include "ui/TratadorErros.h"
 
 namespace orb {
 
@@ -26,11 +27,21 @@ void ModeloConsulta::recarregar()
     beginResetModel();
     linhas_.clear();
     q_.reset();
-    tr_ = std::make_unique<db::Transacao>(b_, db::Modo::Leitura);
-    q_ = std::make_unique<db::Consulta>(*tr_, sql_);
-    for (const auto &[k, v] : params_) q_->bind(k, v);
-    q_->executar();
+    tr_.reset();
     indice_.clear();
+    fim_ = true;
+    try {
+        tr_ = std::make_unique<db::Transacao>(b_, db::Modo::Leitura);
+        q_ = std::make_unique<db::Consulta>(*tr_, sql_);
+        for (const auto &[k, v] : params_) q_->bind(k, v);
+        q_->executar();
+    } catch (...) {
+        // The grid stays empty and consistent; the caller reports the failure.
+        q_.reset();
+        tr_.reset();
+        endResetModel();
+        throw;
+    }
     for (int i = 0; i < q_->colunas(); ++i) indice_.insert(q_->nomeColuna(i), i);
     fim_ = false;
     endResetModel();
@@ -43,16 +54,23 @@ void ModeloConsulta::fetchMore(const QModelIndex &)
 {
     if (fim_ || !q_) return;
     QList<QList<QVariant>> novas;
-    while (novas.size() < kPagina) {
-        if (!q_->proxima()) {
-            fim_ = true;
-            break;
+    try {
+        while (novas.size() < kPagina) {
+            if (!q_->proxima()) {
+                fim_ = true;
+                break;
+            }
+            QList<QVariant> l;
+            for (int i = 0; i < q_->colunas(); ++i) l << q_->valor(i);
+            novas << l;
         }
-        QList<QVariant> l;
-        for (int i = 0; i < q_->colunas(); ++i) l << q_->valor(i);
-        novas << l;
+    } catch (const db::ErroBanco &) {
+        // The view asks for rows while painting: the list ends here and the failure is told
+        // once the event at hand is over.
+        fim_ = true;
+        QMetaObject::invokeMethod(this, [e = std::current_exception()] { Ae1Exception(e); }, Qt::QueuedConnection);
     }
-    if (fim_) {  // the whole result is read: the transaction has nothing left to do
+    if (fim_) {  // the whole result is read (or cannot be): the transaction has nothing left to do
         q_.reset();
         tr_.reset();
     }
