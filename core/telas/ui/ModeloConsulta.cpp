@@ -53,6 +53,13 @@ bool ModeloConsulta::canFetchMore(const QModelIndex &p) const { return !p.isVali
 void ModeloConsulta::fetchMore(const QModelIndex &)
 {
     if (fim_ || !q_) return;
+    if (!tr_->ativa()) {
+        // Its attachment was replaced after a lost connection, already told: the list ends here.
+        fim_ = true;
+        q_.reset();
+        tr_.reset();
+        return;
+    }
     QList<QList<QVariant>> novas;
     try {
         while (novas.size() < kPagina) {
