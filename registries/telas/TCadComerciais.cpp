@@ -6,6 +6,7 @@
 #include "dados/Tabs.h"
 #include "principal/Menus.h"
 #include "ui/Mensagens.h"
+#include "ui/TratadorErros.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -245,7 +246,7 @@ void TCadComerciais::limpar()
         const Valores v = novoCadastro(t, modo_, QDateTime::currentDateTime());
         for (const auto &[k, x] : v) definirValor(k, x);
     } catch (const db::ErroBanco &e) {
-        Atencao(e.mensagem());
+        AvisarFalha(e);
     }
     pessoaMudou();
 }

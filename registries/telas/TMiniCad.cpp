@@ -4,6 +4,7 @@
 #include "dados/Tabs.h"
 #include "ui/FormRegistro.h"
 #include "ui/Mensagens.h"
+#include "ui/TratadorErros.h"
 
 #include <QDialogButtonBox>
 #include <QEvent>
@@ -81,7 +82,7 @@ void TMiniCad::BtSalvarClick()
         if (QWidget *w = campo(r.campo)) w->setFocus();
     } catch (const db::ErroBanco &e) {
         t.rollback();
-        Atencao(e.mensagem());
+        AvisarFalha(e);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "dados/Tabs.h"
 #include "principal/Parametros.h"
 #include "ui/Mensagens.h"
+#include "ui/TratadorErros.h"
 #include "Recusa.h"
 
 #include <QCheckBox>
@@ -252,7 +253,7 @@ void TEstoque::limpar()
             for (const auto &[k, x] : novoItem(t)) definirValor(k, x);
             estoques_ << linhaPrincipal(t);
         } catch (const db::ErroBanco &e) {
-            Atencao(e.mensagem());
+            AvisarFalha(e);
         }
         setWindowTitle("Novo (Item)");
     } else {

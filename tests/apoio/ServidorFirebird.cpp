@@ -193,6 +193,11 @@ struct ServidorFirebird::Dados {
   std::unique_ptr<QProcess> processo;
 
   ~Dados() {
+    parar();
+    liberarPorta(reserva);
+  }
+
+  void parar() {
     if (processo && processo->state() != QProcess::NotRunning) {
       // A clean stop takes well under 0.5 s, but this server version now and
       // then ignores SIGTERM for good (about 1 stop in 12): don't wait long.
@@ -203,7 +208,6 @@ struct ServidorFirebird::Dados {
       }
     }
     processo.reset();
-    liberarPorta(reserva);
   }
 
   [[noreturn]] void falhar(const QString &motivo) const {
@@ -359,6 +363,13 @@ ServidorFirebird::ServidorFirebird() : d(std::make_unique<Dados>()) {
 }
 
 ServidorFirebird::~ServidorFirebird() = default;
+
+void ServidorFirebird::parar() { d->parar(); }
+
+void ServidorFirebird::iniciar() {
+  if (d->processo) return;
+  d->iniciar();
+}
 
 int ServidorFirebird::porta() const { return d->porta; }
 

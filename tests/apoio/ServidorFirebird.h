@@ -30,6 +30,11 @@ public:
   ServidorFirebird(const ServidorFirebird &) = delete;
   ServidorFirebird &operator=(const ServidorFirebird &) = delete;
 
+  // Stops the server process only, as a crash or a reboot would: the folder, its
+  // databases and the port stay, so iniciar() brings the same server back.
+  void parar();
+  void iniciar();
+
   int porta() const;
   qint64 pid() const;
 

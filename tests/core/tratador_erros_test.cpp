@@ -50,7 +50,8 @@ struct TratadorErros : ::testing::Test {
 TEST_F(TratadorErros, KnownDataErrorsGetTheirShortMessageAndNoFiles)
 {
     // English wording of another kind must not sway the decision.
-    for (const auto tipo : {db::TipoErro::DataInvalida, db::TipoErro::NumeroInvalido, db::TipoErro::Dependentes})
+    for (const auto tipo : {db::TipoErro::DataInvalida, db::TipoErro::NumeroInvalido, db::TipoErro::Dependentes,
+                            db::TipoErro::Conexao})
         Ae1Exception(std::make_exception_ptr(db::ErroBanco(tipo, "conversion error from string", "tecnico")));
     try {
         throw db::ErroBanco(db::TipoErro::DataInvalida, "m", "t");
@@ -59,15 +60,15 @@ TEST_F(TratadorErros, KnownDataErrorsGetTheirShortMessageAndNoFiles)
     }
     EXPECT_EQ(msg.avisos, QStringList({"Data inválida!", "Valor inválido!",
                                        "Não foi possível excluir este registro pois existem registros dependentes do mesmo!",
-                                       "Data inválida!"}));
+                                       db::mensagemPara(db::TipoErro::Conexao, {}), "Data inválida!"}));
     EXPECT_TRUE(arquivos().isEmpty());
 }
 
 TEST_F(TratadorErros, AnythingElseGetsTheLongMessageTheScreenshotAndTheReport)
 {
     const struct { std::exception_ptr erro; QString mensagem, classe, erroNoRelatorio; } casos[] = {
-        {std::make_exception_ptr(db::ErroBanco(db::TipoErro::Conexao, "Servidor fora do ar", "Unable to complete network request")),
-         "Servidor fora do ar", "ErroBanco", "Servidor fora do ar - Unable to complete network request"},
+        {std::make_exception_ptr(db::ErroBanco(db::TipoErro::Outro, "Erro no banco de dados.", "Table unknown TBX")),
+         "Erro no banco de dados.", "ErroBanco", "Erro no banco de dados. - Table unknown TBX"},
         {std::make_exception_ptr(std::out_of_range("a < b & c")), "a < b & c", "std::out_of_range", "a &lt; b &amp; c"},
         {std::make_exception_ptr(42), "Erro desconhecido", "int", "Erro desconhecido"},
     };

@@ -63,6 +63,22 @@ db::Banco &TTabs::DbORB()
     return *banco_;
 }
 
+bool TTabs::reconectar()
+{
+    Deb("procedure TTabs.Reconectar");
+    db::Banco &b = DbORB();
+    if (b.vivo()) return true;
+    for (const auto &t : std::as_const(transacoes_)) t->rollback();  // the server undoes them itself
+    try {
+        b.reconectar();
+    } catch (const db::ErroBanco &e) {
+        if (e.tipo() != db::TipoErro::Conexao) throw;
+        return false;
+    }
+    emit reconectado();
+    return true;
+}
+
 db::Transacao &TTabs::Tr(const QString &area)
 {
     auto it = transacoes_.find(area);

@@ -41,6 +41,11 @@ public:
     void desconectar();
     bool conectado() const { return banco_ != nullptr; }
     db::Banco &DbORB();
+    // After a lost connection (server restarted, network down). While the attachment still answers
+    // nothing was lost: true, everything kept. Otherwise the area transactions, which lived on the
+    // dead attachment, are let go and a new attachment is opened with the same settings; false while
+    // the server does not answer (the next use of the connection tries again by itself).
+    bool reconectar();
 
     // The area's transaction (TrVendas, TrCad, ...), made on first use and not started.
     // TrSys is the one the module's own routines use.
@@ -83,6 +88,11 @@ public:
     // Records as a JSON array: numbers as numbers, images and blobs base64; password columns left out.
     QString TbToJson(const QList<Registro> &registros);
 
+signals:
+    // A new attachment replaced a dead one: screens read their lists again.
+    void reconectado();
+
+public:
     // Parts of the change log, exposed for tests.
     static QString textoLog(const Registro &reg);
     static QString tabelaDoSql(const QString &sql);

@@ -94,6 +94,31 @@ QByteArray dpb(const Conexao &c, bool criar)
     return r;
 }
 
+[[noreturn]] void perdida(const char *oque)
+{
+    throw ErroBanco(TipoErro::Conexao, mensagemPara(TipoErro::Conexao, {}), QString::fromLatin1(oque));
+}
+
+IAttachment *anexar(const Conexao &c, bool criar)
+{
+    return guardado([&] {
+        Status s;
+        IProvider *prov = mestre()->getDispatcher();
+        const QByteArray d = dpb(c, criar);
+        IAttachment *att = nullptr;
+        try {
+            const auto *dados = reinterpret_cast<const unsigned char *>(d.constData());
+            att = criar ? prov->createDatabase(&s, c.banco.toUtf8().constData(), unsigned(d.size()), dados)
+                        : prov->attachDatabase(&s, c.banco.toUtf8().constData(), unsigned(d.size()), dados);
+        } catch (...) {
+            prov->release();
+            throw;
+        }
+        prov->release();
+        return att;
+    });
+}
+
 } // namespace
 
 // ---------------------------------------------------------------- Banco
@@ -141,46 +166,53 @@ Banco::~Banco()
     }
 }
 
-std::unique_ptr<Banco> Banco::abrir(const Conexao &c)
+std::unique_ptr<Banco> Banco::abrir(const Conexao &c) { return std::unique_ptr<Banco>(new Banco(c, anexar(c, false))); }
+
+std::unique_ptr<Banco> Banco::criar(const Conexao &c) { return std::unique_ptr<Banco>(new Banco(c, anexar(c, true))); }
+
+IAttachment *Banco::api()
 {
-    return guardado([&] {
-        Status s;
-        IProvider *prov = mestre()->getDispatcher();
-        const QByteArray d = dpb(c, false);
-        IAttachment *att = nullptr;
-        try {
-            att = prov->attachDatabase(&s, c.banco.toUtf8().constData(), unsigned(d.size()),
-                                       reinterpret_cast<const unsigned char *>(d.constData()));
-        } catch (...) {
-            prov->release();
-            throw;
-        }
-        prov->release();
-        return std::unique_ptr<Banco>(new Banco(c, att));
-    });
+    if (!att_) ligar();
+    return att_;
 }
 
-std::unique_ptr<Banco> Banco::criar(const Conexao &c)
+void Banco::reconectar()
 {
-    return guardado([&] {
-        Status s;
-        IProvider *prov = mestre()->getDispatcher();
-        const QByteArray d = dpb(c, true);
-        IAttachment *att = nullptr;
+    // Statements and event registrations are children of the attachment: let go of them first.
+    for (auto &[sql, st] : preparadas_) st->release();
+    preparadas_.clear();
+    for (Eventos *e : ouvintes_) {
+        if (e->ev_) static_cast<IEvents *>(e->ev_)->release();
+        e->ev_ = nullptr;
+    }
+    if (att_) {
         try {
-            att = prov->createDatabase(&s, c.banco.toUtf8().constData(), unsigned(d.size()),
-                                       reinterpret_cast<const unsigned char *>(d.constData()));
-        } catch (...) {
-            prov->release();
-            throw;
+            Status s;
+            att_->detach(&s);
+        } catch (const FbException &) {
+            att_->release();
         }
-        prov->release();
-        return std::unique_ptr<Banco>(new Banco(c, att));
-    });
+        att_ = nullptr;
+    }
+    ++geracao_;
+    ligar();
+}
+
+void Banco::ligar()
+{
+    att_ = anexar(c_, false);
+    for (Eventos *e : ouvintes_) {
+        try {
+            e->rearmar();
+        } catch (const ErroBanco &) {
+            // The alerts resume at the next reconnection; the data itself is reachable.
+        }
+    }
 }
 
 bool Banco::vivo()
 {
+    if (!att_) return false;
     try {
         Status s;
         att_->ping(&s);
@@ -200,6 +232,10 @@ Transacao::Transacao(Banco &b, Modo m, bool ini) : b_(b), modo_(m)
 Transacao::~Transacao()
 {
     if (!tr_) return;
+    if (orfa()) {
+        soltar();
+        return;
+    }
     try {
         Status s;
         tr_->rollback(&s);
@@ -209,8 +245,15 @@ Transacao::~Transacao()
     tr_ = nullptr;
 }
 
+void Transacao::soltar()
+{
+    tr_->release();
+    tr_ = nullptr;
+}
+
 void Transacao::iniciar()
 {
+    if (orfa()) soltar();
     if (tr_) return;
     guardado([&] {
         static const unsigned char escrita[] = {isc_tpb_version3, isc_tpb_write, isc_tpb_read_committed,
@@ -222,11 +265,16 @@ void Transacao::iniciar()
             tr_ = b_.api()->startTransaction(&s, sizeof escrita, escrita);
         else
             tr_ = b_.api()->startTransaction(&s, sizeof leitura, leitura);
+        geracao_ = b_.geracao();
     });
 }
 
 ITransaction *Transacao::api()
 {
+    if (orfa()) {
+        soltar();
+        perdida("transação de uma conexão perdida");
+    }
     if (!tr_) iniciar();
     return tr_;
 }
@@ -234,6 +282,10 @@ ITransaction *Transacao::api()
 void Transacao::commit()
 {
     if (!tr_) return;
+    if (orfa()) {
+        soltar();
+        perdida("transação de uma conexão perdida");
+    }
     guardado([&] {
         Status s;
         tr_->commit(&s);
@@ -286,6 +338,10 @@ void PontoSalvamento::desfazer()
 void Transacao::commitRetaining()
 {
     if (!tr_) return;
+    if (orfa()) {
+        soltar();
+        perdida("transação de uma conexão perdida");
+    }
     guardado([&] {
         Status s;
         tr_->commitRetaining(&s);
@@ -295,6 +351,7 @@ void Transacao::commitRetaining()
 void Transacao::rollback()
 {
     if (!tr_) return;
+    if (orfa()) return soltar();
     ITransaction *t = tr_;
     tr_ = nullptr;
     try {
@@ -302,7 +359,12 @@ void Transacao::rollback()
         t->rollback(&s);
     } catch (const FbException &e) {
         t->release();
-        lancar(e);
+        try {
+            lancar(e);
+        } catch (const ErroBanco &x) {
+            // Unreachable server: it undoes the work of the dead attachment itself.
+            if (x.tipo() != TipoErro::Conexao) throw;
+        }
     }
 }
 
@@ -435,11 +497,20 @@ struct Consulta::Impl {
     QStringList colunas;
 
     Banco *banco = nullptr;
+    quint64 geracao = 0;                     // of the attachment the statement was prepared on
     QByteArray texto;
     bool reutilizavel = false;               // closed cleanly: goes back to the connection's pool
 
     ~Impl()
     {
+        if (banco && geracao != banco->geracao()) {
+            // Its attachment is gone, and the cursor with it (freed by the client library): only
+            // our references are let go, nothing is asked of the server.
+            if (st) st->release();
+            for (IMessageMetadata *m : {inServidor, in, out})
+                if (m) m->release();
+            return;
+        }
         Status s;
         bool fechado = true;
         try { if (rs) rs->close(&s); } catch (const FbException &) { rs->release(); fechado = false; }
@@ -447,7 +518,7 @@ struct Consulta::Impl {
         const bool dml = tipoStmt == isc_info_sql_stmt_select || tipoStmt == isc_info_sql_stmt_insert ||
                          tipoStmt == isc_info_sql_stmt_update || tipoStmt == isc_info_sql_stmt_delete ||
                          tipoStmt == isc_info_sql_stmt_exec_procedure || tipoStmt == isc_info_sql_stmt_select_for_upd;
-        if (st && banco && fechado && dml && reutilizavel) {
+        if (st && banco && fechado && dml && reutilizavel && geracao == banco->geracao()) {
             banco->devolverPreparada(texto, st);
             st = nullptr;
         }
@@ -467,9 +538,11 @@ Consulta::Consulta(Transacao &t, const QString &sql) : d(std::make_unique<Impl>(
         Status s;
         d->texto = p.sql.toUtf8();
         d->banco = &t.banco();
+        ITransaction *tr = t.api();  // first: a lost attachment is replaced before the pool is looked at
+        d->geracao = d->banco->geracao();
         d->st = d->banco->tomarPreparada(d->texto);
         if (!d->st)
-            d->st = d->banco->api()->prepare(&s, t.api(), unsigned(d->texto.size()), d->texto.constData(), SQL_DIALECT_V6,
+            d->st = d->banco->api()->prepare(&s, tr, unsigned(d->texto.size()), d->texto.constData(), SQL_DIALECT_V6,
                                              IStatement::PREPARE_PREFETCH_METADATA);
         d->tipoStmt = d->st->getType(&s);
         d->inServidor = d->st->getInputMetadata(&s);
@@ -501,6 +574,7 @@ QStringList Consulta::parametros() const { return d->nomes; }
 
 void Consulta::executar()
 {
+    if (d->geracao != d->banco->geracao()) perdida("comando de uma conexão perdida");
     if (d->tipoStmt == isc_info_sql_stmt_ddl) t_.banco().esquecerPreparadas();
     d->reutilizavel = false;
     guardado([&] {
@@ -776,6 +850,7 @@ QVariant decodificar(IMessageMetadata *meta, unsigned i, const unsigned char *bu
 
 bool Consulta::proxima()
 {
+    if (d->geracao != d->banco->geracao()) perdida("cursor de uma conexão perdida");
     return guardado([&] {
         Status s;
         if (d->linhaPendente) {
@@ -800,6 +875,10 @@ bool Consulta::proxima()
 
 void Consulta::fechar()
 {
+    if (d->geracao != d->banco->geracao()) {
+        d->temLinha = false;
+        return;  // the cursor died with its attachment; the destructor lets it go
+    }
     guardado([&] {
         Status s;
         if (d->rs) {
@@ -872,7 +951,8 @@ struct Eventos::Callback : IEventCallbackImpl<Eventos::Callback, ThrowStatusWrap
         if (!dono || !events) return;
         QByteArray b(reinterpret_cast<const char *>(events), int(length));
         Eventos *d = dono;
-        QMetaObject::invokeMethod(d, [d, b] { d->chegou(b); }, Qt::QueuedConnection);
+        const void *eu = this;
+        QMetaObject::invokeMethod(d, [d, b, eu] { d->chegou(b, eu); }, Qt::QueuedConnection);
     }
 };
 
@@ -888,13 +968,16 @@ Eventos::Eventos(Banco &b, const QStringList &nomes, QObject *parent)
         buf_.append(4, '\0');
     }
     armar();
+    b_.ouvintes_.push_back(this);
 }
 
 Eventos::~Eventos()
 {
-    {
-        QMutexLocker l(&cb_->mtx);
-        cb_->dono = nullptr;
+    std::erase(b_.ouvintes_, this);
+    antigos_.push_back(std::move(cb_));
+    for (auto &cb : antigos_) {
+        QMutexLocker l(&cb->mtx);
+        cb->dono = nullptr;
     }
     if (ev_) {
         auto *ev = static_cast<IEvents *>(ev_);
@@ -917,8 +1000,25 @@ void Eventos::armar()
     });
 }
 
-void Eventos::chegou(const QByteArray &novo)
+void Eventos::rearmar()
 {
+    // The old registration's callback may still run: it is kept, silenced, and what it queued is ignored.
+    {
+        QMutexLocker l(&cb_->mtx);
+        cb_->dono = nullptr;
+    }
+    antigos_.push_back(std::move(cb_));
+    cb_ = std::make_unique<Callback>(this);
+    if (ev_) static_cast<IEvents *>(ev_)->release();
+    ev_ = nullptr;
+    primeira_ = true;  // counts start again on the new attachment
+    armar();
+}
+
+void Eventos::chegou(const QByteArray &novo, const void *deQuem)
+{
+    // A registration lost with its connection reports an empty block; a replaced one is over.
+    if (deQuem != cb_.get() || novo.size() < buf_.size()) return;
     // Compare counts name by name; the first callback only reports the counts at registration.
     int pos = 1;
     for (const QString &n : nomes_) {

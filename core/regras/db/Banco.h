@@ -40,6 +40,8 @@ struct Conexao {
 // The engine's master interface; one per process.
 Firebird::IMaster *mestre();
 
+class Eventos;
+
 
 class Banco {
 public:
@@ -52,10 +54,19 @@ public:
     Banco(const Banco &) = delete;
     Banco &operator=(const Banco &) = delete;
 
-    Firebird::IAttachment *api() const { return att_; }
+    // The attachment; when the last one was lost and not yet replaced, a new one is opened first
+    // (throws ErroBanco of kind Conexao while the server does not answer).
+    Firebird::IAttachment *api();
     const Conexao &conexao() const { return c_; }
     // The server is still answering (a cheap round trip).
     bool vivo();
+    // Drops the attachment (meant for a dead one) and attaches again with the same settings. Its transactions and
+    // statements are released without a word to the server (which undoes a dead attachment's work
+    // itself) and answer from then on as a lost connection; event listeners are armed again.
+    // Throws ErroBanco (Conexao) while the server does not answer; api() then tries again.
+    void reconectar();
+    // Counts the attachments this object has had: what was made on an older one is dead.
+    quint64 geracao() const { return geracao_; }
 
     // Prepared statements kept for the next Consulta of the same text (reads and writes only):
     // a screen saving a record with its rows prepares each statement once.
@@ -65,10 +76,14 @@ public:
     void esquecerPreparadas();
 
 private:
+    friend class Eventos;
     explicit Banco(const Conexao &c, Firebird::IAttachment *att);
+    void ligar();
     Conexao c_;
     Firebird::IAttachment *att_ = nullptr;
+    quint64 geracao_ = 0;
     std::multimap<QByteArray, Firebird::IStatement *> preparadas_;
+    std::vector<Eventos *> ouvintes_;  // armed again on a new attachment
 };
 
 enum class Modo {
@@ -77,6 +92,8 @@ enum class Modo {
 };
 
 // Rolls back on destruction unless committed; may be restarted after commit or rollback.
+// A transaction of a lost attachment is no longer active: committing or using it throws
+// ErroBanco (Conexao), rolling it back just lets it go.
 class Transacao {
 public:
     explicit Transacao(Banco &b, Modo m = Modo::Escrita, bool iniciar = true);
@@ -88,16 +105,19 @@ public:
     void commit();
     void commitRetaining();
     void rollback();
-    bool ativa() const { return tr_ != nullptr; }
+    bool ativa() const { return tr_ && geracao_ == b_.geracao(); }
 
     Banco &banco() const { return b_; }
     Modo modo() const { return modo_; }
     Firebird::ITransaction *api();
 
 private:
+    bool orfa() const { return tr_ && geracao_ != b_.geracao(); }
+    void soltar();
     Banco &b_;
     Modo modo_;
     Firebird::ITransaction *tr_ = nullptr;
+    quint64 geracao_ = 0;
 };
 
 // A savepoint inside an open transaction: on destruction, unless released, everything written
@@ -198,13 +218,16 @@ signals:
     void evento(const QString &nome, int vezes);
 
 private:
+    friend class Banco;
     void armar();
-    void chegou(const QByteArray &buffer);
+    void rearmar();  // on a new attachment of the same Banco
+    void chegou(const QByteArray &buffer, const void *deQuem);
     struct Callback;
     Banco &b_;
     QStringList nomes_;
     QByteArray buf_, contagem_;
     std::unique_ptr<Callback> cb_;
+    std::vector<std::unique_ptr<Callback>> antigos_;  // of dead attachments; may still be called
     void *ev_ = nullptr;  // Firebird::IEvents*
     bool primeira_ = true;
 };

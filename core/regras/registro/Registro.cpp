@@ -113,6 +113,11 @@ int inserirNumerado(db::Transacao &t, const QString &tabela, const QString &colu
             return db::tentativa(t, inserir);
         } catch (const db::ErroBanco &e) {
             const bool tomado = e.tipo() == db::TipoErro::Duplicado || e.tipo() == db::TipoErro::Conflito;
+            // Under simultaneous saves the server was seen to keep the refused row (its own undo
+            // missed it) with the code the index refused: it goes now, or it would be committed.
+            if (tomado)
+                db::executar(t, QString("Delete From %1 Where (%2 = :K) and (Rdb$Record_Version = Current_Transaction)")
+                                    .arg(tabela, coluna), {{"K", codigo}});
             if (!novoNumero || !tomado || vez >= 100) throw;
             ++codigo;
         }

@@ -8,6 +8,7 @@
 #include "acesso/Usuarios.h"
 #include "dados/Tabs.h"
 #include "ui/Mensagens.h"
+#include "ui/TratadorErros.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -218,7 +219,7 @@ void TPermissoes::BtSalvarClick()
     } catch (const Recusa &r) {
         Atencao(r.texto);
     } catch (const db::ErroBanco &e) {
-        Atencao(e.mensagem());
+        AvisarFalha(e);
     }
 }
 

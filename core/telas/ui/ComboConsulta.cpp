@@ -3,6 +3,7 @@
 #include "dados/Avisos.h"
 #include "dados/Tabs.h"
 #include "ui/Mensagens.h"
+#include "ui/TratadorErros.h"
 
 #include <QHash>
 #include <QKeyEvent>
@@ -56,7 +57,7 @@ void ComboConsulta::atualizarSeNecessario()
     try {
         recarregar();
     } catch (const db::ErroBanco &e) {
-        Atencao(e.mensagem());  // the old list stays usable
+        AvisarFalha(e);  // the old list stays usable
     }
 }
 

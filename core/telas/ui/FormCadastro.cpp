@@ -8,6 +8,7 @@
 #include "ui/Impressao.h"
 #include "ui/Cores.h"
 #include "ui/Mensagens.h"
+#include "ui/TratadorErros.h"
 #include "Recusa.h"
 
 #include <QComboBox>
@@ -143,6 +144,10 @@ FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const Q
     status_->setObjectName("LbStatus");
     layout->addWidget(status_);
     habilitarEdicao(false);
+    // The grid's cursor died with the old attachment: read the list again on the new one.
+    connect(Tabs, &TTabs::reconectado, this, [this] {
+        if (estado_ == Estado::Navegando) recarregar(idAtual());
+    });
 }
 
 FormCadastro::~FormCadastro()
@@ -283,7 +288,9 @@ void FormCadastro::pesquisar()
         consultarBusca();
     } catch (const db::ErroBanco &e) {
         // Typed while searching: the grid stays empty and the line under it says why, with no box
-        // to interrupt the typing. A text longer than the column cannot match anything.
+        // to interrupt the typing. A text longer than the column cannot match anything. A server
+        // gone away is the one thing worth a box.
+        if (e.tipo() == db::TipoErro::Conexao) AvisarFalha(e);
         avisoBusca_ = e.tipo() == db::TipoErro::TextoLongo
                           ? QStringLiteral("nenhum registro tem um texto tão longo neste campo")
                           : e.mensagem();
@@ -402,6 +409,7 @@ void FormCadastro::BtIncluirClick()
     estado_ = Estado::Incluindo;
     idEditado_ = 0;
     limpar();
+    if (estado_ != Estado::Incluindo) return;  // the defaults could not be read: the edit was discarded
     habilitarEdicao(true);
     Botoes();
     focarPrimeiro();
@@ -426,7 +434,7 @@ void FormCadastro::BtAlterarClick()
         carregar(t, id);
     } catch (const db::ErroBanco &e) {
         t.rollback();
-        Atencao(e.mensagem());
+        AvisarFalha(e);
         return;
     }
     estado_ = Estado::Alterando;
@@ -460,7 +468,7 @@ void FormCadastro::BtSalvarClick()
             w->setFocus();
         }
     } catch (const db::ErroBanco &e) {
-        Atencao(e.mensagem());
+        AvisarFalha(e);
     }
 }
 
@@ -517,9 +525,22 @@ FormCadastro::Desfecho FormCadastro::naTransacao(const std::function<void(db::Tr
         return Desfecho::Recusado;
     } catch (const db::ErroBanco &e) {
         t.rollback();
-        Atencao(e.mensagem());
+        AvisarFalha(e);
         return Desfecho::Falhou;
     }
+}
+
+QString FormCadastro::descartarEdicao()
+{
+    Tabs->Deb("procedure " + classe_ + ".DescartarEdicao");
+    const QString texto = estado_ == Estado::Incluindo
+        ? QStringLiteral("O novo registro de \"%1\" não foi salvo.").arg(titulo_)
+        : QStringLiteral("As alterações do registro %1 de \"%2\" não foram salvas.").arg(QString::number(idEditado_).rightJustified(6, u'0'), titulo_);
+    estado_ = Estado::Navegando;
+    habilitarEdicao(false);
+    limpar();  // no reading: the server may still be away
+    Botoes();
+    return texto;
 }
 
 void FormCadastro::mostrarCampo(QWidget *w)

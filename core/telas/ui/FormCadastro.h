@@ -69,6 +69,9 @@ public:
     void navegar(int passo);
     // Runs the browse query again with the current order and search text.
     void pesquisar();
+    // The connection was lost with this edit open, so nothing of it reached the database: back to
+    // browsing with the fields emptied. Returns the sentence that tells the user what was not saved.
+    QString descartarEdicao();
 
 signals:
     void fechar();

@@ -8,6 +8,7 @@
 #include "ui/Foto.h"
 #include "ui/ModeloLinhas.h"
 #include "ui/Mensagens.h"
+#include "ui/TratadorErros.h"
 #include "Recusa.h"
 
 #include <QCheckBox>
@@ -302,7 +303,7 @@ void FormRegistro::editarLinhaDetalhe(int i, int linha)
             Atencao(r.texto);
             continue;  // the row is asked again, with what was typed
         } catch (const db::ErroBanco &x) {
-            Atencao(x.mensagem());
+            AvisarFalha(x);
             return;
         }
         break;

@@ -1,6 +1,7 @@
 #include "ui/ModeloConsulta.h"
 
 #include "dados/Formatos.h"
+#include "ui/TratadorErros.h"
 
 namespace orb {
 
@@ -27,13 +28,13 @@ void ModeloConsulta::recarregar()
     linhas_.clear();
     q_.reset();
     tr_.reset();
+    indice_.clear();
     fim_ = true;
     try {
         tr_ = std::make_unique<db::Transacao>(b_, db::Modo::Leitura);
         q_ = std::make_unique<db::Consulta>(*tr_, sql_);
         for (const auto &[k, v] : params_) q_->bind(k, v);
         q_->executar();
-        indice_.clear();
         for (int i = 0; i < q_->colunas(); ++i) indice_.insert(q_->nomeColuna(i), i);
         fim_ = false;
     } catch (...) {
@@ -52,17 +53,31 @@ bool ModeloConsulta::canFetchMore(const QModelIndex &p) const { return !p.isVali
 void ModeloConsulta::fetchMore(const QModelIndex &)
 {
     if (fim_ || !q_) return;
-    QList<QList<QVariant>> novas;
-    while (novas.size() < kPagina) {
-        if (!q_->proxima()) {
-            fim_ = true;
-            break;
-        }
-        QList<QVariant> l;
-        for (int i = 0; i < q_->colunas(); ++i) l << q_->valor(i);
-        novas << l;
+    if (!tr_->ativa()) {
+        // Its attachment was replaced after a lost connection, already told: the list ends here.
+        fim_ = true;
+        q_.reset();
+        tr_.reset();
+        return;
     }
-    if (fim_) {  // the whole result is read: the transaction has nothing left to do
+    QList<QList<QVariant>> novas;
+    try {
+        while (novas.size() < kPagina) {
+            if (!q_->proxima()) {
+                fim_ = true;
+                break;
+            }
+            QList<QVariant> l;
+            for (int i = 0; i < q_->colunas(); ++i) l << q_->valor(i);
+            novas << l;
+        }
+    } catch (const db::ErroBanco &) {
+        // The view asks for rows while painting: the list ends here and the failure is told
+        // once the event at hand is over.
+        fim_ = true;
+        QMetaObject::invokeMethod(this, [e = std::current_exception()] { Ae1Exception(e); }, Qt::QueuedConnection);
+    }
+    if (fim_) {  // the whole result is read (or cannot be): the transaction has nothing left to do
         q_.reset();
         tr_.reset();
     }

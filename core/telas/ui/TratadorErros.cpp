@@ -3,6 +3,7 @@
 #include "acesso/Sessao.h"
 #include "dados/Tabs.h"
 #include "db/Erros.h"
+#include "ui/FormCadastro.h"
 #include "ui/Mensagens.h"
 #include "Recusa.h"
 
@@ -13,6 +14,7 @@
 #include <QFileInfo>
 #include <QImage>
 #include <QPixmap>
+#include <QScopeGuard>
 #include <QScreen>
 #include <QStandardPaths>
 #include <QSysInfo>
@@ -128,6 +130,7 @@ void Ae1Exception(const std::exception_ptr &ep, QObject *sender)
         case db::TipoErro::DataInvalida: return Atencao(kDataInvalida);
         case db::TipoErro::NumeroInvalido: return Atencao(kValorInvalido);
         case db::TipoErro::Dependentes: return Atencao(kDependentes);
+        case db::TipoErro::Conexao: return ConexaoPerdida();
         default: break;
         }
         mensagem = e.mensagem();
@@ -154,6 +157,33 @@ void Ae1Exception(const std::exception_ptr &ep, QObject *sender)
              + "\n\nPara evitar problemas consequentes desse erro é aconselhável reiniciar o aplicativo.\n"
                "O erro foi enviado para o suporte técnico. ",
          titulo);
+}
+
+void ConexaoPerdida()
+{
+    // Boxes wait for the user while timers and grids keep running: one message at a time.
+    static bool emCurso = false;
+    if (emCurso) return;
+    emCurso = true;
+    const QScopeGuard fim([] { emCurso = false; });
+    QString texto = db::mensagemPara(db::TipoErro::Conexao, {});
+    if (Tabs && Tabs->conectado() && !Tabs->DbORB().vivo()) {
+        QStringList perdidas;
+        for (QWidget *w : QApplication::allWidgets())
+            if (auto *f = qobject_cast<FormCadastro *>(w); f && f->estado() != FormCadastro::Estado::Navegando)
+                perdidas << f->descartarEdicao();
+        if (Tabs->reconectar())
+            texto = QStringLiteral("A conexão com o servidor do banco de dados foi perdida e já foi restabelecida. "
+                                   "Repita a operação.");
+        if (!perdidas.isEmpty()) texto += "\n\n" + perdidas.join('\n');
+    }
+    Atencao(texto);
+}
+
+void AvisarFalha(const db::ErroBanco &e)
+{
+    if (e.tipo() == db::TipoErro::Conexao) return ConexaoPerdida();
+    Atencao(e.mensagem());
 }
 
 Aplicacao::Aplicacao(int &argc, char **argv) : QApplication(argc, argv) {}
