@@ -2,6 +2,7 @@
 // The one place unhandled errors end up: known data errors get a short message, anything else
 // the long one, a screenshot and a support report saved in "Erros"; the program keeps running.
 
+#include "dados/Datas.h"
 #include "registro/Registro.h"
 
 #include <QApplication>
@@ -25,8 +26,7 @@ void definirPastaErros(const QString &pasta);
 // Callable from any thread: the report is made in the GUI thread.
 void Ae1Exception(const std::exception_ptr &e = std::current_exception(), QObject *sender = nullptr);
 
-// The short messages, decided from the error's kind.
-inline const QString kDataInvalida = QStringLiteral("Data inválida!");
+// The short messages, decided from the error's kind (kDataInvalida comes with the date rules).
 inline const QString kDependentes =
     QStringLiteral("Não foi possível excluir este registro pois existem registros dependentes do mesmo!");
 
