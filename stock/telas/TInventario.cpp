@@ -2,12 +2,12 @@
 
 #include "acesso/Acesso.h"
 #include "dados/Tabs.h"
+#include "ui/Campos.h"
 #include "ui/Dialogos.h"
 #include "ui/Mensagens.h"
 #include "Recusa.h"
 
 #include <QComboBox>
-#include <QDateEdit>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -147,17 +147,25 @@ FolhaMovimentacao::FolhaMovimentacao(QWidget *parent) : FormRegistro(declaracaoM
         QDialog dlg(this);
         dlg.setWindowTitle("Aprovação da Movimentação");
         auto *f = new QFormLayout(&dlg);
-        auto *ed = new QDateEdit(data, &dlg);
-        ed->setDisplayFormat("dd/MM/yyyy");
-        ed->setCalendarPopup(true);
+        auto *ed = new CampoData(CampoData::Data, &dlg);
+        ed->definir(data);
         auto *cb = new QComboBox(&dlg);
         encherCombo(cb, sqlPartes(kInterno));
         cb->setCurrentIndex(std::max(0, cb->findData(resp)));
         f->addRow("Data da aprovação", ed);
         f->addRow("Responsável", cb);
-        f->addRow(botoesSalvarCancelar(&dlg, [&dlg] { dlg.accept(); }));
+        // The date must read as one before the dialog closes; empty is refused by the approval itself.
+        f->addRow(botoesSalvarCancelar(&dlg, [&dlg, ed] {
+            try {
+                ed->valor();
+                dlg.accept();
+            } catch (const Recusa &r) {
+                Atencao(r.texto);
+                ed->setFocus();
+            }
+        }));
         if (dlg.exec() != QDialog::Accepted) return false;
-        data = ed->date();
+        data = ed->valor().toDate();
         resp = cb->currentData();
         return true;
     };
