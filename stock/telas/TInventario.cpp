@@ -254,6 +254,14 @@ void FolhaMovimentacao::filtrarItens()
                    {{"T", valorLinha("TIPOITEM")}, {"G", valorLinha("IDGRUPO")}, {"S", valorLinha("IDSUBGRUPO")}});
 }
 
+void FolhaMovimentacao::conferirCampo(QWidget *w)
+{
+    // The line being typed is checked on leaving its fields, as the record's own are.
+    for (const CampoForm &c : camposLinha_)
+        if (campo("L_" + c.coluna) == w) lerWidgetCampo(c, w);
+    FormRegistro::conferirCampo(w);
+}
+
 QVariant FolhaMovimentacao::valorLinha(const QString &coluna) const
 {
     for (const CampoForm &c : camposLinha_)
