@@ -26,6 +26,7 @@
 #include <QSettings>
 #include <QStandardPaths>
 #include <QUrl>
+#include <QIcon>
 #include <QStyleFactory>
 #include <QTimer>
 #include <QTranslator>
@@ -83,6 +84,7 @@ int modoAtualizacao(const db::Conexao &c)
 void aparencia(QApplication &app)
 {
     app.setStyle(QStyleFactory::create("Fusion"));
+    QIcon::setThemeName("breeze");  // one icon theme on every screen
     QFont f("DejaVu Sans");
     f.setPointSize(10);
     app.setFont(f);

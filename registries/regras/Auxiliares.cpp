@@ -129,8 +129,8 @@ QList<DeclaracaoRegistro> montar()
     horarios.colunas = {{"HORARIO", "Horário"}, {"ENTRADA", "Entrada"}, {"SAIDA", "Saída"}};
     horarios.ordens = {{"Horário", "HORARIO"}};
     horarios.campos = {{"HORARIO", "Horário", C::Texto, "Digite o nome do horário primeiro!", 20},
-                       {"ENTRADA", "Entrada", C::Hora, "Digite a hora de entrada primeiro!", 5, 2, {}, {}, "99:99;_"},
-                       {"SAIDA", "Saída", C::Hora, "Digite a hora de saída primeiro!", 5, 2, {}, {}, "99:99;_"}};
+                       {"ENTRADA", "Entrada", C::Hora, "Digite a hora de entrada primeiro!", 5, 2},
+                       {"SAIDA", "Saída", C::Hora, "Digite a hora de saída primeiro!", 5, 2}};
     horarios.perguntaExclusao = "Tem certeza que deseja excluir este Horário?";
     horarios.traco = "Horário Excluído (";
     r << horarios;
@@ -213,7 +213,7 @@ QList<DeclaracaoRegistro> montar()
         d.colunas = {{"CODIGO", "Código"}, {"NOME", "Nome"}, {"TELEFONE1", "Telefone"}};
         d.ordens = {{"Nome", "NOME"}};
         d.campos = {{"CODIGO", "Código", C::Inteiro, msgCodigo}, {"NOME", "Nome", C::Texto, msgNome, 50},
-                    {"TELEFONE1", "Telefone", C::Texto, {}, 11, 2, {}, {}, "(99)99999-9999;_"},
+                    {"TELEFONE1", "Telefone", C::Texto, {}, 11, 2},
                     {"EMAIL", "E-mail", C::Texto, {}, 240}};
         d.completar = [](db::Transacao &, Valores &v, bool) {
             v["APELIDO"] = v["NOME"].toString().left(20);

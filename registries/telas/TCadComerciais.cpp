@@ -78,10 +78,10 @@ DeclaracaoRegistro declaracaoComercial(const ModoCadastro &m)
         {"COMPLEMENTO", "Complemento", C::Texto, {}, 20, 2, {}, {}, {}, contato},
         {"BAIRRO", "Bairro", C::Texto, {}, 30, 2, {}, {}, {}, contato},
         {"IDCIDADE", "Cidade", C::Consulta, {}, 0, 2, {}, kSqlCidades, {}, contato},
-        {"TELEFONE1", "Telefone 1", C::Texto, {}, 11, 2, {}, {}, "(99)99999-9999;_", contato},
+        {"TELEFONE1", "Telefone 1", C::Texto, {}, 11, 2, {}, {}, {}, contato},
         {"IDOPTEL1", "Operadora 1", C::Consulta, {}, 0, 2, {}, kSqlOpTel, {}, contato},
-        {"TELEFONE2", "Telefone 2", C::Texto, {}, 11, 2, {}, {}, "(99)99999-9999;_", contato},
-        {"TELEFONE3", "Telefone 3", C::Texto, {}, 11, 2, {}, {}, "(99)99999-9999;_", contato},
+        {"TELEFONE2", "Telefone 2", C::Texto, {}, 11, 2, {}, {}, {}, contato},
+        {"TELEFONE3", "Telefone 3", C::Texto, {}, 11, 2, {}, {}, {}, contato},
         {"EMAIL", "E-mail", C::Texto, {}, 240, 2, {}, {}, {}, contato},
         {"SITE", "Site", C::Texto, {}, 40, 2, {}, {}, {}, contato},
         {"US", "Usuário do sistema", C::Marca, {}, 0, 2, {}, {}, {}, acesso},
@@ -96,7 +96,7 @@ DeclaracaoRegistro declaracaoComercial(const ModoCadastro &m)
     for (int i = 1; i <= 3; ++i) {
         const QString n = QString::number(i);
         d.campos.append({"REFCOM" + n, "Referência " + n, C::Texto, {}, 40, 2, {}, {}, {}, referencias});
-        d.campos.append({"TELREFCOM" + n, "Telefone", C::Texto, {}, 11, 2, {}, {}, "(99)99999-9999;_", referencias});
+        d.campos.append({"TELREFCOM" + n, "Telefone", C::Texto, {}, 11, 2, {}, {}, {}, referencias});
         d.campos.append({"CONTATOREFCOM" + n, "Contato", C::Texto, {}, 20, 2, {}, {}, {}, referencias});
     }
     for (CampoForm &c : d.campos)
@@ -119,7 +119,7 @@ DeclaracaoRegistro declaracaoComercial(const ModoCadastro &m)
          {{"NOME", "Nome"}, {"CARGOSETOR", "Cargo / setor"}, {"TELEFONE1", "Telefone"}, {"EMAIL", "E-mail"}},
          {{"NOME", "Nome", C::Texto, "Digite o nome do contato primeiro!", 30},
           {"CARGOSETOR", "Cargo / setor", C::Texto, {}, 30},
-          {"TELEFONE1", "Telefone", C::Texto, {}, 11, 2, {}, {}, "(99)99999-9999;_"},
+          {"TELEFONE1", "Telefone", C::Texto, {}, 11, 2},
           {"RAMAL1", "Ramal", C::Texto, {}, 5},
           {"EMAIL", "E-mail", C::Texto, {}, 50}},
          "Tem certeza que deseja excluir este Contato?"},
@@ -166,11 +166,11 @@ DeclaracaoRegistro declaracaoComercial(const ModoCadastro &m)
             {{"DATA", "Data", C::Data, "Digite a data primeiro!"},
              {"IDCONSULTORIO", "Consultório", C::Consulta, {}, 0, 2, {}, "Select Id, Consultorio From TbConsultorios Order By Consultorio"},
              {"SESSOESPRIMATEND", "Sessões do primeiro atendimento", C::Inteiro},
-             {"HORAINICIO", "Início", C::Hora, "Digite a hora de início primeiro!", 5, 2, {}, {}, "99:99;_"},
-             {"HORASAIDAINT", "Saída para o intervalo", C::Hora, {}, 5, 2, {}, {}, "99:99;_"},
-             {"HORARETINT", "Retorno do intervalo", C::Hora, {}, 5, 2, {}, {}, "99:99;_"},
-             {"HORATERMINO", "Término", C::Hora, "Digite a hora de término primeiro!", 5, 2, {}, {}, "99:99;_"},
-             {"HORATEMPO", "Tempo de cada atendimento", C::Hora, "Digite o tempo de cada atendimento primeiro!", 5, 2, {}, {}, "99:99;_"}},
+             {"HORAINICIO", "Início", C::Hora, "Digite a hora de início primeiro!", 5, 2},
+             {"HORASAIDAINT", "Saída para o intervalo", C::Hora, {}, 5, 2},
+             {"HORARETINT", "Retorno do intervalo", C::Hora, {}, 5, 2},
+             {"HORATERMINO", "Término", C::Hora, "Digite a hora de término primeiro!", 5, 2},
+             {"HORATEMPO", "Tempo de cada atendimento", C::Hora, "Digite o tempo de cada atendimento primeiro!", 5, 2}},
             "Tem certeza que deseja excluir esta Configuração?"});
     if (m.codigo.isEmpty() || m.codigo == "Cl")
         d.detalhes.append({"Equipamentos", "TBCADEQUIP", "FK", "Select * From TbCadEquip Where Fk = :MESTRE Order By TipoUsuario",

@@ -23,7 +23,7 @@ TMiniCad::TMiniCad(QWidget *parent) : QDialog(parent)
                {"PESSOA", "Pessoa", C::Lista, {}, 0, 2, {{"F", "Física"}, {"J", "Jurídica"}}},
                {"CPF", "CPF", C::Texto, {}, 11, 2, {}, {}, "999.999.999-99;_"},
                {"SEXO", "Sexo", C::Lista, {}, 0, 2, {{"M", "Masculino"}, {"F", "Feminino"}}},
-               {"TELEFONE1", "Telefone", C::Texto, {}, 11, 2, {}, {}, "(99)99999-9999;_"},
+               {"TELEFONE1", "Telefone", C::Texto, {}, 11, 2},
                {"CEP", "CEP", C::Texto, {}, 8, 2, {}, {}, "99999-999;_"},
                {"IDCIDADE", "Cidade", C::Consulta, {}, 0, 2, {}, "Select Id, Cidade || ' - ' || Uf From TbCidades Order By Cidade"}};
     auto *f = new QFormLayout(this);

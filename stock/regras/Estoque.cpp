@@ -435,7 +435,7 @@ DeclaracaoRegistro montarEstoque()
         {"DISPVENDA", "Disponível para venda", C::Lista, {}, 0, 2, kSimNao, {}, {}, geral},
         {"CONTRSERIAL", "Controle de serial", C::Lista, {}, 0, 2,
          {{"SIM", "SIM"}, {"ENT", "ENTRADA"}, {"SAÍ", "SAÍDA"}, {"NÃO", "NÃO"}}, {}, {}, geral},
-        {"TEMPO", "Tempo", C::Hora, {}, 5, 2, {}, {}, "99:99;_", adicionais},
+        {"TEMPO", "Tempo", C::Hora, {}, 5, 2, {}, {}, {}, adicionais},
         {"GARANTIA", "Garantia", C::Texto, {}, 100, 2, {}, {}, {}, adicionais},
         {"VALIDADE", "Validade (dias)", C::Inteiro, {}, 0, 2, {}, {}, {}, adicionais},
         {"PESO", "Peso", C::Decimal, {}, 0, 4, {}, {}, {}, adicionais},

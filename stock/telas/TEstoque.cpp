@@ -1,5 +1,6 @@
 #include "TEstoque.h"
 
+#include "dados/Formatos.h"
 #include "dados/Tabs.h"
 #include "principal/Parametros.h"
 #include "ui/Mensagens.h"
@@ -51,7 +52,8 @@ QLineEdit *numero(int largura = 90)
     return e;
 }
 
-QString textoNumero(const db::Decimal &d) { return d.textoBR(d.escala() > 2 ? 4 : 2); }
+// Quantities as every grid shows them: two decimals, the others only when there are any.
+QString textoNumero(const db::Decimal &d) { return exibir(QVariant::fromValue(d), "ESTATUAL", TipoCampo::Decimal, 4); }
 
 } // namespace
 

@@ -2,12 +2,12 @@
 
 #include "acesso/Acesso.h"
 #include "dados/Tabs.h"
+#include "ui/Campos.h"
 #include "ui/Dialogos.h"
 #include "ui/Mensagens.h"
 #include "Recusa.h"
 
 #include <QComboBox>
-#include <QDateEdit>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -147,17 +147,25 @@ FolhaMovimentacao::FolhaMovimentacao(QWidget *parent) : FormRegistro(declaracaoM
         QDialog dlg(this);
         dlg.setWindowTitle("Aprovação da Movimentação");
         auto *f = new QFormLayout(&dlg);
-        auto *ed = new QDateEdit(data, &dlg);
-        ed->setDisplayFormat("dd/MM/yyyy");
-        ed->setCalendarPopup(true);
+        auto *ed = new CampoData(CampoData::Data, &dlg);
+        ed->definir(data);
         auto *cb = new QComboBox(&dlg);
         encherCombo(cb, sqlPartes(kInterno));
         cb->setCurrentIndex(std::max(0, cb->findData(resp)));
         f->addRow("Data da aprovação", ed);
         f->addRow("Responsável", cb);
-        f->addRow(botoesSalvarCancelar(&dlg, [&dlg] { dlg.accept(); }));
+        // The date must read as one before the dialog closes; empty is refused by the approval itself.
+        f->addRow(botoesSalvarCancelar(&dlg, [&dlg, ed] {
+            try {
+                ed->valor();
+                dlg.accept();
+            } catch (const Recusa &r) {
+                Atencao(r.texto);
+                ed->setFocus();
+            }
+        }));
         if (dlg.exec() != QDialog::Accepted) return false;
-        data = ed->date();
+        data = ed->valor().toDate();
         resp = cb->currentData();
         return true;
     };
@@ -244,6 +252,14 @@ void FolhaMovimentacao::filtrarItens()
                    "Select Id, Descricao || ' (' || Codigo || ')' From TbInventario "
                    "Where (Tipo = :T) and (IdGrupo = :G) and (IdSubgrupo = :S) Order By Descricao",
                    {{"T", valorLinha("TIPOITEM")}, {"G", valorLinha("IDGRUPO")}, {"S", valorLinha("IDSUBGRUPO")}});
+}
+
+void FolhaMovimentacao::conferirCampo(QWidget *w)
+{
+    // The line being typed is checked on leaving its fields, as the record's own are.
+    for (const CampoForm &c : camposLinha_)
+        if (campo("L_" + c.coluna) == w) lerWidgetCampo(c, w);
+    FormRegistro::conferirCampo(w);
 }
 
 QVariant FolhaMovimentacao::valorLinha(const QString &coluna) const

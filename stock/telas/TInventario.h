@@ -65,6 +65,7 @@ protected:
     void apagar(db::Transacao &t, int id) override;
     void conferirOperacao(const QString &operacao, int id) override;
     void registroMudou(int id) override;
+    void conferirCampo(QWidget *w) override;
     bool eventFilter(QObject *o, QEvent *e) override;
 
 private:

@@ -14,8 +14,6 @@ namespace orb {
 namespace {
 
 const QString kMascaraTelefone = QStringLiteral("!\\(99\\)99999-9999;0;_");
-// Landlines have one digit fewer; same layout.
-const QString kMascaraFixo = QStringLiteral("!\\(99\\)9999-9999;0;_");
 
 bool comeca(const QString &nome, const char *prefixo)
 {
@@ -273,8 +271,11 @@ QString exibir(const QVariant &valor, const QString &nomeCampo, TipoCampo tipo, 
     switch (tipo) {
     case TipoCampo::Texto: {
         const QString t = valor.toString();
-        if (f.mascara == kMascaraTelefone && t.trimmed().size() == 10)
-            return aplicarMascara(kMascaraFixo, t);
+        if (f.mascara == kMascaraTelefone) {
+            const QString d = t.trimmed();
+            const bool digitos = std::all_of(d.begin(), d.end(), [](QChar c) { return c >= u'0' && c <= u'9'; });
+            return digitos && (d.size() == 10 || d.size() == 11) ? mascararTelefone(d) : t;
+        }
         return f.mascara.isEmpty() ? t : aplicarMascara(f.mascara, t);
     }
     case TipoCampo::Data:
@@ -293,6 +294,34 @@ QString exibir(const QVariant &valor, const QString &nomeCampo, TipoCampo tipo, 
         break;
     }
     return valor.toString();
+}
+
+bool campoTelefone(const QString &nomeCampo)
+{
+    return formatoCampo(nomeCampo, TipoCampo::Texto).mascara == kMascaraTelefone;
+}
+
+QString mascararTelefone(const QString &digitos)
+{
+    const QString d = digitos.left(11);
+    if (d.isEmpty())
+        return {};
+    if (d.size() <= 2)
+        return u'(' + d;
+    const QString ddd = u'(' + d.left(2) + u')';
+    const int prefixo = d.size() == 11 ? 5 : 4;
+    if (d.size() <= 2 + prefixo)
+        return ddd + d.mid(2);
+    return ddd + d.mid(2, prefixo) + u'-' + d.mid(2 + prefixo);
+}
+
+QString semSufixo(const QString &texto, const QString &nomeCampo, TipoCampo tipo, int escala)
+{
+    const QString sufixo = lerFormatoNumero(formatoCampo(nomeCampo, tipo, escala).exibicao).sufixo.trimmed();
+    QString t = texto.trimmed();
+    if (!sufixo.isEmpty() && t.endsWith(sufixo, Qt::CaseInsensitive))
+        t.chop(sufixo.size());
+    return t.trimmed();
 }
 
 } // namespace orb

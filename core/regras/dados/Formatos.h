@@ -37,4 +37,13 @@ FormatoCampo formatoCampo(const QString &nomeCampo, TipoCampo tipo, int escala =
 // Null shows as "".
 QString exibir(const QVariant &valor, const QString &nomeCampo, TipoCampo tipo, int escala = 2);
 
+// Phone fields by their name (TELEFONE1, FAX, TELREFCOM2, ...).
+bool campoTelefone(const QString &nomeCampo);
+// The digits of a phone as far as typed, in the layout their count calls for: landline
+// "(31)3222-1111" up to ten digits, mobile "(31)98765-4321" with eleven.
+QString mascararTelefone(const QString &digitos);
+
+// A number as typed or as shown, without the display's suffix ("12,5%" -> "12,5", "2 KG" -> "2").
+QString semSufixo(const QString &texto, const QString &nomeCampo, TipoCampo tipo, int escala = 2);
+
 } // namespace orb

@@ -1,11 +1,14 @@
 #include "registro/Registro.h"
 
+#include "dados/Formatos.h"
+
 #include "acesso/Permissoes.h"
 #include "dados/Tabs.h"
 
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <limits>
 
 namespace orb {
 
@@ -40,6 +43,31 @@ db::Decimal lerNumero(const QString &texto, int escala, const QString &campo)
         r.mantissa();  // the column keeps 64 bits at its scale
     } catch (const std::overflow_error &) {
         throw Recusa(kValorInvalido, campo);
+    }
+    return r;
+}
+
+QVariant lerNumeroDoCampo(const CampoForm &c, const QString &texto)
+{
+    const bool inteiro = c.tipo == CampoForm::Inteiro;
+    const QString t = semSufixo(texto, c.coluna, inteiro ? TipoCampo::Inteiro : TipoCampo::Decimal, c.escala);
+    if (t.isEmpty()) return {};
+    if (!inteiro) return QVariant::fromValue(lerNumero(t, c.escala, c.coluna));
+    // An integer with decimals is refused, not rounded to the next one.
+    const auto d = db::Decimal::ler(t, true);
+    if (!d || !(d->comEscala(0, db::Arredonda::Trunca) == *d)) throw Recusa(kValorInvalido, c.coluna);
+    const db::Decimal n = d->comEscala(0);
+    if (n.abs() > db::Decimal::inteiro(std::numeric_limits<int>::max())) throw Recusa(kValorInvalido, c.coluna);
+    return int(n.mantissa());
+}
+
+QHash<QString, QHash<QString, QString>> legendas(const QList<CampoForm> &campos)
+{
+    QHash<QString, QHash<QString, QString>> r;
+    for (const CampoForm &c : campos) {
+        if (c.tipo == CampoForm::Marca) r[c.coluna] = {{"S", QStringLiteral("SIM")}, {"N", QStringLiteral("NÃO")}};
+        if (c.tipo == CampoForm::Lista && !c.itens.isEmpty())
+            for (const auto &[valor, texto] : c.itens) r[c.coluna].insert(valor, texto);
     }
     return r;
 }

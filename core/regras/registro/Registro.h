@@ -8,6 +8,7 @@
 #include "acesso/Sessao.h"
 #include "db/Banco.h"
 
+#include <QHash>
 #include <QList>
 #include <QPair>
 #include <functional>
@@ -85,6 +86,11 @@ DeclaracaoRegistro declararRegistro(const QString &classe, const QString &titulo
 // are refused with "Valor inválido!" naming the field. Empty text is no number: the caller decides.
 inline const QString kValorInvalido = QStringLiteral("Valor inválido!");
 db::Decimal lerNumero(const QString &texto, int escala, const QString &campo);
+// A number field's text as its editor shows it ("12,50%", "000003", "1.234,56"), the display's
+// suffix typed or not: NULL when empty, an int for Inteiro fields, a Decimal at the field's scale.
+QVariant lerNumeroDoCampo(const CampoForm &c, const QString &texto);
+// What grids show for coded values, by column: a Lista's captions, "SIM"/"NÃO" for flags.
+QHash<QString, QHash<QString, QString>> legendas(const QList<CampoForm> &campos);
 
 // Whether a value counts as filled (a blank mask such as "  :  " does not).
 bool preenchido(const QVariant &v);

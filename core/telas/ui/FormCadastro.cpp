@@ -18,6 +18,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QPointer>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
@@ -551,6 +552,19 @@ void FormCadastro::mostrarCampo(QWidget *w)
             if (auto *abas = qobject_cast<QTabWidget *>(pilha->parentWidget())) abas->setCurrentWidget(p);
 }
 
+void FormCadastro::conferirSaida(QWidget *w)
+{
+    if (estado_ == Estado::Navegando || !w->isEnabled()) return;
+    try {
+        conferirCampo(w);
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+        marcarFalha(w);
+        mostrarCampo(w);
+        w->setFocus();
+    }
+}
+
 void FormCadastro::marcarFalha(QWidget *w)
 {
     QPalette p = w->palette();
@@ -587,6 +601,12 @@ bool FormCadastro::eventFilter(QObject *o, QEvent *e)
     if (auto *w = qobject_cast<QWidget *>(o); w && campos_.values().contains(w)) {
         if (e->type() == QEvent::FocusIn && !falhas_.contains(w)) MudaCorEntrada(w);
         if (e->type() == QEvent::FocusOut && !falhas_.contains(w)) MudaCorSaida(w);
+        // Checked once the focus has settled, so that the message box does not fight the move.
+        if (e->type() == QEvent::FocusOut && estado_ != Estado::Navegando) {
+            const auto razao = static_cast<QFocusEvent *>(e)->reason();
+            if (razao != Qt::PopupFocusReason && razao != Qt::ActiveWindowFocusReason)
+                QMetaObject::invokeMethod(this, [this, w = QPointer<QWidget>(w)] { if (w) conferirSaida(w); }, Qt::QueuedConnection);
+        }
         if (e->type() == QEvent::KeyPress && falhas_.contains(w)) {
             falhas_.remove(w);
             w->setPalette(QPalette());

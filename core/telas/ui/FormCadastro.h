@@ -120,6 +120,8 @@ protected:
     {
         return false;
     }
+    // A field's check on leaving it (a date or number that cannot be read): throws Recusa.
+    virtual void conferirCampo(QWidget *w) {}
     void marcarFalha(QWidget *w);
     void mostrarCampo(QWidget *w);  // the tab page holding the field comes to the front
     void reajustarColunas() { colunasAjustadas_ = false; }  // widths again from the next rows read
@@ -142,6 +144,7 @@ protected:
 
 private:
     void mostrarRegistro();
+    void conferirSaida(QWidget *w);
     void habilitarEdicao(bool sim);
     void consultarBusca();  // the browse query under the order and text typed
 

@@ -3,8 +3,10 @@
 #include "ui/ComboConsulta.h"
 
 #include "acesso/Permissoes.h"
+#include "dados/Formatos.h"
 #include "dados/Tabs.h"
 #include "principal/Menus.h"
+#include "ui/Campos.h"
 #include "ui/Foto.h"
 #include "ui/ModeloLinhas.h"
 #include "ui/Mensagens.h"
@@ -23,7 +25,6 @@
 #include <QTabWidget>
 #include <QTableView>
 #include <QVBoxLayout>
-#include <QDateEdit>
 #include <QLineEdit>
 #include <QLocale>
 #include <QPlainTextEdit>
@@ -39,14 +40,10 @@ QWidget *criarWidgetCampo(const CampoForm &c)
     case CampoForm::Memo: return new QPlainTextEdit;
     case CampoForm::Marca: return new QCheckBox(c.rotulo);
     case CampoForm::Foto: return new CampoFoto;
-    case CampoForm::Data: {
-        auto *e = new QDateEdit;
-        e->setDisplayFormat("dd/MM/yyyy");
-        e->setCalendarPopup(true);
-        e->setSpecialValueText(" ");  // the minimum date stands for "empty"
-        e->setMinimumDate(QDate(1900, 1, 1));
-        return e;
-    }
+    case CampoForm::Data: return new CampoData(CampoData::Data);
+    case CampoForm::Hora: return new CampoData(CampoData::Hora);
+    case CampoForm::Inteiro:
+    case CampoForm::Decimal: return new CampoNumero(c);
     case CampoForm::Lista:
     case CampoForm::Consulta: {
         if (c.tipo == CampoForm::Consulta) return new ComboConsulta(c.sqlLista);
@@ -56,11 +53,11 @@ QWidget *criarWidgetCampo(const CampoForm &c)
         return cb;
     }
     default: {
+        if (campoTelefone(c.coluna)) return new CampoTelefone;
         auto *e = new QLineEdit;
         if (c.tamanho) e->setMaxLength(c.tamanho);
         if (!c.mascara.isEmpty()) e->setInputMask(c.mascara);
         if (c.senha) e->setEchoMode(QLineEdit::Password);
-        if (c.tipo != CampoForm::Texto && c.tipo != CampoForm::Hora) e->setAlignment(Qt::AlignRight);
         return e;
     }
     }
@@ -71,29 +68,21 @@ QVariant lerWidgetCampo(const CampoForm &c, QWidget *w)
     if (auto *cb = qobject_cast<QComboBox *>(w)) return cb->currentData();
     if (auto *x = qobject_cast<QCheckBox *>(w)) return x->isChecked() ? "S" : "N";
     if (auto *m = qobject_cast<QPlainTextEdit *>(w)) return m->toPlainText().isEmpty() ? QVariant() : m->toPlainText();
-    if (auto *de = qobject_cast<QDateEdit *>(w)) return de->date() == de->minimumDate() ? QVariant() : de->date();
     if (auto *f = qobject_cast<CampoFoto *>(w)) return f->dados().isEmpty() ? QVariant() : QVariant(f->dados());
+    if (auto *d = qobject_cast<CampoData *>(w)) {
+        const QVariant v = d->valor(c.coluna);
+        // Times are kept as "hh:mm" text, with the colon.
+        return v.typeId() == QMetaType::QTime ? QVariant(v.toTime().toString("HH:mm")) : v;
+    }
+    if (auto *n = qobject_cast<CampoNumero *>(w)) return n->valor();
+    if (auto *f = qobject_cast<CampoTelefone *>(w)) return f->digitos().isEmpty() ? QVariant() : f->digitos();
     const QString s = static_cast<QLineEdit *>(w)->text();
     if (!preenchido(s)) return {};
-    switch (c.tipo) {
-    case CampoForm::Inteiro: {
-        bool ok = false;
-        const int n = s.trimmed().toInt(&ok);
-        if (!ok) throw Recusa(kValorInvalido, c.coluna);
-        return n;
-    }
-    case CampoForm::Decimal: {
-        return QVariant::fromValue(lerNumero(s, c.escala, c.coluna));
-    }
-    case CampoForm::Hora: return s;  // "hh:mm" is stored with its colon
-    default: {
-        // Masked numbers (CEP, phones, CPF) are stored as their digits only.
-        if (c.mascara.isEmpty()) return s;
-        QString digitos = s;
-        digitos.remove(QRegularExpression("[^0-9A-Za-z]"));
-        return digitos;
-    }
-    }
+    // Masked numbers (CEP, CPF) are stored as their digits only.
+    if (c.mascara.isEmpty()) return s;
+    QString digitos = s;
+    digitos.remove(QRegularExpression("[^0-9A-Za-z]"));
+    return digitos;
 }
 
 void escreverWidgetCampo(QWidget *w, const QVariant &v)
@@ -107,13 +96,16 @@ void escreverWidgetCampo(QWidget *w, const QVariant &v)
         cb->setCurrentIndex(std::max(0, cb->findData(v)));
     } else if (auto *m = qobject_cast<QPlainTextEdit *>(w)) {
         m->setPlainText(v.toString());
-    } else if (auto *de = qobject_cast<QDateEdit *>(w)) {
-        de->setDate(v.isNull() ? de->minimumDate() : v.toDate());
+    } else if (auto *d = qobject_cast<CampoData *>(w)) {
+        d->definir(v);
+    } else if (auto *n = qobject_cast<CampoNumero *>(w)) {
+        n->definir(v);
+    } else if (auto *f = qobject_cast<CampoTelefone *>(w)) {
+        f->definir(v.toString());
     } else if (auto *f = qobject_cast<CampoFoto *>(w)) {
         f->definir(v.toByteArray());
     } else if (auto *e = qobject_cast<QLineEdit *>(w)) {
         if (v.metaType() == QMetaType::fromType<db::Decimal>()) e->setText(v.value<db::Decimal>().textoBR(v.value<db::Decimal>().escala()));
-        else if (v.typeId() == QMetaType::QTime) e->setText(v.toTime().toString("HH:mm"));
         else e->setText(v.toString());
     }
 }
@@ -184,6 +176,7 @@ FormRegistro::FormRegistro(DeclaracaoRegistro d, QWidget *parent)
         }
         adicionarPainel(abasDetalhes_);
     }
+    modelo()->definirLegendas(legendas(d_.campos));
     definirConsulta(sqlGrade(d_), d_.colunas, d_.ordens);
     editarDetalhe = [this](const DetalheRegistro &dd, Valores &v) {
         // A small dialog made of the detail's own fields.
@@ -209,6 +202,12 @@ FormRegistro::FormRegistro(DeclaracaoRegistro d, QWidget *parent)
         }
     };
     estadoMudou();
+}
+
+void FormRegistro::conferirCampo(QWidget *w)
+{
+    for (const CampoForm &c : d_.campos)
+        if (campo(c.coluna) == w) lerWidgetCampo(c, w);
 }
 
 QVariant FormRegistro::valorDoCampo(const QString &coluna) const

@@ -150,7 +150,11 @@ QVariant ModeloConsulta::data(const QModelIndex &i, int role) const
     if (!i.isValid() || i.row() >= linhas_.size()) return {};
     if (role == IdRole) return idDaLinha(i.row());
     const QString campo = colunas_[i.column()].first.toUpper();
-    return celula(valor(i.row(), campo), campo, role);
+    const QVariant v = valor(i.row(), campo);
+    if (role == Qt::DisplayRole)
+        if (const auto l = legendas_.constFind(campo); l != legendas_.cend() && l->contains(v.toString()))
+            return l->value(v.toString());
+    return celula(v, campo, role);
 }
 
 QVariant ModeloConsulta::headerData(int s, Qt::Orientation o, int role) const

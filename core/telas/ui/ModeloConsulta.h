@@ -25,6 +25,8 @@ public:
 
     // Column captions by field name; fields without one are hidden from the grid.
     void definirColunas(const QList<QPair<QString, QString>> &campoTitulo);
+    // Captions of coded values, by column ("M" -> "Mercadorias", "S" -> "SIM").
+    void definirLegendas(const QHash<QString, QHash<QString, QString>> &l) { legendas_ = l; }
     void consultar(const QString &sql, const std::map<QString, QVariant> &params = {});
     void recarregar();
 
@@ -44,6 +46,7 @@ private:
     QString sql_;
     std::map<QString, QVariant> params_;
     QList<QPair<QString, QString>> colunas_;
+    QHash<QString, QHash<QString, QString>> legendas_;
     std::unique_ptr<db::Transacao> tr_;
     std::unique_ptr<db::Consulta> q_;
     QHash<QString, int> indice_;        // field name -> position in the row

@@ -45,6 +45,8 @@ QVariant ModeloLinhas::data(const QModelIndex &i, int role) const
     if (role == Qt::DisplayRole && preenchido(valor))
         for (const CampoForm &c : d_.campos)
             if (c.coluna == campo && c.tipo == CampoForm::Consulta) return legenda(c, valor);
+            else if (c.coluna == campo && (c.tipo == CampoForm::Lista || c.tipo == CampoForm::Marca))
+                return legendas({c}).value(campo).value(valor.toString(), celula(valor, campo, role).toString());
     return celula(valor, campo, role);
 }
 

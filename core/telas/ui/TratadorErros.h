@@ -2,6 +2,7 @@
 // The one place unhandled errors end up: known data errors get a short message, anything else
 // the long one, a screenshot and a support report saved in "Erros"; the program keeps running.
 
+#include "dados/Datas.h"
 #include "db/Erros.h"
 #include "registro/Registro.h"
 
@@ -34,8 +35,7 @@ void ConexaoPerdida();
 // its own message.
 void AvisarFalha(const db::ErroBanco &e);
 
-// The short messages, decided from the error's kind.
-inline const QString kDataInvalida = QStringLiteral("Data inválida!");
+// The short messages, decided from the error's kind (kDataInvalida comes with the date rules).
 inline const QString kDependentes =
     QStringLiteral("Não foi possível excluir este registro pois existem registros dependentes do mesmo!");
 

@@ -1,0 +1,144 @@
+// Dates, times and numbers as people type them into the editors.
+
+#include "dados/Datas.h"
+#include "dados/Formatos.h"
+#include "db/Decimal.h"
+#include "registro/Registro.h"
+#include "Recusa.h"
+
+#include <gtest/gtest.h>
+
+using namespace orb;
+
+namespace {
+
+const QDate kHoje(2026, 11, 24);
+
+std::string s(const QString &q) { return q.toStdString(); }
+
+} // namespace
+
+TEST(Datas, TypedDates)
+{
+    struct { const char *texto; Leitura::Estado estado; QDate data; } casos[] = {
+        // the forms people type
+        {"25122026", Leitura::Valida, {2026, 12, 25}},
+        {"25/12/2026", Leitura::Valida, {2026, 12, 25}},
+        {"251226", Leitura::Valida, {2026, 12, 25}},
+        {"2512", Leitura::Valida, {2026, 12, 25}},
+        {"5/3/24", Leitura::Valida, {2024, 3, 5}},
+        {"05.03.2024", Leitura::Valida, {2024, 3, 5}},
+        {"15/03", Leitura::Valida, {2026, 3, 15}},
+        {" 15032020 ", Leitura::Valida, {2020, 3, 15}},
+        // impossible dates are refused, never moved to the month's end
+        {"29022024", Leitura::Valida, {2024, 2, 29}},
+        {"29/02/2023", Leitura::Invalida, {}},
+        {"29/02/2000", Leitura::Valida, {2000, 2, 29}},
+        {"29/02/1900", Leitura::Invalida, {}},
+        {"31/02/2024", Leitura::Invalida, {}},
+        {"3104", Leitura::Invalida, {}},
+        {"31/04/2026", Leitura::Invalida, {}},
+        {"00/01/2026", Leitura::Invalida, {}},
+        {"01/13/2026", Leitura::Invalida, {}},
+        // slips
+        {"2512202", Leitura::Invalida, {}},
+        {"25/12/202", Leitura::Invalida, {}},
+        {"25//2026", Leitura::Invalida, {}},
+        {"25/12/2026/1", Leitura::Invalida, {}},
+        {"01/01/0026", Leitura::Invalida, {}},
+        // nothing typed is no date (NULL): whether it may stay so is the field's rule
+        {"", Leitura::Vazia, {}},
+        {"   ", Leitura::Vazia, {}},
+        // two-digit years: up to 20 years ahead of this one, else the century before
+        {"010146", Leitura::Valida, {2046, 1, 1}},
+        {"010147", Leitura::Valida, {1947, 1, 1}},
+        {"31/12/99", Leitura::Valida, {1999, 12, 31}},
+        {"01/01/00", Leitura::Valida, {2000, 1, 1}},
+    };
+    for (const auto &c : casos) {
+        SCOPED_TRACE(c.texto);
+        const Leitura l = lerData(c.texto, kHoje);
+        EXPECT_EQ(l.estado, c.estado);
+        EXPECT_EQ(l.data, c.data);
+    }
+}
+
+TEST(Datas, CenturyPivotMovesWithTheYear)
+{
+    struct { int hoje, digitos, esperado; } casos[] = {
+        {2026, 46, 2046}, {2026, 47, 1947}, {2080, 0, 2100}, {2080, 1, 2001}, {2085, 5, 2105}, {2085, 6, 2006},
+    };
+    for (const auto &c : casos)
+        EXPECT_EQ(completarSeculo(c.digitos, QDate(c.hoje, 6, 1)), c.esperado) << c.hoje << " " << c.digitos;
+}
+
+TEST(Datas, TypedTimes)
+{
+    struct { const char *texto; Leitura::Estado estado; QTime hora; } casos[] = {
+        {"0830", Leitura::Valida, {8, 30}},   {"08:30", Leitura::Valida, {8, 30}}, {"8:30", Leitura::Valida, {8, 30}},
+        {"2359", Leitura::Valida, {23, 59}},  {"00:00", Leitura::Valida, {0, 0}},  {"25:00", Leitura::Invalida, {}},
+        {"2400", Leitura::Invalida, {}},      {"08:60", Leitura::Invalida, {}},    {"830", Leitura::Invalida, {}},
+        {"08:3", Leitura::Invalida, {}},      {"", Leitura::Vazia, {}},
+    };
+    for (const auto &c : casos) {
+        SCOPED_TRACE(c.texto);
+        const Leitura l = lerHora(c.texto);
+        EXPECT_EQ(l.estado, c.estado);
+        EXPECT_EQ(l.hora, c.hora);
+    }
+    const Leitura dh = lerDataHora("2512 0830", kHoje);
+    EXPECT_EQ(QDateTime(dh.data, dh.hora), QDateTime(QDate(2026, 12, 25), QTime(8, 30)));
+    EXPECT_EQ(lerDataHora("25/12/2026", kHoje).hora, QTime(0, 0));
+    EXPECT_EQ(lerDataHora("31/02/2026 08:30", kHoje).estado, Leitura::Invalida);
+    EXPECT_EQ(lerDataHora("25/12/2026 25:00", kHoje).estado, Leitura::Invalida);
+}
+
+// What an editor shows is read back to the same value, suffix typed or not; letters are refused.
+TEST(Datas, NumbersAsTheEditorShowsThem)
+{
+    using C = CampoForm;
+    struct { C campo; const char *texto; const char *esperado; } casos[] = {
+        {{"VALOR", "", C::Decimal}, "1.234,56", "1234.56"},
+        {{"VALOR", "", C::Decimal}, "12,5", "12.50"},
+        {{"PERCICMSO", "", C::Decimal}, "12,5", "12.50"},
+        {{"PERCICMSO", "", C::Decimal}, "12,50%", "12.50"},
+        {{"PERCICMSO", "", C::Decimal}, "12,5 %", "12.50"},
+        {{"PRUNITARIO", "", C::Decimal, {}, 0, 4}, "3,1416", "3.1416"},
+        {{"CODIGO", "", C::Inteiro}, "000003", "3"},
+        {{"CFOP", "", C::Inteiro}, "5.102", "5102"},
+        {{"PRAZO", "", C::Inteiro}, "30 dia(s)", "30"},
+        {{"VALOR", "", C::Decimal}, "", ""},
+        {{"VALOR", "", C::Decimal}, "abc", "Valor inválido!"},
+        {{"PERCICMSO", "", C::Decimal}, "12,5%%", "Valor inválido!"},
+        {{"CODIGO", "", C::Inteiro}, "1,5", "Valor inválido!"},
+        {{"CODIGO", "", C::Inteiro}, "3000000000", "Valor inválido!"},
+        {{"CODIGO", "", C::Inteiro}, "12a", "Valor inválido!"},
+    };
+    for (const auto &c : casos) {
+        SCOPED_TRACE(std::string(c.texto) + " em " + s(c.campo.coluna));
+        try {
+            const QVariant v = lerNumeroDoCampo(c.campo, c.texto);
+            const QString texto = v.metaType() == QMetaType::fromType<db::Decimal>() ? v.value<db::Decimal>().texto() : v.toString();
+            EXPECT_EQ(s(texto), c.esperado);
+            // and shown as the grid shows it, it reads back to the same
+            if (v.isValid()) {
+                const auto tipo = c.campo.tipo == C::Inteiro ? TipoCampo::Inteiro : TipoCampo::Decimal;
+                EXPECT_EQ(lerNumeroDoCampo(c.campo, exibir(v, c.campo.coluna, tipo, c.campo.escala)), v);
+            }
+        } catch (const Recusa &r) {
+            EXPECT_EQ(s(r.texto), c.esperado);
+            EXPECT_EQ(r.campo, c.campo.coluna);
+        }
+    }
+}
+
+TEST(Datas, PhonesLaidOutAsTyped)
+{
+    struct { const char *digitos, *esperado; } casos[] = {
+        {"", ""}, {"3", "(3"}, {"31", "(31"}, {"313", "(31)3"}, {"313222", "(31)3222"}, {"3132221", "(31)3222-1"},
+        {"3132221111", "(31)3222-1111"}, {"31987654321", "(31)98765-4321"}, {"319876543210", "(31)98765-4321"},
+    };
+    for (const auto &c : casos) EXPECT_EQ(s(mascararTelefone(c.digitos)), c.esperado) << c.digitos;
+    EXPECT_TRUE(campoTelefone("TELREFCOM2"));
+    EXPECT_FALSE(campoTelefone("CEP"));
+}
