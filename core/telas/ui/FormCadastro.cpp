@@ -12,6 +12,7 @@
 #include "Recusa.h"
 
 #include <QComboBox>
+#include <QPlainTextEdit>
 #include <QFormLayout>
 #include <QLineEdit>
 #include <QTimer>
@@ -62,6 +63,7 @@ FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const Q
         auto *b = new QPushButton(QString::fromUtf8(d.texto), this);
         b->setObjectName(QString("Bt") + d.nome);
         b->setFocusPolicy(Qt::TabFocus);
+        b->setAutoDefault(true);  // Enter presses the button that has the focus
         connect(b, &QPushButton::clicked, this, d.h);
         if (d.tecla) {
             auto *s = new QShortcut(QKeySequence(d.tecla), this, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
@@ -215,22 +217,23 @@ void FormCadastro::navegar(int passo)
 
 void FormCadastro::focarPrimeiro()
 {
-    // The first field still empty (a code or defaults may be filled already), else the first one.
+    // The first field still empty, of any kind (a code or defaults may be filled already), else the first one.
+    auto vazio = [](QWidget *w) {
+        if (auto *e = qobject_cast<QLineEdit *>(w)) return e->text().isEmpty();
+        if (auto *c = qobject_cast<QComboBox *>(w)) return c->currentIndex() < 0 || c->currentData().isNull();
+        if (auto *m = qobject_cast<QPlainTextEdit *>(w)) return m->toPlainText().isEmpty();
+        return false;
+    };
     QWidget *alvo = nullptr;
     for (QWidget *w : std::as_const(ordemCampos_)) {
         if (!w->isEnabled()) continue;
         if (!alvo) alvo = w;
-        if (auto *e = qobject_cast<QLineEdit *>(w); e && e->text().isEmpty()) {
+        if (vazio(w)) {
             alvo = w;
             break;
         }
     }
-    if (!alvo) return;
-    // Bring its tab page forward before giving it the focus.
-    if (abasEdicao_)
-        for (int i = 0; i < abasEdicao_->count(); ++i)
-            if (abasEdicao_->widget(i)->isAncestorOf(alvo)) abasEdicao_->setCurrentIndex(i);
-    alvo->setFocus();
+    if (alvo) focarCampo(alvo);
 }
 
 void FormCadastro::adicionarPainel(QWidget *w, int proporcao)
@@ -460,6 +463,7 @@ void FormCadastro::BtSalvarClick()
         estado_ = Estado::Navegando;
         habilitarEdicao(false);
         recarregar(id);
+        grade_->setFocus();  // F2, F3, F5 and the arrows work at once
         emit edicaoEncerrada(id);
     } catch (const Recusa &r) {
         Atencao(r.texto);
@@ -487,6 +491,7 @@ void FormCadastro::BtCancelarClick()
     estado_ = Estado::Navegando;
     habilitarEdicao(false);
     mostrarRegistro();
+    grade_->setFocus();
     emit edicaoEncerrada(0);
 }
 
@@ -509,6 +514,7 @@ void FormCadastro::BtExcluirClick()
     for (const QString &tab : tabelasEscritas()) avisosTabelas().avisar(tab);
     informarMonitor(id, QStringLiteral("EXCLUSÃO"));
     recarregar();
+    grade_->setFocus();
 }
 
 FormCadastro::Desfecho FormCadastro::naTransacao(const std::function<void(db::Transacao &)> &f, QString *campo)
@@ -617,11 +623,32 @@ bool FormCadastro::eventFilter(QObject *o, QEvent *e)
         auto *k = static_cast<QKeyEvent *>(e);
         if ((k->key() == Qt::Key_Return || k->key() == Qt::Key_Enter) && k->modifiers() == Qt::NoModifier
             && !o->inherits("QPlainTextEdit") && !o->inherits("QTextEdit")) {
-            focusNextChild();
+            auto *w = qobject_cast<QWidget *>(o);
+            const qsizetype i = w ? ordemCampos_.indexOf(w) : -1;
+            if (i < 0 || estado_ == Estado::Navegando) {
+                focusNextChild();
+                return true;
+            }
+            // The next field even on another page; after the last one, Salvar (Enter presses it).
+            for (qsizetype j = i + 1; j < ordemCampos_.size(); ++j)
+                if (ordemCampos_[j]->isEnabled()) {
+                    focarCampo(ordemCampos_[j]);
+                    return true;
+                }
+            botoes_["Salvar"]->setFocus();
             return true;
         }
     }
     return QWidget::eventFilter(o, e);
+}
+
+void FormCadastro::focarCampo(QWidget *w)
+{
+    // Bring its tab page forward before giving it the focus.
+    if (abasEdicao_)
+        for (int i = 0; i < abasEdicao_->count(); ++i)
+            if (abasEdicao_->widget(i)->isAncestorOf(w)) abasEdicao_->setCurrentIndex(i);
+    w->setFocus();
 }
 
 void FormCadastro::BtImprimirClick()

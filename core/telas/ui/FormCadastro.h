@@ -147,6 +147,7 @@ private:
     void conferirSaida(QWidget *w);
     void habilitarEdicao(bool sim);
     void consultarBusca();  // the browse query under the order and text typed
+    void focarCampo(QWidget *w);  // its tab page in front, then the focus
 
     QString classe_, titulo_, area_, menu_, sufixoOperacoes_;
     Estado estado_ = Estado::Navegando;
