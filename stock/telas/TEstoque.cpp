@@ -182,19 +182,26 @@ TEstoque::TEstoque(QWidget *parent) : FormRegistro(declaracaoEstoque(), parent)
         {"Maximo", "Máximo"},           {"Normal", "Normal"},               {"Zerado", "Zerado"}};
     filtros->addSpacing(12);
     filtros->addWidget(new QLabel("Disponibilidade:"));
+    // Two lines, so that the screen fits 1366 pixels: availability beside the groups, then
+    // version and stock situation.
+    auto *filtros2 = new QHBoxLayout;
+    QHBoxLayout *linhaAtual = filtros;
     for (const auto &[nome, texto] : caixas) {
         if (!nome) {
-            filtros->addSpacing(12);
-            filtros->addWidget(new QLabel(QString::fromUtf8(texto)));
+            if (linhaAtual == filtros) linhaAtual = filtros2;
+            else linhaAtual->addSpacing(12);
+            linhaAtual->addWidget(new QLabel(QString::fromUtf8(texto)));
             continue;
         }
         auto *c = new QCheckBox(QString::fromUtf8(texto));
         c->setObjectName(QString("Ck") + nome);
         connect(c, &QCheckBox::toggled, this, [this] { pesquisar(); });
-        filtros->addWidget(c);
+        linhaAtual->addWidget(c);
         filtros_.insert(nome, c);
     }
     filtros->addStretch();
+    filtros2->addStretch();
+    corpo()->insertLayout(0, filtros2);
     corpo()->insertLayout(0, filtros);
 
     // A similar item opens with a double click.

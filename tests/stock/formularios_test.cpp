@@ -17,8 +17,11 @@ namespace {
 
 struct FormulariosTest : teste::ComTabs {};
 
-TEST_F(FormulariosTest, EveryMenuFormOpens)
+// Every menu item of every segment opens its form, and the form fits the main window's tab area on
+// a 1366×768 screen: none asks for more width than the screen has.
+TEST_F(FormulariosTest, EveryMenuFormOpensAndFitsTheScreen)
 {
+    constexpr int kLarguraUtil = 1366 - 24;  // the window's frame and the tab area's margins
     registrarFormulariosNucleo(QDir::tempPath());
     registrarAuxiliares();
     registrarComercial();
@@ -33,6 +36,7 @@ TEST_F(FormulariosTest, EveryMenuFormOpens)
                 std::unique_ptr<QWidget> w(criarFormulario(m.classe, nullptr));
                 ASSERT_NE(w, nullptr);
                 w->show();
+                EXPECT_LE(w->minimumSizeHint().width(), kLarguraUtil) << m.classe.toStdString();
                 abertos.insert(m.classe);
             }
     // The stock forms are among them, in the segments that keep stock.
