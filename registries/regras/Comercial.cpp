@@ -240,8 +240,10 @@ BuscaCadastro sqlBusca(const ModoCadastro &m, const QString &ordem, const QStrin
             onde << "(C.InscrMunicipal = :TEXTO)";
             r.parametros["TEXTO"] = t;
         } else if (ord == "TELEFONE" && !digitos.isEmpty()) {
-            onde << "((C.Telefone1 Like :TEXTO) or (C.Telefone2 Like :TEXTO) or (C.Telefone3 Like :TEXTO))";
-            r.parametros["TEXTO"] = "%" + digitos + "%";
+            // Digits against digits: "(31) 98765-4321" finds 31987654321; CONTAINING keeps the text
+            // within the column's size, where LIKE's "%" around a full number overflowed it.
+            onde << "((C.Telefone1 Containing :TEXTO) or (C.Telefone2 Containing :TEXTO) or (C.Telefone3 Containing :TEXTO))";
+            r.parametros["TEXTO"] = digitos;
         }
     }
 

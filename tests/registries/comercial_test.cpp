@@ -125,6 +125,7 @@ TEST_F(ComercialTest, BrowseFiltersSearchesAndHidesAdmin)
         {"", "CPF", "529.982.247-25", {}, {"ANA", "BETA LTDA"}}, {"", "CNPJ", "11.222.333/0001-81", {}, {"BETA LTDA"}},
         {"", "CÓDIGO", "77", {}, {"CARGA"}},              {"", "CÓDIGO", "sete", {}, {}},
         {"", "TELEFONE", "(44)3222", {}, {"ANA"}},        {"", "IDENTIDADE", "778", {}, {"ANA"}},
+        {"", "TELEFONE", "(44) 3222-1111", {}, {"ANA"}},  // the whole number with its area code
         {"", "INSCR. ESTADUAL", "ISENTO", {}, {"BETA LTDA"}}, {"", "INSCR. MUNICIPAL", "ISENTO", {}, {}},
     };
     for (const auto &c : casos) {
