@@ -58,9 +58,11 @@ TEST_F(TratadorErros, KnownDataErrorsGetTheirShortMessageAndNoFiles)
     } catch (...) {
         Ae1Exception();  // a catch-all in plain code reports the error being handled
     }
+    // Arithmetic past what any column holds comes from a number typed wrong.
+    Ae1Exception(std::make_exception_ptr(std::overflow_error("Valor fora do intervalo permitido")));
     EXPECT_EQ(msg.avisos, QStringList({"Data inválida!", "Valor inválido!",
                                        "Não foi possível excluir este registro pois existem registros dependentes do mesmo!",
-                                       db::mensagemPara(db::TipoErro::Conexao, {}), "Data inválida!"}));
+                                       db::mensagemPara(db::TipoErro::Conexao, {}), "Data inválida!", "Valor inválido!"}));
     EXPECT_TRUE(arquivos().isEmpty());
 }
 

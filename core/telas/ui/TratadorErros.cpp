@@ -138,6 +138,8 @@ void Ae1Exception(const std::exception_ptr &ep, QObject *sender)
         classe = "ErroBanco";
     } catch (const Recusa &r) {
         return Atencao(r.texto);  // a rule's refusal that a handler did not catch is still just a refusal
+    } catch (const std::overflow_error &) {
+        return Atencao(kValorInvalido);  // arithmetic on a value no column can hold: a number typed wrong
     } catch (const std::exception &e) {
         mensagem = QString::fromUtf8(e.what());
         classe = desmangle(typeid(e).name());
