@@ -38,7 +38,12 @@ TMain::TMain(const QString &pastaPrograma, std::function<bool()> pedirLogin, QWi
         QList<FormCadastro *> fs = w->findChildren<FormCadastro *>();
         if (auto *f = qobject_cast<FormCadastro *>(w)) fs << f;
         for (FormCadastro *f : std::as_const(fs))
-            if (f->estado() != FormCadastro::Estado::Navegando) return;
+            if (f->estado() != FormCadastro::Estado::Navegando) {
+                // What was typed is neither thrown away nor left behind unseen: the user decides.
+                abas_->setCurrentIndex(i);
+                Atencao(QStringLiteral("Salve (F10) ou cancele (Esc) o registro em edição antes de fechar esta tela."));
+                return;
+            }
         abas_->removeTab(i);
         w->deleteLater();  // a form lives as long as its tab
     });
