@@ -11,6 +11,8 @@
 #include <QComboBox>
 #include <QEvent>
 #include <QHBoxLayout>
+
+#include "ui/ComboConsulta.h"
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
@@ -157,21 +159,12 @@ TEstoque::TEstoque(QWidget *parent) : FormRegistro(declaracaoEstoque(), parent)
 
     // Filters over the browse.
     auto *filtros = new QHBoxLayout;
-    grupo_ = new QComboBox;
+    // Groups registered meanwhile (here, by F4 or elsewhere) appear when the filter is next opened.
+    grupo_ = new ComboConsulta("Select Id, Grupo From TbGrupos Order By Grupo", "(todos)");
     grupo_->setObjectName("CbGrupo");
-    subgrupo_ = new QComboBox;
+    subgrupo_ = new ComboConsulta("Select Id, Subgrupo From TbGruposSub Order By Subgrupo", "(todos)");
     subgrupo_->setObjectName("CbSubgrupo");
-    {
-        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
-        for (const auto &[cb, sql] : {std::pair{grupo_, "Select Id, Grupo From TbGrupos Order By Grupo"},
-                                      std::pair{subgrupo_, "Select Id, Subgrupo From TbGruposSub Order By Subgrupo"}}) {
-            cb->addItem("(todos)", 0);
-            db::Consulta q(t, sql);
-            q.executar();
-            while (q.proxima()) cb->addItem(q.valor(1).toString(), q.valor(0));
-            connect(cb, &QComboBox::currentIndexChanged, this, [this] { pesquisar(); });
-        }
-    }
+    for (QComboBox *cb : {grupo_, subgrupo_}) connect(cb, &QComboBox::currentIndexChanged, this, [this] { pesquisar(); });
     filtros->addWidget(new QLabel("Grupo"));
     filtros->addWidget(grupo_);
     filtros->addWidget(new QLabel("Subgrupo"));

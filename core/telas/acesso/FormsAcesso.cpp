@@ -2,6 +2,7 @@
 
 #include "ui/Dialogos.h"
 #include "acesso/FormsAcesso.h"
+#include "ui/ComboConsulta.h"
 #include "acesso/Login.h"
 
 #include "acesso/Permissoes.h"
@@ -37,7 +38,8 @@ TUsuarios::TUsuarios(QWidget *parent) : FormCadastro("TUsuarios", "Usuários", "
     senha_->setMaxLength(10);
     senha_->setEchoMode(QLineEdit::Password);
     senha_->setPlaceholderText("(em branco mantém a senha atual)");
-    nivel_ = new QComboBox;
+    // Levels created in another tab appear when the list is next opened.
+    nivel_ = new ComboConsulta("Select Id, Lpad(Nivel, 3, '0') || ' - ' || Descricao From TbNiveis Order By Nivel");
     tipo_ = new QComboBox;
     tipo_->addItem("U - Usuário", "U");
     tipo_->addItem("S - Supervisor", "S");
@@ -49,20 +51,9 @@ TUsuarios::TUsuarios(QWidget *parent) : FormCadastro("TUsuarios", "Usuários", "
     adicionarCampo("senha", "Senha", senha_);
     adicionarCampo("nivel", "Nível de acesso", nivel_);
     adicionarCampo("tipo", "Tipo de usuário", tipo_);
-    carregarNiveis();
     definirConsulta(kSqlUsuarios, {{"USUARIO", "Usuário"}, {"NOME", "Nome"}, {"APELIDO", "Apelido"},
                                    {"Z_NIVEL", "Nível"}, {"Z_DESCRICAO", "Descrição"}, {"TIPOUSUARIO", "Tipo"}},
                     {{"Usuário", "USUARIO"}, {"Nome", "NOME"}, {"Apelido", "APELIDO"}});
-}
-
-void TUsuarios::carregarNiveis()
-{
-    nivel_->clear();
-    nivel_->addItem("", 0);
-    db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
-    db::Consulta q(t, QString(kSqlNiveis) + " Order By Nivel");
-    q.executar();
-    while (q.proxima()) nivel_->addItem(QString("%1 - %2").arg(q["NIVEL"].toInt(), 3, 10, QChar('0')).arg(q["DESCRICAO"].toString()), q["ID"]);
 }
 
 void TUsuarios::limpar()
@@ -82,6 +73,7 @@ void TUsuarios::carregar(db::Transacao &t, int id)
     nome_->setText(q["NOME"].toString());
     apelido_->setText(q["APELIDO"].toString());
     senha_->clear();
+    if (nivel_->findData(q["IDNIVEL"].toInt()) < 0) nivel_->recarregar();
     nivel_->setCurrentIndex(std::max(0, nivel_->findData(q["IDNIVEL"].toInt())));
     tipo_->setCurrentIndex(std::max(0, tipo_->findData(q["TIPOUSUARIO"].toString())));
 }

@@ -29,9 +29,9 @@ protected:
     QString tabela() const override { return QStringLiteral("TBCAD"); }
 
 private:
-    void carregarNiveis();
     QLineEdit *usuario_, *nome_, *apelido_, *senha_;
-    QComboBox *nivel_, *tipo_;
+    class ComboConsulta *nivel_;
+    QComboBox *tipo_;
 };
 
 class TNiveis : public FormCadastro {

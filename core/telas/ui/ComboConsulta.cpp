@@ -22,7 +22,8 @@ QHash<QString, CadastroRapido> &rapidos()
 void registrarCadastroRapido(const QString &tabela, CadastroRapido f) { rapidos().insert(tabela.toUpper(), std::move(f)); }
 bool temCadastroRapido(const QString &tabela) { return rapidos().contains(tabela.toUpper()); }
 
-ComboConsulta::ComboConsulta(const QString &sqlLista, QWidget *parent) : QComboBox(parent), sql_(sqlLista)
+ComboConsulta::ComboConsulta(const QString &sqlLista, const QString &vazio, QWidget *parent)
+    : QComboBox(parent), sql_(sqlLista), vazio_(vazio)
 {
     static const QRegularExpression de(R"(\bFrom\s+(\w+))", QRegularExpression::CaseInsensitiveOption);
     tabela_ = de.match(sql_).captured(1).toUpper();
@@ -45,7 +46,7 @@ void ComboConsulta::recarregar()
     }
     const QSignalBlocker b(this);
     clear();
-    addItem("", QVariant());
+    addItem(vazio_, QVariant());
     for (const auto &[texto, id] : itens) addItem(texto, id);
     setCurrentIndex(std::max(0, findData(escolhido)));
     desatualizada_ = false;

@@ -12,7 +12,8 @@ namespace orb {
 class ComboConsulta : public QComboBox {
     Q_OBJECT
 public:
-    explicit ComboConsulta(const QString &sqlLista, QWidget *parent = nullptr);
+    // `vazio` is the caption of the first entry, the one with no row ("(todos)" in a filter).
+    explicit ComboConsulta(const QString &sqlLista, const QString &vazio = {}, QWidget *parent = nullptr);
     // The table the list reads (upper case), taken from the query's first "From".
     const QString &tabela() const { return tabela_; }
     bool desatualizada() const { return desatualizada_; }
@@ -28,7 +29,7 @@ protected:
 
 private:
     void atualizarSeNecessario();
-    QString sql_, tabela_;
+    QString sql_, vazio_, tabela_;
     bool desatualizada_ = false;
 };
 
