@@ -648,7 +648,7 @@ void FormCadastro::focarCampo(QWidget *w)
     if (abasEdicao_)
         for (int i = 0; i < abasEdicao_->count(); ++i)
             if (abasEdicao_->widget(i)->isAncestorOf(w)) abasEdicao_->setCurrentIndex(i);
-    w->setFocus();
+    w->setFocus(Qt::TabFocusReason);  // as Tab would: a filled field comes selected, typing replaces it
 }
 
 void FormCadastro::BtImprimirClick()
