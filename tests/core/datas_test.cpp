@@ -142,3 +142,13 @@ TEST(Datas, PhonesLaidOutAsTyped)
     EXPECT_TRUE(campoTelefone("TELREFCOM2"));
     EXPECT_FALSE(campoTelefone("CEP"));
 }
+
+// What the database's WIN1252 holds: accents and the Windows signs yes, other scripts and emoji no.
+TEST(Caracteres, TextTheDatabaseHolds)
+{
+    const struct { const char *texto; bool cabe; } casos[] = {
+        {"Ação São João º ª ç", true}, {"€ “aspas” – ™ Š œ Ÿ", true}, {"linha\tcom\ntabulação", true},
+        {"Łódź", false},               {"日本", false},                 {"\xF0\x9F\x98\x80", false},
+    };
+    for (const auto &c : casos) EXPECT_EQ(orb::cabeEmWin1252(QString::fromUtf8(c.texto)), c.cabe) << c.texto;
+}

@@ -46,10 +46,13 @@ TEST_F(EntradaTest, WrongEntriesAreToldAndNothingIsWritten)
         {"18 dígitos", "TIcms", "TBICMS", "PERCICMSO", "123456789012345678", "Valor inválido!"},
         {"19 dígitos", "TIcms", "TBICMS", "PERCICMSD", "1.234.567.890.123.456.789", "Valor inválido!"},
         {"ponto como decimal", "TIcms", "TBICMS", "PERCICMSD", "12.5", "Valor inválido!"},
+        // Told with the field's name, and the field gets the focus.
         {"emoji", "TTextos", "TBITENS", "DESCRICAO", QString::fromUtf8("Orçamento \xF0\x9F\x98\x80"),
-         "O texto informado contém caracteres que o banco de dados não aceita. Retire os símbolos especiais e tente novamente."},
+         "O texto informado no campo \"Título\" contém caracteres que o banco de dados não aceita. Retire os símbolos "
+         "especiais e tente novamente."},
         {"fora do WIN1252", "TCores", "TBCORES", "COR", QString::fromUtf8("Łódź"),
-         "O texto informado contém caracteres que o banco de dados não aceita. Retire os símbolos especiais e tente novamente."},
+         "O texto informado no campo \"Cor\" contém caracteres que o banco de dados não aceita. Retire os símbolos "
+         "especiais e tente novamente."},
     };
     for (const auto &c : casos) {
         SCOPED_TRACE(c.caso);

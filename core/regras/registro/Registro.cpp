@@ -6,6 +6,7 @@
 #include "dados/Tabs.h"
 
 #include <QRegularExpression>
+#include <QSet>
 
 #include <algorithm>
 #include <limits>
@@ -70,6 +71,29 @@ QHash<QString, QHash<QString, QString>> legendas(const QList<CampoForm> &campos)
             for (const auto &[valor, texto] : c.itens) r[c.coluna].insert(valor, texto);
     }
     return r;
+}
+
+bool cabeEmWin1252(const QString &texto)
+{
+    // Latin-1's printable range plus the 27 signs Windows puts where Latin-1 has control codes.
+    static const QSet<char16_t> extras = {0x20AC, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030,
+                                          0x0160, 0x2039, 0x0152, 0x017D, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+                                          0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x017E, 0x0178};
+    for (const QChar c : texto) {
+        const char16_t u = c.unicode();
+        if (u < 0x80 || (u >= 0xA0 && u <= 0xFF) || extras.contains(u)) continue;
+        return false;
+    }
+    return true;
+}
+
+void conferirCaracteres(const QList<CampoForm> &campos, const Valores &v)
+{
+    for (const CampoForm &c : campos) {
+        auto it = v.find(c.coluna);
+        if (it == v.end() || it->second.typeId() != QMetaType::QString || cabeEmWin1252(it->second.toString())) continue;
+        throw Recusa(db::mensagemPara(db::TipoErro::ForaDoConjunto, QString(c.rotulo).remove('&')), c.coluna);
+    }
 }
 
 bool preenchido(const QVariant &v)
@@ -224,6 +248,7 @@ void conferirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Val
 {
     const bool oferecido = id == 0 && !d.numerada.isEmpty() && renumerarOferecido(t, d.tabela, d.numerada, v);
     conferirObrigatorios(d, v);
+    conferirCaracteres(d.campos, v);
     if (!d.validar) return;
     for (int vez = 0;; ++vez) {
         try {
@@ -364,6 +389,7 @@ void conferirLinhaDetalhe(db::Transacao &t, const DetalheRegistro &d, const Valo
 {
     try {
         conferirObrigatorios(d.campos, linha);
+        conferirCaracteres(d.campos, linha);
         if (d.validar) d.validar(t, linha, outras);
     } catch (const Recusa &r) {
         // The form brings the detail's tab forward: the refusal names its table.

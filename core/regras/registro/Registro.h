@@ -100,6 +100,10 @@ QString tipoDaFoto(const QByteArray &dados);
 // The first empty required field, in screen order, stops the save.
 void conferirObrigatorios(const QList<CampoForm> &campos, const Valores &v);
 inline void conferirObrigatorios(const DeclaracaoRegistro &d, const Valores &v) { conferirObrigatorios(d.campos, v); }
+// Text the database's character set (WIN1252) cannot hold, an emoji say, refused naming its field
+// before anything is written.
+bool cabeEmWin1252(const QString &texto);
+void conferirCaracteres(const QList<CampoForm> &campos, const Valores &v);
 // The type column of each picture field, from the picture's bytes.
 void completarTiposFoto(const QList<CampoForm> &campos, Valores &v);
 // Checks and writes one record (id 0 = new) and logs it; returns its key. Without `quem`, for
