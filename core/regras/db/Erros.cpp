@@ -66,16 +66,15 @@ QString mensagemPara(TipoErro tipo, const QString &campo)
         return QStringLiteral("Não foi possível comunicar com o servidor do banco de dados. "
                               "Verifique a rede e se o servidor está ligado.");
     case TipoErro::Dependentes:
-        return QStringLiteral("Este registro não pode ser excluído ou alterado, pois existem "
-                              "registros dependentes dele.");
+        return QStringLiteral("Não foi possível excluir este registro pois existem registros dependentes do mesmo!");
     case TipoErro::Duplicado:
         return QStringLiteral("Já existe um registro com este valor%1.").arg(oCampo);
     case TipoErro::Obrigatorio:
         return QStringLiteral("O campo%1 é de preenchimento obrigatório.").arg(oCampo);
     case TipoErro::DataInvalida:
-        return QStringLiteral("Data inválida%1.").arg(oCampo);
+        return QStringLiteral("Data inválida!");
     case TipoErro::NumeroInvalido:
-        return QStringLiteral("Número inválido%1.").arg(oCampo);
+        return QStringLiteral("Valor inválido!");
     case TipoErro::Outro:
         break;
     }
