@@ -4,6 +4,7 @@
 
 #include "FormsCadastros.h"
 #include "TEstoque.h"
+#include "principal/Menus.h"
 #include "apoio/TabsTeste.h"
 #include "ui/ComboConsulta.h"
 
@@ -79,6 +80,33 @@ TEST_F(PrimeiraHora, FirstItemWithoutTheMouse)
     ASSERT_EQ(f.modelo()->rowCount(), 1);
     EXPECT_EQ(f.modelo()->valor(0, "DESCRICAO").toString(), "Caneta azul");
     EXPECT_EQ(f.modelo()->valor(0, "PRVENDAVAR").value<D>(), D("2.5"));
+}
+
+// A customer with a birth date typed as people type it, the way to it walked with Enter alone.
+TEST_F(PrimeiraHora, CustomerWithBirthDateTyped)
+{
+    registrarComercial();
+    std::unique_ptr<QWidget> w(criarFormulario("TClientes", nullptr));
+    auto *f = qobject_cast<FormCadastro *>(w.get());
+    ASSERT_NE(f, nullptr);
+    f->resize(1342, 700);
+    f->show();
+    QApplication::setActiveWindow(f);
+    f->grade()->setFocus();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(f));
+
+    QTest::keyClick(foco(), Qt::Key_F2);
+    ASSERT_EQ(foco()->objectName(), "NOME");  // the code is offered; the name is the first empty field
+    digitar("MARIA DA SILVA");
+    digitar("MARIA");
+    for (int i = 0; i < 60 && foco()->objectName() != "DATANASC"; ++i) QTest::keyClick(foco(), Qt::Key_Return);
+    ASSERT_EQ(foco()->objectName(), "DATANASC");  // on another page, brought to the front
+    digitar("15031985");
+    QTest::keyClick(foco(), Qt::Key_F10);
+    ASSERT_EQ(f->estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
+    EXPECT_EQ(foco(), f->grade());
+    db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+    EXPECT_EQ(db::escalar(t, "Select DataNasc From TbCad Where Nome = 'MARIA DA SILVA'").toDate(), QDate(1985, 3, 15));
 }
 
 } // namespace
