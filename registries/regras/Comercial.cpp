@@ -513,7 +513,9 @@ void excluirCadastro(db::Transacao &t, int id, const Sessao &atual)
         {"Select First 1 Id From TbParGlobais Where IdEmpresa = :ID",
          "Esta empresa não pode ser excluída pois a mesma esta definida como a Empresa Padrão do Sistema!"},
         {"Select First 1 Id From TbCad Where (Id = :ID) and (Usuario = 'ADMIN')", "O usuário ADMIN não pode ser excluído!"},
-        {"Select First 1 Id From TbCom Where (IdCad = :ID) and (Op = 1)",
+        // Any operation of the party counts (service orders, rentals, projects, bookings too): only
+        // contracts and purchases have words of their own below.
+        {"Select First 1 Id From TbCom Where (IdCad = :ID) and ((Op Is Null) or (Op Not In (3, 4)))",
          "Este cliente não pode ser excluído pois já existe alguma venda para o mesmo!"},
         {"Select First 1 Id From TbCom Where (IdCad = :ID) and (Op = 3)",
          "Este cliente não pode ser excluído pois já existe algum contrato para o mesmo!"},

@@ -284,6 +284,14 @@ TEST_F(ComercialTest, DeleteRefusalsInOrder)
         t.iniciar();
     }
 
+    // A service order, a rental, a project or a booking keeps the customer as a sale does.
+    for (const int op : {2, 5, 6, 8}) {
+        const int id = inserir({{"NOME", "ALVO"}, {"CL", "S"}});
+        db::executar(t, "Insert Into TbCom (Op, IdCad) Values (:OP, :ID)", {{"OP", op}, {"ID", id}});
+        EXPECT_THROW(excluirCadastro(t, id, teste::administrador(t)), Recusa) << op;
+        EXPECT_EQ(contar("Select Count(*) From TbCad Where Id = :ID", id), 1) << op;
+    }
+
     // Free of use: the record goes with every detail row.
     const int id = inserir({{"NOME", "LIVRE"}, {"CL", "S"}});
     const QStringList detalhes = {"TbCadSit", "TbCadCont", "TbCadEspec", "TbCadEmpSit", "TbCadFuncSit", "TbCadMedSit", "TbCadEquip"};
