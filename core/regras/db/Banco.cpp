@@ -4,7 +4,9 @@
 #include <ibase.h>
 
 #include <QMetaObject>
+#include <QDeadlineTimer>
 #include <QMutex>
+#include <QWaitCondition>
 #include <QRegularExpression>
 #include <cstring>
 #include <stdexcept>
@@ -942,6 +944,10 @@ void executar(Transacao &t, const QString &sql, const std::map<QString, QVariant
 struct Eventos::Callback : IEventCallbackImpl<Eventos::Callback, ThrowStatusWrapper> {
     QMutex mtx;
     Eventos *dono;
+    // While the registration waits for its first callback, that callback is handed over here.
+    bool esperando = false, temInicial = false;
+    QByteArray inicial;
+    QWaitCondition chegouInicial;
     explicit Callback(Eventos *d) : dono(d) {}
     void addRef() override {}
     int release() override { return 1; }
@@ -950,6 +956,13 @@ struct Eventos::Callback : IEventCallbackImpl<Eventos::Callback, ThrowStatusWrap
         QMutexLocker l(&mtx);
         if (!dono || !events) return;
         QByteArray b(reinterpret_cast<const char *>(events), int(length));
+        if (esperando) {
+            esperando = false;
+            temInicial = true;
+            inicial = b;
+            chegouInicial.wakeAll();
+            return;
+        }
         Eventos *d = dono;
         const void *eu = this;
         QMetaObject::invokeMethod(d, [d, b, eu] { d->chegou(b, eu); }, Qt::QueuedConnection);
@@ -967,7 +980,7 @@ Eventos::Eventos(Banco &b, const QStringList &nomes, QObject *parent)
         buf_.append(u);
         buf_.append(4, '\0');
     }
-    armar();
+    registrar();
     b_.ouvintes_.push_back(this);
 }
 
@@ -1000,6 +1013,33 @@ void Eventos::armar()
     });
 }
 
+// The first callback reports the counts at registration. Taking it here, before the caller can post
+// anything, keeps an event posted at once from arriving folded into that baseline and being lost.
+void Eventos::registrar()
+{
+    constexpr int kEsperaBaseMs = 2000;
+    {
+        QMutexLocker l(&cb_->mtx);
+        cb_->esperando = true;
+        cb_->temInicial = false;
+    }
+    QByteArray base;
+    try {
+        armar();
+        QMutexLocker l(&cb_->mtx);
+        QDeadlineTimer prazo(kEsperaBaseMs);
+        while (!cb_->temInicial && cb_->chegouInicial.wait(&cb_->mtx, prazo)) {}
+        cb_->esperando = false;
+        if (cb_->temInicial) base = cb_->inicial;
+    } catch (...) {
+        QMutexLocker l(&cb_->mtx);
+        cb_->esperando = false;
+        throw;
+    }
+    // Late: the first queued callback is taken as the baseline instead.
+    if (!base.isEmpty()) chegou(base, cb_.get());
+}
+
 void Eventos::rearmar()
 {
     // The old registration's callback may still run: it is kept, silenced, and what it queued is ignored.
@@ -1011,8 +1051,14 @@ void Eventos::rearmar()
     cb_ = std::make_unique<Callback>(this);
     if (ev_) static_cast<IEvents *>(ev_)->release();
     ev_ = nullptr;
-    primeira_ = true;  // counts start again on the new attachment
-    armar();
+    // Counts start again on the new attachment: asking from zero brings the baseline callback at once.
+    primeira_ = true;
+    for (int pos = 1; pos < buf_.size();) {
+        const int len = static_cast<unsigned char>(buf_[pos]);
+        std::memset(buf_.data() + pos + 1 + len, 0, 4);
+        pos += 1 + len + 4;
+    }
+    registrar();
 }
 
 void Eventos::chegou(const QByteArray &novo, const void *deQuem)

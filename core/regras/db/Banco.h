@@ -220,6 +220,7 @@ signals:
 private:
     friend class Banco;
     void armar();
+    void registrar();  // armar() and the baseline callback
     void rearmar();  // on a new attachment of the same Banco
     void chegou(const QByteArray &buffer, const void *deQuem);
     struct Callback;
