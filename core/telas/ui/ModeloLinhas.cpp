@@ -42,11 +42,14 @@ QVariant ModeloLinhas::data(const QModelIndex &i, int role) const
     const Valores &v = e_->linhas[i.row()].valores;
     const auto it = v.find(campo);
     const QVariant valor = it == v.end() ? QVariant() : it->second;
-    if (role == Qt::DisplayRole && preenchido(valor))
-        for (const CampoForm &c : d_.campos)
-            if (c.coluna == campo && c.tipo == CampoForm::Consulta) return legenda(c, valor);
-            else if (c.coluna == campo && (c.tipo == CampoForm::Lista || c.tipo == CampoForm::Marca))
+    if (role == Qt::DisplayRole && preenchido(valor)) {
+        for (const CampoForm &c : d_.campos) {
+            if (c.coluna != campo) continue;
+            if (c.tipo == CampoForm::Consulta) return legenda(c, valor);
+            if (c.tipo == CampoForm::Lista || c.tipo == CampoForm::Marca)
                 return legendas({c}).value(campo).value(valor.toString(), celula(valor, campo, role).toString());
+        }
+    }
     return celula(valor, campo, role);
 }
 
