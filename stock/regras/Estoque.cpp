@@ -45,19 +45,21 @@ void comporPrecoExato(Valores &v)
     for (const QString &nivel : {QStringLiteral("AT"), QStringLiteral("VAR")}) {
         const D comLucro = (custo * (um + fracao(v, "PERCLUCROMIN" + nivel))).comEscala(9);
         const D outros = fracao(v, "PERCCOM" + nivel) + fracao(v, "PERCFRETE" + nivel) + fracao(v, "PERCDESPFIN" + nivel);
-        // Percentages of 100 or more leave no price to propose.
-        if ((um - outros).sinal() > 0 && (um - imposto).sinal() > 0) {
+        // Each figure follows its formula, negative ones too; only a division by zero leaves a field empty.
+        for (const char *c : {"CUSTOOUTROS", "CUSTOTRIB", "PRVENDAMIN", "MARKUP"}) v[c + nivel] = QVariant();
+        if ((um - outros).sinal() != 0) {
             const D p = comLucro.dividir(um - outros, 9, db::Arredonda::MeioLonge);
             // IPI is added on top of the grossed-up price, computed on P and never grossed up itself.
             const D valorIpi = (p * ipi).comEscala(9);
-            const D minimo = (p.dividir(um - imposto, 9, db::Arredonda::MeioLonge) + valorIpi).comEscala(4);
             v["CUSTOOUTROS" + nivel] = var((p - comLucro).comEscala(4));
             v["CUSTOTRIB" + nivel] = var(((p * imposto).comEscala(9) + valorIpi).comEscala(4));
-            v["PRVENDAMIN" + nivel] = var(minimo);
-            v["MARKUP" + nivel] = var(custo.sinal() > 0 ? minimo.dividir(custo, 5, db::Arredonda::MeioLonge) : D::bruto(0, 5));
-        } else {
-            for (const char *c : {"CUSTOOUTROS", "CUSTOTRIB", "PRVENDAMIN", "MARKUP"}) v[c + nivel] = QVariant();
+            if ((um - imposto).sinal() != 0) {
+                const D minimo = (p.dividir(um - imposto, 9, db::Arredonda::MeioLonge) + valorIpi).comEscala(4);
+                v["PRVENDAMIN" + nivel] = var(minimo);
+                if (custo.sinal() > 0) v["MARKUP" + nivel] = var(minimo.dividir(custo, 5, db::Arredonda::MeioLonge));
+            }
         }
+        if (custo.sinal() <= 0) v["MARKUP" + nivel] = var(D::bruto(0, 5));
         // The margin is measured against the cost, not the price.
         const int escala = nivel == "AT" ? 4 : 2;
         v["PERCMC" + nivel] = var(custo.sinal() > 0

@@ -63,6 +63,34 @@ TEST(ComposicaoPreco, BothLevelsRegimesAndIpi)
     }
 }
 
+// Percentages that reach or pass 100: each figure still follows its formula, negative or not; only a
+// division by exactly zero leaves its field empty ("-" here).
+TEST(ComposicaoPreco, PercentagesOfAHundredOrMore)
+{
+    struct Caso {
+        const char *nome, *custo, *outros, *icms, *custoOutros, *custoTrib, *minimo, *markup;
+    };
+    const Caso casos[] = {
+        // Cost 100, profit 0, IPI 10; commission alone stands for the other costs, ICMS for the taxes.
+        {"impostos em 100", "100", "0", "100", "0", "110", "-", "-"},
+        {"outros em 100", "100", "100", "18", "-", "-", "-", "-"},
+        {"outros acima de 100", "100", "150", "18", "-300", "-56", "-263.9024", "-2.63902"},
+        {"impostos acima de 100", "100", "0", "120", "0", "130", "-490", "-4.9"},
+        {"custo zero e impostos em 100", "0", "0", "100", "0", "0", "-", "0"},
+    };
+    for (const Caso &c : casos) {
+        SCOPED_TRACE(c.nome);
+        Valores v = {{"CUSTO", dec(c.custo)},   {"PERCCOMAT", dec(c.outros)}, {"PERCICMS", dec(c.icms)},
+                     {"PERCIPI", dec("10")},    {"REGTRIBFEDERAL", "S"}};
+        comporPreco(v);
+        for (const auto &[coluna, esperado] : {std::pair{"CUSTOOUTROSAT", c.custoOutros}, {"CUSTOTRIBAT", c.custoTrib},
+                                                {"PRVENDAMINAT", c.minimo}, {"MARKUPAT", c.markup}}) {
+            if (QByteArray(esperado) == "-") EXPECT_FALSE(preenchido(v.at(coluna))) << coluna;
+            else EXPECT_EQ(lido(v, coluna), D(esperado)) << coluna;
+        }
+    }
+}
+
 TEST(ComposicaoPreco, CommissionTotalsLeaveTheTechnicianOut)
 {
     Valores v = {{"PERCCOMATVAT", dec("1")},  {"PERCCOMREPVAT", dec("2")},  {"PERCCOMEMPVAT", dec("0.5")}, {"PERCCOMOUTVAT", {}},
