@@ -336,8 +336,8 @@ QString clausulasSituacao(const FiltroEstoque &f)
     QStringList c;
     if (f.minimo) c << "((" + atual + " <= " + minimo + ") and (" + minimo + " > 0))";
     if (f.maximo) c << "((" + atual + " >= " + maximo + ") and (" + maximo + " > 0))";
-    // Strictly between, so that an item is in one situation only.
-    if (f.normal) c << "((" + atual + " > " + minimo + ") and (" + atual + " < " + maximo + "))";
+    // Between the two, both included: an item at its minimum is both "Mínimo" and "Normal".
+    if (f.normal) c << "((" + atual + " >= " + minimo + ") and (" + atual + " <= " + maximo + "))";
     if (f.zerado) c << "(" + atual + " <= 0)";
     return c.isEmpty() ? QString() : " and (" + c.join(" or ") + ")";
 }

@@ -347,7 +347,7 @@ TEST_F(EstoqueTest, FiltersSelectTheExpectedItems)
         {"comum", "TODOS", "", filtro({&F::comum}), "F2,F3,F4"},
         {"mínimo", "TODOS", "", filtro({&F::minimo}), "F1"},
         {"máximo", "TODOS", "", filtro({&F::maximo}), "F3"},
-        {"normal", "TODOS", "", filtro({&F::normal}), "F4"},
+        {"normal, limites incluídos", "TODOS", "", filtro({&F::normal}), "F2,F3,F4"},
         {"zerado", "TODOS", "", filtro({&F::zerado}), "F2"},
         {"mínimo ou zerado", "TODOS", "", filtro({&F::minimo, &F::zerado}), "F1,F2"},
         {"apóstrofo", "DESCRIÇÃO", "d'água", {}, "F1"},
