@@ -90,6 +90,38 @@ void CadastroBuscaNome(benchmark::State &st)
     grade(b, q.sql, q.parametros, st);
 }
 
+// Typing a name: each keystroke's first page, by the names' start, against the bare indexed select
+// of that page. "sofia l" is one person in a few hundred.
+void PisoBuscaInicioNome(benchmark::State &st)
+{
+    pagina(cadastros(), "Select C.* From TbCad C Where (C.Cl = 'S') and (Upper(C.Nome) Starting With 'SOFIA L') "
+                        "Order By C.Nome", st);
+}
+
+void CadastroBuscaInicioNome(benchmark::State &st)
+{
+    db::Banco &b = cadastros();
+    const orb::BuscaCadastro q =
+        orb::sqlBusca(orb::modoCadastro("Cl"), "NOME", "sofia l", {}, QDate(2026, 11, 22), orb::Busca::Inicio);
+    grade(b, q.sql, q.parametros, st);
+}
+
+void PisoBuscaInicioDescricao(benchmark::State &st)
+{
+    pagina(itens(int(st.range(0))), "Select I.Id, I.Codigo, I.CodigoBarras, I.Descricao, I.Un, I.Custo, I.PrVendaAt, "
+                                    "I.PrVendaVar, I.DispVenda, I.DispWeb, I.Versao, I.Aplicacao, I.IdGrupo, I.IdSubgrupo "
+                                    "From TbItens I Where (I.Tipo = 'M') and (Upper(I.Descricao) Starting With 'TORNEIRA B') "
+                                    "Order By I.Descricao", st);
+}
+
+void EstoqueBuscaInicioDescricao(benchmark::State &st)
+{
+    db::Banco &b = itens(int(st.range(0)));
+    std::map<QString, QVariant> p;
+    const QString sql = orb::sqlEstoque("DESCRIÇÃO", "torneira b", {}, p, orb::Busca::Inicio);
+    grade(b, sql, p, st);
+}
+
 void PisoPaginaEstoque(benchmark::State &st)
 {
     pagina(itens(int(st.range(0))), "Select I.Id, I.Codigo, I.CodigoBarras, I.Descricao, I.Un, I.Custo, I.PrVendaAt, "
@@ -121,6 +153,10 @@ BENCHMARK(PisoPaginaCadastro)->Unit(benchmark::kMillisecond);
 BENCHMARK(CadastroPrimeiraPagina)->Unit(benchmark::kMillisecond);
 BENCHMARK(PisoBuscaNome)->Unit(benchmark::kMillisecond);
 BENCHMARK(CadastroBuscaNome)->Unit(benchmark::kMillisecond);
+BENCHMARK(PisoBuscaInicioNome)->Unit(benchmark::kMillisecond);
+BENCHMARK(CadastroBuscaInicioNome)->Unit(benchmark::kMillisecond);
+BENCHMARK(PisoBuscaInicioDescricao)->Arg(50000)->Unit(benchmark::kMillisecond);
+BENCHMARK(EstoqueBuscaInicioDescricao)->Arg(50000)->Unit(benchmark::kMillisecond);
 BENCHMARK(PisoPaginaEstoque)->Arg(5000)->Arg(50000)->Unit(benchmark::kMillisecond);
 BENCHMARK(EstoquePrimeiraPagina)->Arg(5000)->Arg(50000)->Unit(benchmark::kMillisecond);
 BENCHMARK(EstoqueSituacaoMinimo)->Arg(5000)->Arg(50000)->Unit(benchmark::kMillisecond);
@@ -134,6 +170,8 @@ int main(int argc, char **argv)
     std::printf("\nRazões (tempo / piso medido nesta execução):\n");
     c.razao("CadastroPrimeiraPagina", "PisoPaginaCadastro");
     c.razao("CadastroBuscaNome", "PisoBuscaNome");
+    c.razao("CadastroBuscaInicioNome", "PisoBuscaInicioNome");
+    c.razao("EstoqueBuscaInicioDescricao/50000", "PisoBuscaInicioDescricao/50000");
     c.razao("EstoquePrimeiraPagina/50000", "PisoPaginaEstoque/50000");
     c.razao("EstoqueSituacaoMinimo/50000", "PisoPaginaEstoque/50000");
     // The totals over companies are per item on the page: ten times the items, the same page cost.

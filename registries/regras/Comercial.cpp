@@ -176,7 +176,7 @@ ModoCadastro modoCadastro(const QString &codigo)
 // --- Browse -------------------------------------------------------------------------------------
 
 BuscaCadastro sqlBusca(const ModoCadastro &m, const QString &ordem, const QString &textoBusca,
-                       const QList<QString> &ver, const QDate &hoje)
+                       const QList<QString> &ver, const QDate &hoje, Busca busca)
 {
     BuscaCadastro r;
     r.parametros["HOJE"] = hoje.isValid() ? hoje : QDate::currentDate();
@@ -220,6 +220,11 @@ BuscaCadastro sqlBusca(const ModoCadastro &m, const QString &ordem, const QStrin
             const int n = t.toInt(&ok);
             onde << "(C.Codigo = :CODIGO)";
             r.parametros["CODIGO"] = ok ? QVariant(n) : QVariant();  // not a number: nothing matches
+        } else if ((ord == "NOME" || ord == "RAZÃO SOCIAL" || ord == "APELIDO") && busca == Busca::Inicio) {
+            // The upper-cased names are indexed: the same people CONTAINING finds by their names' start.
+            onde << "((Upper(C.Nome) Starting With Upper(:TEXTO)) or (Upper(C.RazaoSocial) Starting With Upper(:TEXTO)) "
+                    "or (Upper(C.Apelido) Starting With Upper(:TEXTO)))";
+            r.parametros["TEXTO"] = t;
         } else if (ord == "NOME" || ord == "RAZÃO SOCIAL" || ord == "APELIDO") {
             // CONTAINING: a substring regardless of letter case, without upper-casing every row.
             onde << "((C.Nome Containing :TEXTO) or (C.RazaoSocial Containing :TEXTO) or (C.Apelido Containing :TEXTO))";

@@ -62,7 +62,7 @@ struct BuscaCadastro {
 // typed text (empty = no search clause). `ver` holds the ticked switches, by caption of kVerPapeis
 // or by flag. `hoje` decides the current situation (invalid = today's date).
 BuscaCadastro sqlBusca(const ModoCadastro &m, const QString &ordem, const QString &texto,
-                       const QList<QString> &ver = {}, const QDate &hoje = QDate());
+                       const QList<QString> &ver = {}, const QDate &hoje = QDate(), Busca busca = Busca::Trecho);
 
 // --- Messages ------------------------------------------------------------------------------------
 

@@ -226,12 +226,12 @@ TCadComerciais::TCadComerciais(const QString &modo, QWidget *parent)
 
 QCheckBox *TCadComerciais::ver(const QString &flag) const { return findChild<QCheckBox *>("Ver" + flag); }
 
-bool TCadComerciais::montarBusca(const QString &ordem, const QString &texto, QString &sql, std::map<QString, QVariant> &p)
+bool TCadComerciais::montarBusca(const QString &ordem, const QString &texto, Busca busca, QString &sql, std::map<QString, QVariant> &p)
 {
     QList<QString> marcados;
     for (QCheckBox *c : ver_)
         if (c->isChecked()) marcados << c->objectName().mid(3);
-    const BuscaCadastro b = sqlBusca(modo_, ordem.isEmpty() ? QStringLiteral("NOME") : ordem, texto, marcados, QDate::currentDate());
+    const BuscaCadastro b = sqlBusca(modo_, ordem.isEmpty() ? QStringLiteral("NOME") : ordem, texto, marcados, QDate::currentDate(), busca);
     sql = b.sql;
     p = b.parametros;
     return true;

@@ -26,7 +26,7 @@ protected:
     EdicaoDetalhes detalhesGenericos() const override;
     void apagar(db::Transacao &t, int id) override;
     QString perguntaExclusao() const override { return kPerguntaExcluirCadastro; }
-    bool montarBusca(const QString &ordem, const QString &texto, QString &sql, std::map<QString, QVariant> &p) override;
+    bool montarBusca(const QString &ordem, const QString &texto, Busca busca, QString &sql, std::map<QString, QVariant> &p) override;
     bool eventFilter(QObject *o, QEvent *e) override;
     bool confirmarCancelamento() override;
 

@@ -344,7 +344,8 @@ QString clausulasSituacao(const FiltroEstoque &f)
 
 } // namespace
 
-QString sqlEstoque(const QString &ordem, const QString &texto, const FiltroEstoque &f, std::map<QString, QVariant> &p)
+QString sqlEstoque(const QString &ordem, const QString &texto, const FiltroEstoque &f, std::map<QString, QVariant> &p,
+                   Busca busca)
 {
     // Every per-item figure is a subquery on that item's rows, evaluated only for the rows fetched
     // (or, filtering, for the rows visited in index order until the page is full): the first page
@@ -374,6 +375,8 @@ QString sqlEstoque(const QString &ordem, const QString &texto, const FiltroEstoq
     if (!t.isEmpty()) p["T"] = t;
     // CONTAINING is a case-insensitive substring match; the text goes as a parameter.
     auto contem = [&](const QString &coluna) { return coluna + " Containing :T"; };
+    // The upper-cased description is indexed: the items CONTAINING finds by the description's start.
+    const QString inicio = QStringLiteral("Upper(I.Descricao) Starting With Upper(:T)");
     if (ordem == "CÓDIGO") {
         ordenar = "I.Codigo";
         if (!t.isEmpty()) sql += " and (" + contem("I.Codigo") + ")";
@@ -381,7 +384,7 @@ QString sqlEstoque(const QString &ordem, const QString &texto, const FiltroEstoq
         ordenar = "I.CodigoBarras";
         if (!t.isEmpty()) sql += " and (" + contem("I.CodigoBarras") + ")";
     } else if (ordem == "DESCRIÇÃO") {
-        if (!t.isEmpty()) sql += " and (" + contem("I.Descricao") + ")";
+        if (!t.isEmpty()) sql += " and (" + (busca == Busca::Inicio ? inicio : contem("I.Descricao")) + ")";
     } else if (ordem == "GRUPO/SUBGRUPO") {
         ordenar = "Gr.Grupo, Sg.Subgrupo, I.Descricao";
         if (!t.isEmpty()) sql += " and ((" + contem("Gr.Grupo") + ") or (" + contem("Sg.Subgrupo") + "))";
@@ -392,6 +395,9 @@ QString sqlEstoque(const QString &ordem, const QString &texto, const FiltroEstoq
         if (!t.isEmpty())
             sql += " and Exists (Select S.Id From TbComFatItensSeriais S Join TbComFatItens Fi On (Fi.Id = S.Fk) "
                    "Join TbComItens Ci On (Ci.Id = Fi.IdItem) Where (Ci.IdItem = I.Id) and (S.Serial Containing :T))";
+    } else if (!t.isEmpty() && busca == Busca::Inicio) {
+        // TODOS while typing: the description's start or a whole code (a scanner's), all indexed.
+        sql += " and ((" + inicio + ") or (I.Codigo = :T) or (I.CodigoBarras = :T))";
     } else if (!t.isEmpty()) {
         // TODOS: any of the codes, the description or the application.
         sql += " and ((" + contem("I.Codigo") + ") or (" + contem("I.CodigoBarras") + ") or (" + contem("I.Descricao") +

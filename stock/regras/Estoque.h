@@ -72,7 +72,8 @@ inline const QStringList kOrdensEstoque = {"TODOS", "CÓDIGO", "CÓDIGO BARRAS",
                                            "SERIAL"};
 // The browse query with the per-item totals over companies and the principal company's figures,
 // the search text of an order (a substring, as a parameter) and the filters.
-QString sqlEstoque(const QString &ordem, const QString &texto, const FiltroEstoque &f, std::map<QString, QVariant> &p);
+QString sqlEstoque(const QString &ordem, const QString &texto, const FiltroEstoque &f, std::map<QString, QVariant> &p,
+                   Busca busca = Busca::Trecho);
 // Just the filter clauses, as appended to the browse query.
 QString clausulasFiltro(const FiltroEstoque &f);
 

@@ -231,9 +231,9 @@ FiltroEstoque TEstoque::filtro() const
     return f;
 }
 
-bool TEstoque::montarBusca(const QString &ordem, const QString &texto, QString &sql, std::map<QString, QVariant> &p)
+bool TEstoque::montarBusca(const QString &ordem, const QString &texto, Busca busca, QString &sql, std::map<QString, QVariant> &p)
 {
-    sql = sqlEstoque(ordem, texto, filtro(), p);
+    sql = sqlEstoque(ordem, texto, filtro(), p, busca);
     return true;
 }
 

@@ -34,7 +34,7 @@ protected:
     void apagar(db::Transacao &t, int id) override;
     bool confirmarCancelamento() override;
     void conferirOperacao(const QString &operacao, int id) override;
-    bool montarBusca(const QString &ordem, const QString &texto, QString &sql, std::map<QString, QVariant> &p) override;
+    bool montarBusca(const QString &ordem, const QString &texto, Busca busca, QString &sql, std::map<QString, QVariant> &p) override;
     bool eventFilter(QObject *o, QEvent *e) override;
 
 private:

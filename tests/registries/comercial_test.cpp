@@ -138,6 +138,31 @@ TEST_F(ComercialTest, BrowseFiltersSearchesAndHidesAdmin)
     EXPECT_EQ(listar(sqlBusca(modoCadastro("Cl"), "NOME", "", {}, kHoje.addDays(1)), true), QStringList{"ANA=I"});
 }
 
+// Typing finds names by their start (name, company name or nickname, any letter case); Enter finds
+// the text anywhere. Whoever the start finds, the substring search finds too.
+TEST_F(ComercialTest, SearchWhileTypingAndOnEnter)
+{
+    inserir({{"NOME", "Sofia Lima"}, {"CL", "S"}});
+    inserir({{"NOME", "ANA SOFIA"}, {"CL", "S"}});
+    inserir({{"NOME", "Beto"}, {"APELIDO", "sofinha"}, {"CL", "S"}});
+    inserir({{"NOME", "Ótica Central"}, {"RAZAOSOCIAL", "SOFTEX ÓTICA LTDA"}, {"CL", "S"}});
+    const struct { const char *texto; QStringList inicio, trecho; } casos[] = {
+        {"sof", {"Beto", "Sofia Lima", "Ótica Central"}, {"ANA SOFIA", "Beto", "Sofia Lima", "Ótica Central"}},
+        {"SOFIA", {"Sofia Lima"}, {"ANA SOFIA", "Sofia Lima"}},
+        {"ótica", {"Ótica Central"}, {"Ótica Central"}},
+        {"lima", {}, {"Sofia Lima"}},
+    };
+    for (const auto &c : casos) {
+        for (const auto &[busca, esperado] : {std::pair{Busca::Inicio, c.inicio}, {Busca::Trecho, c.trecho}}) {
+            QStringList achados = listar(sqlBusca(modoCadastro("Cl"), "NOME", c.texto, {}, kHoje, busca));
+            achados.sort();
+            QStringList e = esperado;
+            e.sort();
+            EXPECT_EQ(achados, e) << c.texto << (busca == Busca::Inicio ? " ao digitar" : " com Enter");
+        }
+    }
+}
+
 TEST_F(ComercialTest, CurrentSituation)
 {
     // Today's row counts, tomorrow's not yet; on one day the last typed wins.

@@ -357,6 +357,22 @@ TEST_F(EstoqueTest, FiltersSelectTheExpectedItems)
         {"todos por texto", "TODOS", "obra", {}, "F1"},
     };
     for (const auto &c : casos) EXPECT_EQ(codigos(c.ordem, c.texto, c.f), c.esperado) << c.nome;
+
+    // While typing: the description's start, or a whole code.
+    auto digitando = [&](const QString &ordem, const QString &texto) {
+        std::map<QString, QVariant> p;
+        db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+        db::Consulta q(t, sqlEstoque(ordem, texto, {}, p, Busca::Inicio));
+        for (const auto &[k, x] : p) q.bind(k, x);
+        q.executar();
+        QStringList r;
+        while (q.proxima()) r << q["CODIGO"].toString();
+        return r.join(",");
+    };
+    const struct { QString ordem, texto; const char *esperado; } inicio[] = {
+        {"DESCRIÇÃO", "mar", "F3"}, {"DESCRIÇÃO", "arte", ""}, {"TODOS", "F2", "F2"}, {"TODOS", "s", "F4"}, {"TODOS", "obra", ""},
+    };
+    for (const auto &c : inicio) EXPECT_EQ(digitando(c.ordem, c.texto), c.esperado) << c.ordem.toStdString() << "/" << c.texto.toStdString();
 }
 
 // As a cashier would: Incluir, type the item with its cost and prices and the shop's stock on the

@@ -16,6 +16,10 @@
 
 namespace orb {
 
+// A browse search while typing matches the start of the order's text through an index; Enter
+// looks for the text anywhere (a scan, the user asked for it).
+enum class Busca { Inicio, Trecho };
+
 using Valores = std::map<QString, QVariant>;  // column -> value, as the form gathered them
 
 struct CampoForm {

@@ -123,6 +123,11 @@ const QList<Mudanca> &mudancas()
         {Mudanca::CriarIndice, "TBCAD", "IDX_TBCAD_CPF", {}, "(CPF)"},
         {Mudanca::CriarIndice, "TBCAD", "IDX_TBCAD_CNPJ", {}, "(CNPJ)"},
         {Mudanca::CriarIndice, "TBCADSIT", "IDX_TBCADSIT_FK", {}, "(FK)"},
+        // A search box finds names and descriptions by their start, whatever the letter case, as they are typed.
+        {Mudanca::CriarIndice, "TBCAD", "IDX_TBCAD_NOME_MAIUSC", {}, "COMPUTED BY (UPPER(NOME))"},
+        {Mudanca::CriarIndice, "TBCAD", "IDX_TBCAD_RAZAOSOCIAL_MAIUSC", {}, "COMPUTED BY (UPPER(RAZAOSOCIAL))"},
+        {Mudanca::CriarIndice, "TBCAD", "IDX_TBCAD_APELIDO_MAIUSC", {}, "COMPUTED BY (UPPER(APELIDO))"},
+        {Mudanca::CriarIndice, "TBITENS", "IDX_TBITENS_DESCRICAO_MAIUSC", {}, "COMPUTED BY (UPPER(DESCRICAO))"},
         // The stock screen finds items by code and description and sums each item's stock rows.
         {Mudanca::CriarIndice, "TBITENS", "IDX_TBITENS_DESCRICAO", {}, "(DESCRICAO)"},
         {Mudanca::CriarIndice, "TBITENS", "IDX_TBITENS_CODIGO", {}, "(CODIGO)"},

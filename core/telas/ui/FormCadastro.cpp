@@ -109,10 +109,19 @@ FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const Q
     auto *espera = new QTimer(this);
     espera->setSingleShot(true);
     espera->setInterval(150);
-    connect(busca_, &QLineEdit::textChanged, espera, qOverload<>(&QTimer::start));
+    connect(busca_, &QLineEdit::textChanged, espera, [this, espera] {
+        modoBusca_ = Busca::Inicio;
+        espera->start();
+    });
     connect(espera, &QTimer::timeout, this, &FormCadastro::pesquisar);
     connect(ordem_, &QComboBox::currentIndexChanged, this, &FormCadastro::pesquisar);
-    connect(busca_, &QLineEdit::returnPressed, this, [this] { grade_->setFocus(); });
+    // Enter: the text anywhere in the order's column, and the grid takes the keyboard.
+    connect(busca_, &QLineEdit::returnPressed, this, [this, espera] {
+        espera->stop();
+        modoBusca_ = Busca::Trecho;
+        if (!busca_->text().trimmed().isEmpty()) pesquisar();
+        grade_->setFocus();
+    });
 
     corpo_ = new QVBoxLayout;
     layout->addLayout(corpo_, 1);
@@ -306,9 +315,10 @@ void FormCadastro::pesquisar()
 
 void FormCadastro::consultarBusca()
 {
+    const Busca busca = modoBusca_;
     QString propria;
     std::map<QString, QVariant> pp;
-    if (montarBusca(ordem_->currentText(), busca_->text().trimmed(), propria, pp)) {
+    if (montarBusca(ordem_->currentText(), busca_->text().trimmed(), busca, propria, pp)) {
         modelo_->consultar(propria, pp);
     } else if (ordens_.isEmpty()) {
         modelo_->consultar(sqlBase_);
@@ -318,7 +328,8 @@ void FormCadastro::consultarBusca()
         QString sql = "Select * From (" + sqlBase_ + ") X";
         std::map<QString, QVariant> p;
         if (!busca_->text().trimmed().isEmpty()) {
-            sql += " Where Upper(X." + campo + ") Starting With Upper(:BUSCA)";
+            sql += busca == Busca::Inicio ? " Where Upper(X." + campo + ") Starting With Upper(:BUSCA)"
+                                          : " Where X." + campo + " Containing :BUSCA";
             p["BUSCA"] = busca_->text().trimmed();
         }
         modelo_->consultar(sql + " Order By X." + campo, p);

@@ -6,6 +6,7 @@
 
 #include "acesso/Sessao.h"
 #include "db/Banco.h"
+#include "registro/Registro.h"
 #include "ui/ModeloConsulta.h"
 
 #include <QHash>
@@ -116,7 +117,8 @@ protected:
     // The widget a refusal names (a field, or a detail's grid), its tab brought forward.
     virtual QWidget *widgetDaRecusa(const QString &nome) { return campo(nome); }
     // A registry with search clauses of its own builds the whole browse query here.
-    virtual bool montarBusca(const QString &ordem, const QString &texto, QString &sql, std::map<QString, QVariant> &p)
+    virtual bool montarBusca(const QString &ordem, const QString &texto, Busca busca, QString &sql,
+                             std::map<QString, QVariant> &p)
     {
         return false;
     }
@@ -147,6 +149,7 @@ private:
     void conferirSaida(QWidget *w);
     void habilitarEdicao(bool sim);
     void consultarBusca();  // the browse query under the order and text typed
+    Busca modoBusca_ = Busca::Inicio;  // typing: the start; Enter: anywhere
     void focarCampo(QWidget *w);  // its tab page in front, then the focus
 
     QString classe_, titulo_, area_, menu_, sufixoOperacoes_;
