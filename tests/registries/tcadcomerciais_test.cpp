@@ -80,6 +80,16 @@ TEST_F(TCadComerciaisTest, CustomerRegisteredThroughTheForm)
     msg.respostas = {QMessageBox::Yes};
     f.BtCancelarClick();
     EXPECT_EQ(f.estado(), FormCadastro::Estado::Navegando);
+
+    // Typed in the search box, a surname is not a name's start; Enter looks for it anywhere.
+    auto *busca = f.findChild<QLineEdit *>("EdBusca");
+    QTest::keyClicks(busca, "souza");
+    f.pesquisar();
+    EXPECT_EQ(f.modelo()->rowCount(), 0);
+    QTest::keyClick(busca, Qt::Key_Return);
+    EXPECT_EQ(f.modelo()->rowCount(), 1);
+    f.pesquisar();  // a switch ticked afterwards keeps the search Enter chose
+    EXPECT_EQ(f.modelo()->rowCount(), 1);
 }
 
 TEST_F(TCadComerciaisTest, LegalPersonCustomerNeedsCnpjSupplierDoesNot)
