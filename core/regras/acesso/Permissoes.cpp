@@ -33,11 +33,12 @@ bool naArvore(db::Transacao &t, const Sessao &s, const QString &condicaoMenu, co
               const QString &operacao)
 {
     if (s.nivel >= 900) return true;
+    // Opening a module walks the same four tables as an operation, down to the module's operations.
     QString sql = kArvore;
-    if (!operacao.isNull()) sql += "Inner Join TbNiveisMenusModOp Nop On (Nop.Fk = Nmo.Id) ";
+    sql += "Inner Join TbNiveisMenusModOp Nop On (Nop.Fk = Nmo.Id) ";
     sql += "Where (N.Id = :NIVEL) and (" + condicaoMenu + " = :MENU) and (Nmo.Nome = :MODULO)";
     sql += operacao.isNull() ? " and (Nmo.Permitido = 'S')" : " and (Nop.Operacao = :OPERACAO) and (Nop.Permitido = 'S')";
-    db::Consulta q(t, sql);
+    db::Consulta q(t, "Select First 1 X.Id From (" + sql + ") X");
     q.bind("NIVEL", s.idNivel).bind("MENU", menu).bind("MODULO", modulo);
     if (!operacao.isNull()) q.bind("OPERACAO", operacao);
     return q.escalar().toInt() > 0;
