@@ -23,6 +23,7 @@
 #include <QFont>
 #include <QLibraryInfo>
 #include <QLocale>
+#include <QPointer>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QUrl>
@@ -137,6 +138,13 @@ int main(int argc, char *argv[])
     }
 
     orb::TSplash splash;
+    // A second start finds this copy wherever it is: a question or the login on the screen, the
+    // splash, then the main window.
+    QPointer<QWidget> janela = &splash;
+    QObject::connect(&guarda, &orb::InstanciaUnica::ativar, &app, [&janela] {
+        if (QWidget *modal = QApplication::activeModalWidget()) orb::trazerParaFrente(modal);
+        else if (janela && janela->isVisible()) orb::trazerParaFrente(janela);
+    });
     splash.show();
     splash.mostrar("Verificando atualizações...");
     splash.mostrar("Abrindo base de dados...");
@@ -189,7 +197,7 @@ int main(int argc, char *argv[])
     if (!login()) return 0;
 
     orb::TMain principal(pasta, login);
-    QObject::connect(&guarda, &orb::InstanciaUnica::ativar, &principal, [&] { orb::trazerParaFrente(&principal); });
+    janela = &principal;
     principal.FormShow();
     const int r = app.exec();
     orb::Tabs = nullptr;
