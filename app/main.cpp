@@ -153,6 +153,11 @@ int main(int argc, char *argv[])
     for (;;) {
         const db::Conexao c = conexao(o, pasta);
         try {
+            // Only a first start, with no settings yet, creates the local database; settings that
+            // name a file that is not there are a wrong path, never a reason to start an empty one.
+            if (o.banco.isEmpty() && QFileInfo::exists(pasta + "/ORBManager.ini") && esquema::arquivoLocal(c) &&
+                !QFileInfo::exists(c.banco))
+                throw db::ErroBanco(db::TipoErro::Conexao, QString("O arquivo %1 não existe.").arg(c.banco), {});
             QStringList aplicadas;
             banco = esquema::abrirAtualizado(c, aplicadas, [&](int f, int t, const QString &d) { splash.progresso(f, t, d); },
                                              [&] { splash.mostrar("Atualizando a estrutura do banco de dados..."); });
@@ -165,7 +170,10 @@ int main(int argc, char *argv[])
             return 1;
         } catch (const db::ErroBanco &e) {
             splash.hide();
-            const QString texto = "Não foi possível abrir a base de dados do servidor!\n\nErro: " + e.mensagem()
+            // The engine's own words follow ours: a wrong password, path or server each read as they are.
+            QString erro = e.mensagem();
+            if (!e.tecnico().isEmpty() && e.tecnico() != erro) erro += "\n" + e.tecnico();
+            const QString texto = "Não foi possível abrir a base de dados do servidor!\n\nErro: " + erro
                 + "\n\nDeseja abrir a configuração para ajustar o caminho do servidor e banco de dados?";
             if (!orb::Pergunta(texto, true)) return 1;
             orb::TConfig cfg(pasta);
