@@ -2,6 +2,7 @@
 
 #include "dados/Avisos.h"
 #include "schema/Criacao.h"
+#include "schema/Referencia.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>
@@ -165,6 +166,10 @@ const QList<Mudanca> &mudancas()
     // Databases made before the principal company was seeded with a situation could not save it.
     m << Mudanca{Mudanca::CarregarDados, "TBCADSIT", "GN_ORB_SIT_EMPRESA", {}, "situação da empresa principal",
                  [](Transacao &t) { situarEmpresaPrincipal(t, QDate::currentDate()); }};
+    // Municipalities, banks and CFOP codes, once per table; what the installation typed stays alone.
+    for (const QString &t : tabelasReferencia())
+        m << Mudanca{Mudanca::CarregarDados, t, marcaReferencia(t), {}, "carregar dados de referência",
+                     [t](Transacao &tr) { carregarReferencia(tr, t); }};
     return m;
     }();
     return m;
