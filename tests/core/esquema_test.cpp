@@ -168,6 +168,57 @@ TEST(Esquema, InterruptedColumnMoveIsFinishedNextTime)
     }
 }
 
+// A database made before the principal company had a situation gets one at the next start, once;
+// a company with a situation of its own keeps it as it is.
+TEST(Esquema, PrincipalCompanyWithoutSituationGetsOneOnce)
+{
+    const struct { QString propria, esperada; } casos[] = {{"", "1/A"}, {"B", "1/B"}};
+    for (const auto &c : casos) {
+        SCOPED_TRACE(c.esperada.toStdString());
+        teste::BancoTemporario bt;
+        db::Banco &b = bt.banco();
+        {
+            db::Transacao t(b);
+            db::executar(t, "delete from TBCADSIT");
+            if (!c.propria.isEmpty())
+                db::executar(t, "insert into TBCADSIT (FK, SITUACAO, DATA) select IDEMPRESA, :S, '2020-01-01' from TBPARGLOBAIS",
+                             {{"S", c.propria}});
+            db::executar(t, "drop sequence GN_ORB_SIT_EMPRESA");
+            t.commit();
+        }
+        EXPECT_TRUE(atualizar(b).contains("TBCADSIT: situação da empresa principal"));
+        EXPECT_TRUE(atualizar(b).isEmpty());
+        db::Transacao t(b);
+        EXPECT_EQ(db::escalar(t, "select count(*) || '/' || max(s.SITUACAO) from TBCADSIT s "
+                                 "join TBPARGLOBAIS p on p.IDEMPRESA = s.FK where s.DATA <= current_date").toString(), c.esperada);
+    }
+}
+
+// A data step cut short leaves neither rows nor its mark behind, and runs whole the next time.
+TEST(Esquema, DataStepIsAllOrNothing)
+{
+    teste::BancoTemporario bt;
+    db::Banco &b = bt.banco();
+    int vezes = 0;
+    const Mudanca mu{Mudanca::CarregarDados, "TBFERIADOS", "GN_ORB_TESTE", {}, "feriados", [&](db::Transacao &t) {
+        db::executar(t, "insert into TBFERIADOS (DESCRICAO) values ('Natal')");
+        if (++vezes == 1) throw std::runtime_error("interrompido");
+    }};
+    auto estado = [&] {
+        db::Transacao t(b, db::Modo::Leitura);
+        return QString("%1/%2").arg(db::escalar(t, "select count(*) from TBFERIADOS where DESCRICAO = 'Natal'").toInt())
+                               .arg(Metadados::ler(b).geradores.contains("GN_ORB_TESTE") ? "marcado" : "-");
+    };
+    Metadados m = Metadados::ler(b);
+    EXPECT_THROW(aplicar(b, m, mu), std::runtime_error);
+    EXPECT_EQ(estado(), "0/-");
+    EXPECT_TRUE(aplicar(b, m, mu));
+    EXPECT_EQ(estado(), "1/marcado");
+    m = Metadados::ler(b);
+    EXPECT_FALSE(aplicar(b, m, mu));
+    EXPECT_EQ(estado(), "1/marcado");
+}
+
 TEST(Esquema, SchemaTextParsing)
 {
     const QList<Tabela> t = lerEsquema("# comentário\nTABELA TBX\n  ID INTEIRO NOT NULL\n  N STRING5 DEFAULT 0 NOT NULL\n"

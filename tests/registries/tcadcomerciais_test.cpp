@@ -9,6 +9,7 @@
 #include "ui/Foto.h"
 #include "ui/Mensagens.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QImage>
 #include <QTableView>
@@ -188,6 +189,28 @@ namespace {
 
 // Users who edit their own record see the change in their session at once; the references and
 // the photo typed on their tabs are kept with the record.
+// Sistema → Empresas, F3, a new name, F10: the first thing a new installation asks for.
+TEST_F(TCadComerciaisTest, SeededCompanyRenamedWithTheKeys)
+{
+    TCadComerciais f("Em");
+    f.show();
+    QApplication::setActiveWindow(&f);
+    ASSERT_EQ(f.modelo()->rowCount(), 1);
+    f.grade()->setCurrentIndex(f.modelo()->index(0, 0));
+    f.grade()->setFocus();
+    QTest::keyClick(f.grade(), Qt::Key_F3);
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Alterando);
+    auto *nome = f.findChild<QLineEdit *>("NOME");
+    nome->selectAll();
+    nome->insert("Mercearia Boa Vista");
+    QTest::keyClick(nome, Qt::Key_F10);
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
+    EXPECT_TRUE(msg.avisos.isEmpty()) << msg.avisos.join(" | ").toStdString();
+    db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+    EXPECT_EQ(db::escalar(t, "select c.Nome from TbParGlobais p join TbCad c on c.Id = p.IdEmpresa").toString(),
+              "Mercearia Boa Vista");
+}
+
 TEST_F(TCadComerciaisTest, OwnRecordRefreshesTheSession)
 {
     int id = 0;

@@ -9,6 +9,7 @@
 #include "ui/Mensagens.h"
 
 #include <QLineEdit>
+#include <QTableView>
 #include <utility>
 #include <gtest/gtest.h>
 
@@ -20,10 +21,11 @@ TEST(Travamento, SecondWorkstationIsToldTheRecordIsInUse)
     teste::ServidorFirebird servidor;
     const db::Conexao c{servidor.endereco("ORBManager.fdb"), servidor.usuario(), servidor.senha()};
     esquema::criarBanco(c);
+    int taubate = 0;
     {
         auto b = db::Banco::abrir(c);
         db::Transacao t(*b);
-        db::executar(t, "insert into TbCidades (Cidade, Uf, Cep) values ('Taubaté', 'SP', '12010000')");
+        taubate = db::escalar(t, "insert into TbCidades (Cidade, Uf, Cep) values ('Taubaté', 'SP', '12010000') returning Id").toInt();
         t.commit();
     }
     TTabs tabs;  // this workstation
@@ -34,6 +36,8 @@ TEST(Travamento, SecondWorkstationIsToldTheRecordIsInUse)
     MensageiroTeste msg;
     {
         FormRegistro primeira(*registroAuxiliar("TCidades"));
+        auto escolher = [&] { primeira.grade()->setCurrentIndex(primeira.modelo()->index(primeira.modelo()->linhaDoId(taubate), 0)); };
+        escolher();
         // The other workstation is changing the same city.
         auto outra = db::Banco::abrir(c);
         db::Transacao alterando(*outra);
@@ -47,6 +51,7 @@ TEST(Travamento, SecondWorkstationIsToldTheRecordIsInUse)
         // Once the other one saves, this one edits the saved record: nothing was lost.
         alterando.commit();
         primeira.pesquisar();
+        escolher();
         primeira.BtAlterarClick();
         ASSERT_EQ(primeira.estado(), FormCadastro::Estado::Alterando);
         EXPECT_EQ(primeira.findChild<QLineEdit *>("CIDADE")->text(), "Taubaté (centro)");

@@ -2,6 +2,7 @@
 
 #include "dados/Avisos.h"
 #include "schema/Criacao.h"
+#include "schema/Referencia.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>
@@ -20,6 +21,18 @@ Mudanca coluna(const QString &t, const QString &c, const QString &d, const QStri
 }
 Mudanca novaTabela(const QString &t) { return {Mudanca::CriarTabela, t, {}, {}, {}}; }
 
+// The principal company gets an active situation when it has none: its own screen refuses to save
+// a record without a current one. Dated no later than today, so it is current at once.
+void situarEmpresaPrincipal(Transacao &t, const QDate &hoje)
+{
+    db::executar(t, "INSERT INTO TBCADSIT (FK, SITUACAO, DATA, IDRESP) "
+                    "SELECT C.ID, 'A', MINVALUE(COALESCE(CAST(C.DATACADASTRO AS DATE), :HOJE), :HOJE), "
+                    "(SELECT FIRST 1 U.ID FROM TBCAD U WHERE U.USUARIO = 'ADMIN' ORDER BY U.ID) "
+                    "FROM TBCAD C WHERE C.ID = (SELECT FIRST 1 P.IDEMPRESA FROM TBPARGLOBAIS P ORDER BY P.ID) "
+                    "AND NOT EXISTS (SELECT 1 FROM TBCADSIT S WHERE S.FK = C.ID)",
+                 {{"HOJE", hoje}});
+}
+
 } // namespace
 
 QString Mudanca::descricao() const
@@ -35,6 +48,7 @@ QString Mudanca::descricao() const
     case CriarIndice: return QString("%1: criar índice %2").arg(tabela, coluna);
     case CriarIndiceUnico: return QString("%1: criar índice único %2").arg(tabela, coluna);
     case CriarAviso: return QString("%1: criar aviso de alteração %2").arg(tabela, coluna);
+    case CarregarDados: return QString("%1: %2").arg(tabela, extra);
     }
     return {};
 }
@@ -154,6 +168,13 @@ const QList<Mudanca> &mudancas()
     };
     // Lookup tables tell every workstation, by an event of their own name, that their rows changed.
     for (const QString &t : orb::tabelasComAviso()) m << Mudanca{Mudanca::CriarAviso, t, "TG_" + t + "_AVISO", {}, {}};
+    // Databases made before the principal company was seeded with a situation could not save it.
+    m << Mudanca{Mudanca::CarregarDados, "TBCADSIT", "GN_ORB_SIT_EMPRESA", {}, "situação da empresa principal",
+                 [](Transacao &t) { situarEmpresaPrincipal(t, QDate::currentDate()); }};
+    // Municipalities, banks and CFOP codes, once per table; what the installation typed stays alone.
+    for (const QString &t : tabelasReferencia())
+        m << Mudanca{Mudanca::CarregarDados, t, marcaReferencia(t), {}, "carregar dados de referência",
+                     [t](Transacao &tr) { carregarReferencia(tr, t); }};
     return m;
     }();
     return m;
@@ -309,6 +330,8 @@ bool moverColuna(Banco &b, Metadados &m, const Mudanca &mu)
     return true;
 }
 
+} // namespace
+
 bool aplicar(Banco &b, Metadados &m, const Mudanca &mu)
 {
     switch (mu.tipo) {
@@ -375,11 +398,18 @@ bool aplicar(Banco &b, Metadados &m, const Mudanca &mu)
         ddl(b, {"CREATE SEQUENCE " + mu.tabela});
         m.geradores.insert(mu.tabela);
         return true;
+    case Mudanca::CarregarDados: {
+        if (m.geradores.contains(mu.coluna)) return false;
+        Transacao t(b);
+        mu.dados(t);
+        db::executar(t, "CREATE SEQUENCE " + mu.coluna);
+        t.commit();
+        m.geradores.insert(mu.coluna);
+        return true;
+    }
     }
     return false;
 }
-
-} // namespace
 
 QStringList atualizar(Banco &b, const Progresso &progresso)
 {
@@ -497,6 +527,7 @@ void semear(Banco &b)
         db::executar(t, "INSERT INTO TBPARGLOBAIS (RAMO, IDEMPRESA) VALUES ('CO', :EMPRESA)", {{"EMPRESA", empresa}});
     achar(t, "SELECT FIRST 1 ID FROM TBCCOR WHERE NUMERO = 'CAIXA' AND IDEMPRESA = :EMPRESA",
           "INSERT INTO TBCCOR (CONTA, NUMERO, IDEMPRESA) VALUES ('CAIXA', 'CAIXA', :EMPRESA)", {{"EMPRESA", empresa}});
+    situarEmpresaPrincipal(t, agora.date());
     t.commit();
 }
 

@@ -14,15 +14,20 @@ namespace esquema {
 
 struct Mudanca {
     enum Tipo { CriarDominio, AdicionarColuna, CriarTabela, MudarDominio, RemoverColuna, CriarRestricao, CriarSequencia, CriarIndice, CriarIndiceUnico,
-                CriarAviso };
+                CriarAviso, CarregarDados };
     Tipo tipo;
     QString tabela;     // or the domain / sequence name for CriarDominio / CriarSequencia
-    QString coluna;     // or the constraint / index / trigger name for CriarRestricao / CriarIndice / CriarAviso
+    QString coluna;     // or the constraint / index / trigger name for CriarRestricao / CriarIndice / CriarAviso;
+                        // for CarregarDados the sequence that marks the step as done
     QString dominio;    // the column's domain; for MudarDominio the new one
     QString extra;      // AdicionarColuna: fill for existing rows ("SET ..."); CriarRestricao: its definition;
                         // CriarIndice, CriarIndiceUnico: its columns ("(FK)"); a unique index waits,
                         // at every start, until the rows hold no duplicate;
-                        // MudarDominio and RemoverColuna: the domain the column had before
+                        // MudarDominio and RemoverColuna: the domain the column had before;
+                        // CarregarDados: what the rows are, for the description
+    // CarregarDados: writes the rows the table lacks. It runs once, in one transaction with the
+    // creation of its mark, so a run cut short leaves neither rows nor mark behind.
+    std::function<void(db::Transacao &)> dados;
     QString descricao() const;
 };
 
@@ -51,6 +56,9 @@ private:
 };
 
 using Progresso = std::function<void(int feito, int total, const QString &descricao)>;
+
+// Applies one change when the database lacks it; true when something was done.
+bool aplicar(db::Banco &b, Metadados &m, const Mudanca &mu);
 
 // Applies every change the database lacks; returns the descriptions of those applied.
 // Each change commits on its own; one that fails is rolled back and reported by ErroAtualizacao.

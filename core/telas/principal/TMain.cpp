@@ -18,6 +18,7 @@
 #include <QTabWidget>
 #include <QThread>
 #include <QTimer>
+#include <algorithm>
 
 namespace orb {
 
@@ -52,8 +53,14 @@ TMain::TMain(const QString &pastaPrograma, std::function<bool()> pedirLogin, QWi
     inicio_->setObjectName("TsInicio");
     inicio_->setAlignment(Qt::AlignCenter);
     inicio_->setTextFormat(Qt::RichText);
+    inicio_->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
+    connect(inicio_, &QLabel::linkActivated, this, [this](const QString &link) { abrirTela(link.section(':', 1)); });
     abas_->addTab(inicio_, "Início");
     abas_->tabBar()->setTabButton(0, QTabBar::RightSide, nullptr);  // the home page stays
+    // What was done in the other tabs shows in the first steps when the user comes back.
+    connect(abas_, &QTabWidget::currentChanged, this, [this](int i) {
+        if (isVisible() && abas_->widget(i) == inicio_) atualizarInicio();
+    });
 
     stUsuario_ = new QLabel(this);
     stEmpresa_ = new QLabel(this);
@@ -77,7 +84,8 @@ TMain::TMain(const QString &pastaPrograma, std::function<bool()> pedirLogin, QWi
     FormCreate();
 }
 
-TMain::~TMain() = default;
+// The tabs go after this object's members: none of their signals may reach it by then.
+TMain::~TMain() { abas_->disconnect(this); }
 
 void TMain::FormCreate()
 {
@@ -125,7 +133,7 @@ void TMain::FormShow()
         t.commit();
     }
     Acesso();
-    atualizarStatus();
+    atualizarInicio();
     logoff_ = false;
     showMaximized();
 }
@@ -193,6 +201,60 @@ QWidget *TMain::abrirFormulario(const QString &grupoCaption, const QString &grup
     return w;
 }
 
+namespace {
+
+// Where a screen is in this segment's menu ("Sistema → Empresas"); empty when it has none.
+QPair<const GrupoCatalogo *, const ModuloMenu *> itemDoMenu(const QList<GrupoCatalogo> &menu, const QString &classe)
+{
+    for (const GrupoCatalogo &g : menu)
+        for (const ModuloMenu &m : g.modulos)
+            if (m.classe == classe) return {&g, &m};
+    return {nullptr, nullptr};
+}
+
+} // namespace
+
+void TMain::abrirTela(const QString &classe)
+{
+    const auto [g, m] = itemDoMenu(menu_, classe);
+    if (g) abrirFormulario(legenda(g->caption), g->nome, *m);
+}
+
+QString TMain::textoPassos() const
+{
+    if (passos_.isEmpty()) return {};
+    QString linhas;
+    for (const PrimeiroPasso &p : passos_) {
+        const auto [g, m] = itemDoMenu(menu_, p.telas.value(0));
+        const QString caminho = g ? legenda(g->caption) + " → " + legenda(m->caption) : QString();
+        linhas += QString("<tr><td style='color:%1; padding-right:8px'>%2</td><td style='color:%3'>%4</td>"
+                          "<td style='padding-left:16px'><a href='tela:%5'>%6</a> <span style='color:#777'>(%7)</span></td></tr>")
+                      .arg(p.feito ? "#2e7d32" : "#555", p.feito ? "✔" : "☐", p.feito ? "#777" : "#222", p.texto.toHtmlEscaped(),
+                           p.telas.value(0), caminho.toHtmlEscaped(), p.teclas.toHtmlEscaped());
+    }
+    return "<p style='font-size:13pt; font-weight:600; margin-top:24px'>Primeiros passos</p>"
+           "<table align='center' cellspacing='4'>" + linhas + "</table>";
+}
+
+void TMain::atualizarInicio()
+{
+    passos_.clear();
+    try {
+        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+        for (PrimeiroPasso p : primeirosPassos(t)) {
+            // Only what this segment has a screen for, at the first screen its menu has.
+            const auto it = std::find_if(p.telas.begin(), p.telas.end(), [&](const QString &c) { return itemDoMenu(menu_, c).first; });
+            if (it == p.telas.end()) continue;
+            p.telas = {*it};
+            passos_ << p;
+        }
+    } catch (const db::ErroBanco &) {
+        passos_.clear();  // the home page shows without the list; the next screen tells what failed
+    }
+    if (std::all_of(passos_.begin(), passos_.end(), [](const PrimeiroPasso &p) { return p.feito; })) passos_.clear();
+    atualizarStatus();
+}
+
 void TMain::atualizarStatus()
 {
     QString empresa = par_.nome.isEmpty() ? QStringLiteral("SUA EMPRESA AQUI") : par_.nome.toHtmlEscaped();
@@ -206,7 +268,8 @@ void TMain::atualizarStatus()
                              "F2 inclui · F3 altera · F10 salva · Esc cancela · F5 exclui · Enter passa ao próximo campo</p>"
                              "%4")
                          .arg(cab, empresa, (sessao().apelido.isEmpty() ? sessao().usuario : sessao().apelido).toHtmlEscaped(),
-                              suporte.isEmpty() ? QString() : "<p style='color:#555'><b>Suporte técnico</b><br>" + suporte + "</p>"));
+                              suporte.isEmpty() ? QString() : "<p style='color:#555'><b>Suporte técnico</b><br>" + suporte + "</p>")
+                     + textoPassos());
     const Sessao &s = sessao();
     stUsuario_->setText("Usuário: " + (s.apelido.isEmpty() ? s.usuario : s.apelido));
     stEmpresa_->setText("Empresa: " + (par_.nome.isEmpty() ? QStringLiteral("SUA EMPRESA AQUI") : par_.nome));

@@ -4,6 +4,7 @@
 
 #include "acesso/Acesso.h"
 #include "principal/Parametros.h"
+#include "principal/PrimeirosPassos.h"
 
 #include <QMainWindow>
 #include <QPointer>
@@ -37,6 +38,10 @@ public:
     QWidget *abrirFormulario(const QString &grupoCaption, const QString &grupoNome, const ModuloMenu &m);
     // The worker thread exit waits for, when one runs.
     void definirTrabalhador(QThread *t) { trabalhador_ = t; }
+    // The first steps the home page lists: those this segment's menu has a screen for, none once all are done.
+    const QList<PrimeiroPasso> &passosMostrados() const { return passos_; }
+    // Reads the first steps again and redraws the home page (done whenever it is shown).
+    void atualizarInicio();
 
     QTimer *TimerAgenda = nullptr;
     QTimer *TiMonOs = nullptr;
@@ -49,6 +54,8 @@ protected:
 private:
     void montarMenu();
     void atualizarStatus();
+    void abrirTela(const QString &classe);
+    QString textoPassos() const;
     void FormClose();
     void fecharAbas();
 
@@ -59,6 +66,7 @@ private:
     QList<GrupoCatalogo> menu_;
     QTabWidget *abas_ = nullptr;
     QLabel *inicio_ = nullptr;
+    QList<PrimeiroPasso> passos_;
     QLabel *stUsuario_ = nullptr, *stEmpresa_ = nullptr, *stData_ = nullptr, *stBanco_ = nullptr, *stSuporte_ = nullptr;
     bool logoff_ = false;
     QPointer<QThread> trabalhador_;
