@@ -992,6 +992,8 @@ Eventos::~Eventos()
         QMutexLocker l(&cb->mtx);
         cb->dono = nullptr;
     }
+    // A cancelled registration may still be called, with an empty block, when the attachment ends.
+    for (auto &cb : antigos_) b_.callbacksRetirados_.push_back(std::shared_ptr<void>(std::move(cb)));
     if (ev_) {
         auto *ev = static_cast<IEvents *>(ev_);
         try {

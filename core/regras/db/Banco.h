@@ -84,6 +84,8 @@ private:
     quint64 geracao_ = 0;
     std::multimap<QByteArray, Firebird::IStatement *> preparadas_;
     std::vector<Eventos *> ouvintes_;  // armed again on a new attachment
+    // Callbacks of listeners already gone: the client library may still call them, up to the detach.
+    std::vector<std::shared_ptr<void>> callbacksRetirados_;
 };
 
 enum class Modo {
