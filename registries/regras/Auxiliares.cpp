@@ -192,7 +192,8 @@ QList<DeclaracaoRegistro> montar()
     DeclaracaoRegistro status = declararRegistro("TStatusCom", "Status das Operações", "TrStatusCom", "TBSTATUSCOM");
     status.sqlGrade = "Select S.*, E.Etapa Z_Etapa From TbStatusCom S Left Join TbEtapasCom E On (E.Id = S.Fk)";
     status.colunas = {{"Z_ETAPA", "Etapa"}, {"ORDEM", "Ordem"}, {"STATUS", "Status"}, {"OP", "Operação"}};
-    status.ordens = {{"Status", "STATUS"}, {"Etapa", "Z_ETAPA"}};
+    // Listed stage by stage, each in its own sequence.
+    status.ordens = {{"Etapa", "Z_ETAPA,ORDEM"}, {"Status", "STATUS"}};
     status.campos = {{"FK", "Etapa", C::Consulta, "Selecione a Etapa primeiro!", 0, 2, {},
                       "Select Id, Etapa || ' (' || Coalesce(Op, 0) || ')' From TbEtapasCom Order By Op, Ordem"},
                      {"OP", "Tipo de operação", C::Lista, "Defina o tipo de operação primeiro!", 0, 2,

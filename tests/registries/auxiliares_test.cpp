@@ -22,6 +22,7 @@
 #include <QTableView>
 #include <QTest>
 #include <gtest/gtest.h>
+#include <tuple>
 
 using namespace orb;
 
@@ -289,6 +290,24 @@ TEST_F(AuxiliaresTest, NavigatorMovesThroughTheGrid)
         f.navegar(passo);
         EXPECT_EQ(cidade(), esperado) << passo;
     }
+}
+
+// Statuses are listed stage by stage, each stage in its own sequence.
+TEST_F(AuxiliaresTest, StatusesListedByStageAndOrder)
+{
+    {
+        db::Transacao t(tabs.DbORB());
+        const int b = db::escalar(t, "insert into TbEtapasCom (Etapa, Op) values ('B ENTREGA', 1) returning Id").toInt();
+        const int a = db::escalar(t, "insert into TbEtapasCom (Etapa, Op) values ('A PEDIDO', 1) returning Id").toInt();
+        for (const auto &[etapa, ordem, status] : {std::tuple{b, "2", "ENTREGUE"}, {a, "1", "ABERTO"}, {b, "1", "SEPARADO"}})
+            db::executar(t, "insert into TbStatusCom (Fk, Ordem, Status, Op) values (:F, :O, :S, 1)",
+                         {{"F", etapa}, {"O", ordem}, {"S", status}});
+        t.commit();
+    }
+    FormRegistro f(*registroAuxiliar("TStatusCom"));
+    QStringList lidos;
+    for (int i = 0; i < f.modelo()->rowCount(); ++i) lidos << f.modelo()->valor(i, "STATUS").toString();
+    EXPECT_EQ(lidos, QStringList({"ABERTO", "SEPARADO", "ENTREGUE"}));
 }
 
 // A save is posted to the activity monitor: a real HTTP endpoint on 127.0.0.1 receives it.

@@ -324,7 +324,9 @@ void FormCadastro::consultarBusca()
         modelo_->consultar(sqlBase_);
     } else {
         // Only a field from the declared list goes into the text; what was typed goes as a parameter.
-        const QString campo = ordem_->currentData().toString();
+        // An order of several columns ("A,B") searches the first.
+        const QStringList colunas = ordem_->currentData().toString().split(',');
+        const QString campo = colunas.first();
         QString sql = "Select * From (" + sqlBase_ + ") X";
         std::map<QString, QVariant> p;
         if (!busca_->text().trimmed().isEmpty()) {
@@ -332,7 +334,7 @@ void FormCadastro::consultarBusca()
                                           : " Where X." + campo + " Containing :BUSCA";
             p["BUSCA"] = busca_->text().trimmed();
         }
-        modelo_->consultar(sql + " Order By X." + campo, p);
+        modelo_->consultar(sql + " Order By X." + colunas.join(", X."), p);
     }
 }
 
