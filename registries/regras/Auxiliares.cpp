@@ -173,6 +173,8 @@ QList<DeclaracaoRegistro> montar()
     funcoes.campos = {{"FUNCAO", "Função", C::Texto, "Digite o nome da Função primeiro!", 100}, {"CBO", "CBO", C::Texto, {}, 10}};
     funcoes.perguntaExclusao = "Tem certeza que deseja excluir esta Função?";
     funcoes.traco = "Função Excluída (";
+    funcoes.impedem = {{"TBFUNCOESSAL", "FK"}, {"TBCADFUNCSIT", "IDFUNCAO"}, {"TBRESPCLIENTES", "IDFUNCAO"},
+                       {"TBRESPFORNECEDORES", "IDFUNCAO"}, {"TBRESPTRANSPORTADORAS", "IDFUNCAO"}};
     funcoes.detalhes = {{"Salários por cidade", "TBFUNCOESSAL", "FK",
                          "Select F.*, C.Cidade || ' - ' || C.Uf Z_Cidade From TbFuncoesSal F "
                          "Left Join TbCidades C On (C.Id = F.IdCidade) Where F.Fk = :MESTRE Order By F.Data Desc",
@@ -222,6 +224,8 @@ QList<DeclaracaoRegistro> montar()
         };
         d.perguntaExclusao = pergunta;
         d.traco = traco;
+        // Prices, operations and bookings under the plan keep it.
+        d.impedem = {{"TBITENSFORN", "IDFORNECEDOR"}, {"TBCOMITENS", "IDCONVENIO"}, {"TBAGENDA", "IDCONVENIO"}};
         d.detalhes = {{"Preços", "TBITENSFORN", "IDFORNECEDOR",
                        "Select P.*, I.Descricao Z_Exame From TbItensForn P Left Join TbItens I On (I.Id = P.Fk) "
                        "Where P.IdFornecedor = :MESTRE Order By I.Descricao",
@@ -250,6 +254,8 @@ QList<DeclaracaoRegistro> montar()
                     {"PRVENDAVAR", "Preço", C::Decimal, {}, 0, 4}, {"DESCRICAODET", "Descrição detalhada", C::Memo}};
         d.perguntaExclusao = pergunta;
         d.traco = traco;
+        // Its prices, its composition and the operations that sold it keep it.
+        d.impedem = {{"TBITENSFORN", "FK"}, {"TBITENSCOMP", "FK"}, {"TBCOMITENS", "IDITEM"}};
         d.detalhes = {{"Preço por convênio", "TBITENSFORN", "FK",
                        "Select P.*, C.Nome Z_Convenio From TbItensForn P Left Join TbCad C On (C.Id = P.IdFornecedor) "
                        "Where P.Fk = :MESTRE Order By C.Nome",

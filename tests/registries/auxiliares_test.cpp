@@ -292,6 +292,42 @@ TEST_F(AuxiliaresTest, NavigatorMovesThroughTheGrid)
     }
 }
 
+// A function with salaries, a plan with prices, an exam in an operation: refused before the question,
+// by the routine too, and nothing goes; once the rows are gone, the deletion goes through.
+TEST_F(AuxiliaresTest, DeleteRefusedWhileRowsDependOnIt)
+{
+    const struct { const char *classe, *dependente; } casos[] = {
+        {"TFuncoes", "insert into TbFuncoesSal (Fk, Data, IdCidade) values (:ID, '2026-01-01', 1)"},
+        {"TConvenios", "insert into TbItensForn (Fk, IdFornecedor, PrUnitario) values (1, :ID, 10)"},
+        {"TExames", "insert into TbComItens (IdItem, Qtd) values (:ID, 1)"},
+    };
+    for (const auto &c : casos) {
+        SCOPED_TRACE(c.classe);
+        const DeclaracaoRegistro &d = *registroAuxiliar(c.classe);
+        int id = 0;
+        {
+            db::Transacao t(tabs.DbORB());
+            id = gravarRegistro(t, d, 0, completos(d));
+            db::executar(t, c.dependente, {{"ID", id}});
+            t.commit();
+        }
+        FormRegistro f(d);
+        f.grade()->setCurrentIndex(f.modelo()->index(f.modelo()->linhaDoId(id), 0));
+        msg.perguntas.clear();
+        msg.avisos.clear();
+        f.BtExcluirClick();
+        EXPECT_TRUE(msg.perguntas.isEmpty());
+        EXPECT_EQ(msg.avisos.value(0), kRegistrosDependentes);
+        db::Transacao t(tabs.DbORB());
+        EXPECT_THROW(excluirRegistro(t, d, id), Recusa);
+        EXPECT_EQ(db::escalar(t, "select count(*) from " + d.tabela + " where Id = :ID", {{"ID", id}}).toInt(), 1);
+        for (const auto &[tabela, coluna] : d.impedem) db::executar(t, "delete from " + tabela + " where " + coluna + " = :ID", {{"ID", id}});
+        excluirRegistro(t, d, id);
+        EXPECT_EQ(db::escalar(t, "select count(*) from " + d.tabela + " where Id = :ID", {{"ID", id}}).toInt(), 0);
+        t.rollback();
+    }
+}
+
 // Statuses are listed stage by stage, each stage in its own sequence.
 TEST_F(AuxiliaresTest, StatusesListedByStageAndOrder)
 {

@@ -292,8 +292,17 @@ Valores lerRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id)
     return v;
 }
 
+void conferirExclusao(db::Transacao &t, const DeclaracaoRegistro &d, int id)
+{
+    // Names come from the declaration, never from what was typed.
+    for (const auto &[tabela, coluna] : d.impedem)
+        if (!db::escalar(t, QString("Select First 1 1 From %1 Where %2 = :ID").arg(tabela, coluna), {{"ID", id}}).isNull())
+            throw Recusa(kRegistrosDependentes);
+}
+
 void excluirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id)
 {
+    conferirExclusao(t, d, id);
     QList<QPair<QString, QString>> detalhes = d.dependentes;
     for (const DetalheRegistro &x : d.detalhes)
         if (x.editavel() && !detalhes.contains({x.tabela, x.chave})) detalhes.append({x.tabela, x.chave});

@@ -80,7 +80,14 @@ struct DeclaracaoRegistro {
     QList<DetalheRegistro> detalhes;
     // Tables that go with a deleted record besides its editable details: (table, column holding its key).
     QList<QPair<QString, QString>> dependentes;
+    // Rows that keep the record from being deleted while they exist: (table, column holding its key).
+    QList<QPair<QString, QString>> impedem;
 };
+
+inline const QString kRegistrosDependentes =
+    QStringLiteral("Não foi possível excluir este registro pois existem registros dependentes do mesmo!");
+// Throws Recusa(kRegistrosDependentes) when a row of `impedem` still points at the record.
+void conferirExclusao(db::Transacao &t, const DeclaracaoRegistro &d, int id);
 
 // A declaration's identity: the form's class, its caption, its area transaction and its table.
 DeclaracaoRegistro declararRegistro(const QString &classe, const QString &titulo, const QString &area, const QString &tabela);

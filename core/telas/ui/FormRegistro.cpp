@@ -372,6 +372,14 @@ int FormRegistro::gravar(db::Transacao &t, int id)
     return chave;
 }
 
+// Dependent rows refuse the deletion before the question; the routine checks again as it deletes.
+void FormRegistro::conferirOperacao(const QString &operacao, int id)
+{
+    if (operacao != "Excluir" || d_.impedem.isEmpty()) return;
+    db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+    conferirExclusao(t, d_, id);
+}
+
 void FormRegistro::apagar(db::Transacao &t, int id)
 {
     excluirRegistro(t, d_, id, quem());

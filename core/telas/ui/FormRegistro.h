@@ -38,6 +38,7 @@ protected:
     // The detail rows the generic writer handles after the record (a routine may take some itself).
     virtual EdicaoDetalhes detalhesGenericos() const { return edicao_; }
     void apagar(db::Transacao &t, int id) override;
+    void conferirOperacao(const QString &operacao, int id) override;
     void conferirCampo(QWidget *w) override;
     QWidget *widgetDaRecusa(const QString &campo) override;
     void estadoMudou() override;
