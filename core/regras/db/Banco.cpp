@@ -3,11 +3,11 @@
 #include <firebird/Interface.h>
 #include <ibase.h>
 
-#include <QMetaObject>
 #include <QDeadlineTimer>
+#include <QMetaObject>
 #include <QMutex>
-#include <QWaitCondition>
 #include <QRegularExpression>
+#include <QWaitCondition>
 #include <cstring>
 #include <stdexcept>
 
@@ -969,17 +969,26 @@ struct Eventos::Callback : IEventCallbackImpl<Eventos::Callback, ThrowStatusWrap
     }
 };
 
-Eventos::Eventos(Banco &b, const QStringList &nomes, QObject *parent)
-    : QObject(parent), b_(b), nomes_(nomes), cb_(std::make_unique<Callback>(this))
+namespace {
+
+// Event parameter block: version, then per name its length, the name and a 4-byte count, all zero.
+QByteArray blocoEventos(const QStringList &nomes)
 {
-    // Event parameter block: version, then per name its length, the name and a 4-byte count.
-    buf_.append(char(1));  // EPB_version1
-    for (const QString &n : nomes_) {
+    QByteArray b(1, char(1));  // EPB_version1
+    for (const QString &n : nomes) {
         const QByteArray u = n.toUtf8();
-        buf_.append(char(u.size()));
-        buf_.append(u);
-        buf_.append(4, '\0');
+        b.append(char(u.size()));
+        b.append(u);
+        b.append(4, '\0');
     }
+    return b;
+}
+
+} // namespace
+
+Eventos::Eventos(Banco &b, const QStringList &nomes, QObject *parent)
+    : QObject(parent), b_(b), nomes_(nomes), buf_(blocoEventos(nomes)), cb_(std::make_unique<Callback>(this))
+{
     registrar();
     b_.ouvintes_.push_back(this);
 }
@@ -1055,11 +1064,7 @@ void Eventos::rearmar()
     ev_ = nullptr;
     // Counts start again on the new attachment: asking from zero brings the baseline callback at once.
     primeira_ = true;
-    for (int pos = 1; pos < buf_.size();) {
-        const int len = static_cast<unsigned char>(buf_[pos]);
-        std::memset(buf_.data() + pos + 1 + len, 0, 4);
-        pos += 1 + len + 4;
-    }
+    buf_ = blocoEventos(nomes_);
     registrar();
 }
 

@@ -228,7 +228,7 @@ private:
     struct Callback;
     Banco &b_;
     QStringList nomes_;
-    QByteArray buf_, contagem_;
+    QByteArray buf_;
     std::unique_ptr<Callback> cb_;
     std::vector<std::unique_ptr<Callback>> antigos_;  // of dead attachments; may still be called
     void *ev_ = nullptr;  // Firebird::IEvents*

@@ -10,9 +10,6 @@ namespace orb {
 
 namespace {
 
-// The name a new installation gives its principal company until someone types the real one.
-const QString kEmpresaSemNome = QStringLiteral("SUA EMPRESA AQUI");
-
 bool existe(db::Transacao &t, const QString &sql) { return !db::escalar(t, sql).isNull(); }
 
 // The strong hash is slow on purpose, and the home page asks at every visit: the answer for one
@@ -35,6 +32,7 @@ bool senhaInicial(const QString &hash, const QString &md5)
 
 QList<PrimeiroPasso> primeirosPassos(db::Transacao &t)
 {
+    const QString semNome = QLatin1String(esquema::kEmpresaNaoPreenchida);
     const QString empresa =
         db::escalar(t, "Select First 1 C.Nome From TbParGlobais P Join TbCad C On (C.Id = P.IdEmpresa) Order By P.Id")
             .toString().trimmed();
@@ -48,9 +46,9 @@ QList<PrimeiroPasso> primeirosPassos(db::Transacao &t)
     }
 
     return {
-        {"empresa", QStringLiteral("Coloque o nome da sua empresa no lugar de \"%1\"").arg(kEmpresaSemNome), {"TEmpresas"},
+        {"empresa", QStringLiteral("Coloque o nome da sua empresa no lugar de \"%1\"").arg(semNome), {"TEmpresas"},
          QStringLiteral("F3 altera, F10 salva"),
-         !empresa.isEmpty() && empresa.compare(kEmpresaSemNome, Qt::CaseInsensitive) != 0},
+         !empresa.isEmpty() && empresa.compare(semNome, Qt::CaseInsensitive) != 0},
         {"senha", QStringLiteral("Troque a senha inicial do ADMIN"), {"TUsuarios"},
          QStringLiteral("escolha o ADMIN, F3, digite a senha nova, F10"), !inicial},
         {"usuario", QStringLiteral("Cadastre um usuário para cada pessoa que vai usar o programa"), {"TUsuarios"},

@@ -514,7 +514,7 @@ void semear(Banco &b)
         empresa = achar(t, "SELECT FIRST 1 ID FROM TBCAD WHERE CODIGO = 1 AND EM = 'S' ORDER BY ID",
                         "INSERT INTO TBCAD (CODIGO, NOME, RAZAOSOCIAL, APELIDO, PESSOA, EM, DATACADASTRO) "
                         "VALUES (1, :NOME, :NOME, :APELIDO, 'J', 'S', :AGORA)",
-                        {{"NOME", "SUA EMPRESA AQUI"}, {"APELIDO", "SUA EMPRESA"}, {"AGORA", agora}});
+                        {{"NOME", kEmpresaNaoPreenchida}, {"APELIDO", "SUA EMPRESA"}, {"AGORA", agora}});
     const QVariant nivel = achar(t, "SELECT FIRST 1 ID FROM TBNIVEIS WHERE NIVEL = 999 ORDER BY ID",
                                  "INSERT INTO TBNIVEIS (NIVEL, DESCRICAO) VALUES (999, :DESCRICAO)",
                                  {{"DESCRICAO", "ADMINISTRADOR"}});

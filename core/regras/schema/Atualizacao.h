@@ -77,5 +77,7 @@ void semear(db::Banco &b);
 
 // First password of the ADMIN user of a new installation.
 inline constexpr const char *kSenhaInicialAdmin = "admin";
+// The name a new installation gives its principal company until the user fills it in.
+inline constexpr const char *kEmpresaNaoPreenchida = "SUA EMPRESA AQUI";
 
 } // namespace esquema

@@ -1,5 +1,7 @@
 #include "principal/Parametros.h"
 
+#include "schema/Atualizacao.h"
+
 namespace orb {
 
 QColor corDoBanco(const QVariant &v)
@@ -43,7 +45,7 @@ ParametrosGlobais lerParametros(db::Transacao &t)
     p.dataAtual = q["DATAATUAL"].toDate();
     p.idEmpresa = q["IDEMPRESA"].toInt();
     // A principal company not filled in yet lends none of its values.
-    if (s("NOME").trimmed() != QLatin1String(kEmpresaNaoPreenchida)) {
+    if (s("NOME").trimmed() != QLatin1String(esquema::kEmpresaNaoPreenchida)) {
         p.nome = s("NOME");
         p.idCidade = q["IDCIDADE"].toInt();
         p.cidade = s("CIDADE");

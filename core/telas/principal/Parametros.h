@@ -22,9 +22,6 @@ struct ParametrosGlobais {
     int idEmpresa = 0;
 };
 
-// The name a new installation gives its principal company until the user fills it in.
-inline constexpr const char *kEmpresaNaoPreenchida = "SUA EMPRESA AQUI";
-
 // One row of TbParGlobais with its principal company; defaults when the table is empty.
 ParametrosGlobais lerParametros(db::Transacao &t);
 

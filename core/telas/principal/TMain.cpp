@@ -5,6 +5,7 @@
 #include "principal/ClinicaPadrao.h"
 #include "principal/Menus.h"
 #include "principal/TConfig.h"
+#include "schema/Atualizacao.h"
 #include "ui/Cores.h"
 #include "ui/FormCadastro.h"
 #include "ui/Mensagens.h"
@@ -257,7 +258,7 @@ void TMain::atualizarInicio()
 
 void TMain::atualizarStatus()
 {
-    QString empresa = par_.nome.isEmpty() ? QStringLiteral("SUA EMPRESA AQUI") : par_.nome.toHtmlEscaped();
+    QString empresa = par_.nome.isEmpty() ? QString(esquema::kEmpresaNaoPreenchida) : par_.nome.toHtmlEscaped();
     QString suporte;
     for (const QString &x : {par_.supNome, par_.supTel, par_.supWhatsapp, par_.supEmail, par_.supSite})
         if (!x.isEmpty()) suporte += x.toHtmlEscaped() + "<br>";
@@ -272,7 +273,7 @@ void TMain::atualizarStatus()
                      + textoPassos());
     const Sessao &s = sessao();
     stUsuario_->setText("Usuário: " + (s.apelido.isEmpty() ? s.usuario : s.apelido));
-    stEmpresa_->setText("Empresa: " + (par_.nome.isEmpty() ? QStringLiteral("SUA EMPRESA AQUI") : par_.nome));
+    stEmpresa_->setText("Empresa: " + (par_.nome.isEmpty() ? QString(esquema::kEmpresaNaoPreenchida) : par_.nome));
     stData_->setText("Data: " + QDate::currentDate().toString("dd/MM/yyyy"));
     stBanco_->setText("Banco de dados: " + Tabs->DbORB().conexao().banco);
     QStringList sup;

@@ -315,10 +315,9 @@ void FormCadastro::pesquisar()
 
 void FormCadastro::consultarBusca()
 {
-    const Busca busca = modoBusca_;
     QString propria;
     std::map<QString, QVariant> pp;
-    if (montarBusca(ordem_->currentText(), busca_->text().trimmed(), busca, propria, pp)) {
+    if (montarBusca(ordem_->currentText(), busca_->text().trimmed(), modoBusca_, propria, pp)) {
         modelo_->consultar(propria, pp);
     } else if (ordens_.isEmpty()) {
         modelo_->consultar(sqlBase_);
@@ -330,7 +329,7 @@ void FormCadastro::consultarBusca()
         QString sql = "Select * From (" + sqlBase_ + ") X";
         std::map<QString, QVariant> p;
         if (!busca_->text().trimmed().isEmpty()) {
-            sql += busca == Busca::Inicio ? " Where Upper(X." + campo + ") Starting With Upper(:BUSCA)"
+            sql += modoBusca_ == Busca::Inicio ? " Where Upper(X." + campo + ") Starting With Upper(:BUSCA)"
                                           : " Where X." + campo + " Containing :BUSCA";
             p["BUSCA"] = busca_->text().trimmed();
         }
