@@ -167,6 +167,45 @@ QList<DeclaracaoRegistro> montar()
     r << simples("TIntegrantes", "Integrantes", "TBINTEGRANTES", "INTEGRANTE", "Integrante", 30,
                  "Digite o nome do integrante primeiro!");
 
+    // Clothing rentals. The types' table has no ID of its own: its code is the key.
+    DeclaracaoRegistro tipos = simples("TTiposRoupas", "Tipos de Roupas", "TBTIPOSROUPAS", "TIPO", "Tipo", 20,
+                                       "Digite o tipo da roupa primeiro!", true);
+    tipos.chave = QStringLiteral("CODIGO");
+    tipos.sqlGrade = QStringLiteral("Select T.*, T.Codigo Id From TbTiposRoupas T");
+    tipos.colunas = {{"CODIGO", "Código"}, {"TIPO", "Tipo"}};
+    tipos.perguntaExclusao = "Tem certeza que deseja excluir este Tipo de Roupa?";
+    tipos.traco = "Tipo de Roupa Excluído (";
+    r << tipos;
+
+    DeclaracaoRegistro aces = simples("TAcessorios", "Acessórios", "TBACESSORIOS", "DESCRICAO", "Descrição", 20,
+                                      "Digite a descrição do acessório primeiro!", true);
+    aces.colunas = {{"CODIGO", "Código"}, {"DESCRICAO", "Descrição"}, {"SEXO", "Sexo"}, {"PRALUGUEL", "Aluguel"},
+                    {"PRVENDA", "Venda"}, {"ESTATUAL", "Estoque"}, {"DISPONIVEL", "Disponível"}};
+    aces.ordens = {{"Descrição", "DESCRICAO"}, {"Código", "CODIGO"}};
+    aces.campos << CampoForm{"SEXO", "Sexo", C::Lista, {}, 0, 2, {{"M", "Masculino"}, {"F", "Feminino"}, {"U", "Unissex"}}}
+                << CampoForm{"PRALUGUEL", "Preço de aluguel", C::Decimal}
+                << CampoForm{"PRVENDA", "Preço de venda", C::Decimal}
+                << CampoForm{"ESTATUAL", "Estoque atual", C::Inteiro}
+                << CampoForm{"ESTDISPONIVEL", "Estoque disponível", C::Inteiro}
+                << CampoForm{"DISPONIVEL", "Disponível", C::Marca}
+                << CampoForm{"FOTO1", "Foto", C::Foto, {}, 0, 2, {}, {}, {}, {}, false, "TIPOFOTO1"};
+    aces.perguntaExclusao = "Tem certeza que deseja excluir este Acessório?";
+    aces.traco = "Acessório Excluído (";
+    r << aces;
+
+    // Which garment is taken by which contract, and when: looked up, never edited here.
+    DeclaracaoRegistro reservas = declararRegistro("TConsReservas", "Consulta de Reservas", "TrConsReservas", "TBROUPASALUGUEIS");
+    reservas.sqlGrade = QStringLiteral(
+        "Select R.Id, R.Codigo, R.Roupa, A.Codigo Z_Contrato, C.Nome Z_Cliente, A.DataProva1, A.DataEntrega, "
+        "A.DataCasamento, A.DataDevolucao, A.Status "
+        "From TbRoupasAlugueis R Inner Join TbAlugueis A On (A.Codigo = Cast(R.Aluguel As VarChar(10))) "
+        "Left Join TbCad C On (C.Id = A.CodCliente)");
+    reservas.colunas = {{"CODIGO", "Código"}, {"ROUPA", "Roupa"}, {"Z_CONTRATO", "Contrato"}, {"Z_CLIENTE", "Cliente"},
+                        {"DATAPROVA1", "Prova"}, {"DATAENTREGA", "Entrega"}, {"DATACASAMENTO", "Evento"},
+                        {"DATADEVOLUCAO", "Devolução"}, {"STATUS", "Situação"}};
+    reservas.ordens = {{"Roupa", "ROUPA"}, {"Código", "CODIGO"}, {"Cliente", "Z_CLIENTE"}, {"Data do evento", "DATACASAMENTO"}};
+    r << reservas;
+
     DeclaracaoRegistro funcoes = declararRegistro("TFuncoes", "Funções", "TrFuncoes", "TBFUNCOES");
     funcoes.colunas = {{"FUNCAO", "Função"}, {"CBO", "CBO"}};
     funcoes.ordens = {{"Função", "FUNCAO"}};
@@ -222,10 +261,24 @@ QList<DeclaracaoRegistro> montar()
             v["APELIDO"] = v["NOME"].toString().left(20);
             v["RAZAOSOCIAL"] = v["NOME"];
         };
+        // Numbered with every other party, and the code unique among them all.
+        d.numerada = QStringLiteral("CODIGO");
+        d.validar = [](db::Transacao &t, int id, const Valores &v) {
+            if (!db::escalar(t, "Select First 1 Id From TbCad Where (Codigo = :C) and (Id <> :ID)",
+                             {{"C", v.at("CODIGO")}, {"ID", id}}).isNull())
+                throw Recusa(QStringLiteral("Código já existente!"), "CODIGO");
+        };
+        // Like every party, it starts active, so other screens find it current.
+        d.gravado = [](db::Transacao &t, int id, bool novo) {
+            if (!novo) return;
+            db::executar(t, "Insert Into TbCadSit (Fk, Situacao, Data, IdResp) Values (:FK, 'A', Current_Date, :RESP)",
+                         {{"FK", id}, {"RESP", sessao().idUsuario ? QVariant(sessao().idUsuario) : QVariant()}});
+        };
         d.perguntaExclusao = pergunta;
         d.traco = traco;
         // Prices, operations and bookings under the plan keep it.
         d.impedem = {{"TBITENSFORN", "IDFORNECEDOR"}, {"TBCOMITENS", "IDCONVENIO"}, {"TBAGENDA", "IDCONVENIO"}};
+        d.dependentes = {{"TBCADSIT", "FK"}};
         d.detalhes = {{"Preços", "TBITENSFORN", "IDFORNECEDOR",
                        "Select P.*, I.Descricao Z_Exame From TbItensForn P Left Join TbItens I On (I.Id = P.Fk) "
                        "Where P.IdFornecedor = :MESTRE Order By I.Descricao",

@@ -431,7 +431,7 @@ int salvarCadastro(db::Transacao &t, int id, Valores v, const ModoCadastro &m, c
     if (marcado(ef, "US")) {
         const QString login = texto(ef, "USUARIO").toUpper();
         if (login.isEmpty() || (novaSenha.isEmpty() && texto(guardado, "SENHA").isEmpty() && texto(guardado, "SENHAHASH").isEmpty()))
-            throw Recusa(kDefinaUsuarioSenha, login.isEmpty() ? "USUARIO" : "SENHA");
+            throw Recusa(kDefinaUsuarioSenha, login.isEmpty() ? QStringLiteral("USUARIO") : kNovaSenha);
         // Administrators only by administrators; supervisors by supervisors too; the installation's
         // own type ("D") only by itself, as the user accounts routine has it.
         const QString tipo = texto(ef, "TIPOUSUARIO").toUpper();
@@ -440,9 +440,9 @@ int salvarCadastro(db::Transacao &t, int id, Valores v, const ModoCadastro &m, c
         const bool podeS = podeA || quem == "S";
         if ((tipo == "A" && !podeA) || (tipo == "S" && !podeS) || (tipo == "D" && quem != "D"))
             throw Recusa(kSemPermissaoTipoUsuario, "TIPOUSUARIO");
-        if (novaSenha.size() > kTamanhoSenha) throw Recusa(kSenhaMaxima, "SENHA");
-        if (!novaSenha.isEmpty() && novaSenha.size() < kTamanhoMinimoSenha) throw Recusa(kSenhaCurta, "SENHA");
-        if (novaSenhaWeb.size() > kTamanhoSenha) throw Recusa(kSenhaMaxima, "SENHAWEB");
+        if (novaSenha.size() > kTamanhoSenha) throw Recusa(kSenhaMaxima, kNovaSenha);
+        if (!novaSenha.isEmpty() && novaSenha.size() < kTamanhoMinimoSenha) throw Recusa(kSenhaCurta, kNovaSenha);
+        if (novaSenhaWeb.size() > kTamanhoSenha) throw Recusa(kSenhaMaxima, kNovaSenhaWeb);
         if (!db::escalar(t, "Select First 1 Id From TbCad Where (Us = 'S') and (Upper(Usuario) = :U) and (Id <> :ID)",
                          {{"U", login}, {"ID", novo ? 0 : id}}).isNull())
             throw Recusa(kUsuarioRepetido, "USUARIO");

@@ -55,6 +55,10 @@ DeclaracaoRegistro declaracaoComercial(const ModoCadastro &m)
         {"CPF", "CPF", C::Texto, {}, 11, 2, {}, {}, "999.999.999-99;_", pessoal},
         {"TIPOID", "Documento", C::Lista, {}, 0, 2, {{"RG", "RG"}, {"CRV", "CRV"}, {"NIT", "NIT"}, {"CREA", "CREA"}, {"CRM", "CRM"}}, {}, {}, pessoal},
         {"NUMID", "Número do documento", C::Texto, {}, 20, 2, {}, {}, {}, pessoal},
+        {"CTPS", "CTPS (funcionário)", C::Inteiro, {}, 0, 2, {}, {}, {}, pessoal},
+        {"SERIECTPS", "Série da CTPS", C::Inteiro, {}, 0, 2, {}, {}, {}, pessoal},
+        {"UFCTPS", "UF da CTPS", C::Texto, {}, 2, 2, {}, {}, ">AA;_", pessoal},
+        {"PIS", "PIS", C::Texto, {}, 15, 2, {}, {}, {}, pessoal},
         {"DATANASC", "Nascimento", C::Data, {}, 0, 2, {}, {}, {}, pessoal},
         {"SEXO", "Sexo", C::Lista, {}, 0, 2, {{"M", "Masculino"}, {"F", "Feminino"}}, {}, {}, pessoal},
         {"ESTADOCIVIL", "Estado civil", C::Lista, {}, 0, 2,
@@ -87,6 +91,7 @@ DeclaracaoRegistro declaracaoComercial(const ModoCadastro &m)
         {"US", "Usuário do sistema", C::Marca, {}, 0, 2, {}, {}, {}, acesso},
         {"USUARIO", "Nome de usuário", C::Texto, {}, 20, 2, {}, {}, {}, acesso},
         {kNovaSenha, "Senha (em branco mantém a atual)", C::Texto, {}, 10, 2, {}, {}, {}, acesso},
+        {kNovaSenhaWeb, "Senha web (em branco mantém a atual)", C::Texto, {}, 10, 2, {}, {}, {}, acesso},
         {"IDNIVEL", "Nível de acesso", C::Consulta, {}, 0, 2, {}, "Select Id, Nivel || ' - ' || Descricao From TbNiveis Order By Nivel", {}, acesso},
         {"TIPOUSUARIO", "Tipo de usuário", C::Lista, {}, 0, 2, {{"U", "U - Usuário"}, {"S", "S - Supervisor"}, {"A", "A - Administrador"}}, {}, {}, acesso},
         {"OBSERVACOES", "Observações", C::Memo, {}, 0, 2, {}, {}, {}, obs},
@@ -100,7 +105,7 @@ DeclaracaoRegistro declaracaoComercial(const ModoCadastro &m)
         d.campos.append({"CONTATOREFCOM" + n, "Contato", C::Texto, {}, 20, 2, {}, {}, {}, referencias});
     }
     for (CampoForm &c : d.campos)
-        if (c.coluna == kNovaSenha) c.transitorio = c.senha = true;
+        if (c.coluna == kNovaSenha || c.coluna == kNovaSenhaWeb) c.transitorio = c.senha = true;
     // The role boxes: which kinds of party this record is.
     const QList<QPair<QString, QString>> papeis = {{"CL", "Cliente"}, {"FO", "Fornecedor"}, {"TR", "Transportadora"},
                                                    {"RE", "Vendedor"}, {"FU", "Funcionário"}, {"EM", "Empresa"},
@@ -109,10 +114,16 @@ DeclaracaoRegistro declaracaoComercial(const ModoCadastro &m)
     d.detalhes = {
         {"Situação", "TBCADSIT", "FK",
          "Select S.*, R.Apelido Z_Resp From TbCadSit S Left Join TbCad R On (R.Id = S.IdResp) Where S.Fk = :MESTRE Order By S.Data Desc",
-         {{"DATA", "Data"}, {"SITUACAO", "Situação"}, {"MOTIVO", "Motivo"}, {"LIMCREDITO", "Limite de crédito"}, {"Z_RESP", "Responsável"}},
+         {{"DATA", "Data"}, {"SITUACAO", "Situação"}, {"MOTIVO", "Motivo"}, {"IDREP", "Vendedor"}, {"PERCCOMVVAR", "Com. vendas %"},
+          {"PERCCOMSVAR", "Com. serviços %"}, {"LIMCREDITO", "Limite de crédito"}, {"Z_RESP", "Responsável"}},
          {{"DATA", "Data", C::Data, "Digite a data da situação primeiro!"},
           {"SITUACAO", "Situação", C::Lista, "Defina a situação primeiro!", 0, 2, {{"A", "A - Ativo"}, {"B", "B - Bloqueado"}, {"I", "I - Inativo"}}},
           {"MOTIVO", "Motivo", C::Texto, {}, 50},
+          {"IDREP", "Vendedor (representante)", C::Consulta, {}, 0, 2, {}, "Select Id, Nome From TbCad Where Re = 'S' Order By Nome"},
+          {"PERCCOMVAT", "Comissão sobre vendas no atacado %", C::Decimal},
+          {"PERCCOMVVAR", "Comissão sobre vendas no varejo %", C::Decimal},
+          {"PERCCOMSAT", "Comissão sobre serviços no atacado %", C::Decimal},
+          {"PERCCOMSVAR", "Comissão sobre serviços no varejo %", C::Decimal},
           {"LIMCREDITO", "Limite de crédito", C::Decimal}},
          "Tem certeza que deseja excluir esta Situação?"},
         {"Contatos", "TBCADCONT", "FK", "Select * From TbCadCont Where Fk = :MESTRE Order By Nome",
@@ -355,6 +366,7 @@ int TCadComerciais::gravarCabecalho(db::Transacao &t, int id)
                                          QDate::currentDate(), agenda);
         // Users editing their own record see their new name and level at once.
         if (salvo == sessao().idUsuario) atualizarSessao(t, sessao());
+        if (id == 0) Tabs->Deb("Novo Cadastro (" + QString::number(salvo) + ")");
         return salvo;
     } catch (const RecusaCampos &r) {
         // Every failing field is painted; the message lists them all.
@@ -390,13 +402,14 @@ void registrarComercial()
 {
     const QList<QPair<QString, QString>> formas = {{"TCadComerciais", ""},   {"TClientes", "Cl"},     {"TFornecedores", "Fo"},
                                                    {"TTransportadoras", "Tr"}, {"TFuncionarios", "Fu"}, {"TProprietarios", "Pr"},
-                                                   {"TEmpresas", "Em"},        {"TMedicos", "Md"},      {"TEspecialistas", "Es"}};
+                                                   {"TEmpresas", "Em"},        {"TMedicos", "Md"},      {"TEspecialistas", "Es"},
+                                                   {"TMembros", "Me"}};
     for (const auto &[classe, modo] : formas)
         registrarFormulario(classe, [modo = modo, classe = classe](QWidget *p) {
             auto *f = new TCadComerciais(modo, p);
             f->setObjectName(classe);
             return f;
-        });
+        }, kSemAcessoVisualizacao);
 }
 
 } // namespace orb

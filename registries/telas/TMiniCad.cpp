@@ -6,6 +6,7 @@
 #include "ui/Mensagens.h"
 #include "ui/TratadorErros.h"
 
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QEvent>
 #include <QFormLayout>
@@ -22,6 +23,7 @@ TMiniCad::TMiniCad(QWidget *parent) : QDialog(parent)
     campos_ = {{"NOME", "Nome", C::Texto, {}, 50},
                {"PESSOA", "Pessoa", C::Lista, {}, 0, 2, {{"F", "Física"}, {"J", "Jurídica"}}},
                {"CPF", "CPF", C::Texto, {}, 11, 2, {}, {}, "999.999.999-99;_"},
+               {"CNPJ", "CNPJ", C::Texto, {}, 14, 2, {}, {}, "99.999.999/9999-99;_"},
                {"SEXO", "Sexo", C::Lista, {}, 0, 2, {{"M", "Masculino"}, {"F", "Feminino"}}},
                {"TELEFONE1", "Telefone", C::Texto, {}, 11, 2},
                {"CEP", "CEP", C::Texto, {}, 8, 2, {}, {}, "99999-999;_"},
@@ -36,6 +38,16 @@ TMiniCad::TMiniCad(QWidget *parent) : QDialog(parent)
     definir("PESSOA", "F");
     definir("SEXO", "M");
     campo("CPF")->installEventFilter(this);
+    campo("CNPJ")->installEventFilter(this);
+    // A natural person has a CPF and a sex, a legal person a CNPJ.
+    auto pessoaMudou = [this, f] {
+        const bool juridica = lerWidgetCampo(campos_[1], campo("PESSOA")).toString() == "J";
+        f->setRowVisible(campo("CPF"), !juridica);
+        f->setRowVisible(campo("SEXO"), !juridica);
+        f->setRowVisible(campo("CNPJ"), juridica);
+    };
+    connect(static_cast<QComboBox *>(campo("PESSOA")), &QComboBox::currentIndexChanged, this, pessoaMudou);
+    pessoaMudou();
     f->addRow(botoesSalvarCancelar(this, [this] { BtSalvarClick(); }));
 }
 
@@ -45,6 +57,7 @@ void TMiniCad::definir(const QString &coluna, const QVariant &v) { escreverWidge
 bool TMiniCad::eventFilter(QObject *o, QEvent *e)
 {
     if (e->type() == QEvent::FocusOut && o == campo("CPF")) conferirCpf();
+    if (e->type() == QEvent::FocusOut && o == campo("CNPJ")) conferirCnpj();
     return QDialog::eventFilter(o, e);
 }
 
@@ -62,6 +75,20 @@ void TMiniCad::conferirCpf()
     if (!r.isEmpty()) Atencao(r);
 }
 
+void TMiniCad::conferirCnpj()
+{
+    Tabs->Deb("procedure TMiniCad.EdCnpjExit(Sender: TObject)");
+    const QString cnpj = lerWidgetCampo(campos_[3], campo("CNPJ")).toString();
+    if (cnpj.isEmpty()) return;
+    if (!cnpjValido(cnpj)) {
+        if (Pergunta("CNPJ inválido! Corrigir?", true)) campo("CNPJ")->setFocus();
+        return;
+    }
+    db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+    const QString r = documentoRepetido(t, 0, "CNPJ", cnpj);
+    if (!r.isEmpty()) Atencao(r);
+}
+
 void TMiniCad::BtSalvarClick()
 {
     Tabs->Deb("procedure TMiniCad.BtSalvarClick(Sender: TObject)");
@@ -72,7 +99,14 @@ void TMiniCad::BtSalvarClick()
         Valores v = novoCadastro(t, modo, QDateTime::currentDateTime());
         for (int i = 0; i < campos_.size(); ++i) v[campos_[i].coluna] = lerWidgetCampo(campos_[i], widgets_[i]);
         v["APELIDO"] = v["NOME"].toString().left(20);  // a quick record is known by its name
-        if (v["PESSOA"].toString() == "J") v["RAZAOSOCIAL"] = v["NOME"];
+        // Only the document of the kind of person chosen is kept.
+        if (v["PESSOA"].toString() == "J") {
+            v["RAZAOSOCIAL"] = v["NOME"];
+            v["CPF"] = QVariant();
+            v["SEXO"] = QVariant();
+        } else {
+            v["CNPJ"] = QVariant();
+        }
         id_ = salvarCadastro(t, 0, v, modo, {}, sessao(), QDate::currentDate());
         t.commit();
         accept();

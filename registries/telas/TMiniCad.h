@@ -16,6 +16,7 @@ public:
     QWidget *campo(const QString &coluna) const;
     void definir(const QString &coluna, const QVariant &v);
     void conferirCpf();
+    void conferirCnpj();
     void BtSalvarClick();
 
 protected:

@@ -186,17 +186,21 @@ void conferirQuantidades(const LinhaEstoque &l, const std::array<const char *, 3
 
 } // namespace
 
+QPair<int, QString> empresaDoEstoque(db::Transacao &t, const QString &nome)
+{
+    if (nome.trimmed().isEmpty()) throw Recusa(QStringLiteral("Escolha a empresa primeiro!"), "EMPRESA");
+    db::Consulta q(t, "Select First 1 Id, Apelido From TbCad Where (Em = 'S') and (Upper(Apelido) = Upper(:N))");
+    q.bind("N", nome.trimmed());
+    q.executar();
+    if (!q.proxima()) throw Recusa(QStringLiteral("Empresa não cadastrada!"), "EMPRESA");
+    return {q["ID"].toInt(), q["APELIDO"].toString()};
+}
+
 LinhaEstoque conferirLinhaEstoque(db::Transacao &t, const QString &empresa, const QString &localizacao,
                                   const QVariant &minimo, const QVariant &maximo, const QVariant &atual)
 {
     LinhaEstoque l;
-    if (empresa.trimmed().isEmpty()) throw Recusa(QStringLiteral("Escolha a empresa primeiro!"), "EMPRESA");
-    db::Consulta q(t, "Select First 1 Id, Apelido From TbCad Where (Em = 'S') and (Upper(Apelido) = Upper(:N))");
-    q.bind("N", empresa.trimmed());
-    q.executar();
-    if (!q.proxima()) throw Recusa(QStringLiteral("Empresa não cadastrada!"), "EMPRESA");
-    l.idEmpresa = q["ID"].toInt();
-    l.empresa = q["APELIDO"].toString();
+    std::tie(l.idEmpresa, l.empresa) = empresaDoEstoque(t, empresa);
     l.localizacao = localizacao.trimmed();
     auto numero = [](const QVariant &x, const char *campo) {
         if (!preenchido(x)) return D::bruto(0, 4);
@@ -323,11 +327,9 @@ QString clausulasFiltro(const FiltroEstoque &f)
 
 namespace {
 
-// An item's total over its companies' stock rows (indexed by FK), nulls as 0.
-QString soma(const QString &coluna)
-{
-    return "(Select Coalesce(Sum(E." + coluna + "), 0) From TbItensEst E Where E.Fk = I.Id)";
-}
+// An item's totals over its companies' stock rows, kept by the database in TbItensTotais (T);
+// an item with no stock row has none there and counts as 0.
+QString soma(const QString &coluna) { return "Coalesce(T." + coluna + ", 0)"; }
 
 // The stock situations on the totals over companies; several ticked are joined with "or".
 QString clausulasSituacao(const FiltroEstoque &f)
@@ -347,11 +349,11 @@ QString clausulasSituacao(const FiltroEstoque &f)
 QString sqlEstoque(const QString &ordem, const QString &texto, const FiltroEstoque &f, std::map<QString, QVariant> &p,
                    Busca busca)
 {
-    // Every per-item figure is a subquery on that item's rows, evaluated only for the rows fetched
-    // (or, filtering, for the rows visited in index order until the page is full): the first page
-    // costs the same whatever the size of the table. Wrapping this in a derived table would make
-    // the server compute them for every item before sorting.
+    // The totals are one row per item. "Mínimo" and "Máximo" alone need a stock row, so the few
+    // items they find are looked up from the totals (an inner join lets the server start there)
+    // instead of visiting every item in the order of the grid.
     const QString atual = soma("EstAtual"), minimo = soma("EstMinimo"), maximo = soma("EstMaximo");
+    const bool soComEstoque = (f.minimo || f.maximo) && !f.normal && !f.zerado;
     QString sql =
         "Select I.Id, I.Codigo, I.CodigoBarras, I.Descricao, I.Un, I.Custo, I.PrVendaAt, I.PrVendaVar, I.DispVenda, "
         "I.DispWeb, I.Versao, I.Aplicacao, I.IdGrupo, I.IdSubgrupo, "
@@ -361,7 +363,8 @@ QString sqlEstoque(const QString &ordem, const QString &texto, const FiltroEstoq
         "Case When (" + atual + " < " + minimo + ") and (" + minimo + " > 0) Then " + minimo + " - " + atual + " Else 0 End Z_CompraMin, "
         "Case When (" + atual + " < " + maximo + ") and (" + maximo + " > 0) Then " + maximo + " - " + atual + " Else 0 End Z_CompraMax, "
         "Ep.EstAtual Z_EstAtualP, Ep.EstMinimo Z_EstMinimoP, Ep.EstMaximo Z_EstMaximoP "
-        "From TbItens I Left Join TbGrupos Gr On (Gr.Id = I.IdGrupo) Left Join TbGruposSub Sg On (Sg.Id = I.IdSubgrupo) "
+        "From TbItens I " + QString(soComEstoque ? "Inner" : "Left") + " Join TbItensTotais T On (T.Fk = I.Id) "
+        "Left Join TbGrupos Gr On (Gr.Id = I.IdGrupo) Left Join TbGruposSub Sg On (Sg.Id = I.IdSubgrupo) "
         "Left Join TbFabricantes Fa On (Fa.Id = I.IdFabricante) Left Join TbGrades Gd On (Gd.Id = I.IdGrade) "
         // The principal company's own row: the IdEmpresa of the first global parameters row.
         "Left Join TbItensEst Ep On ((Ep.Fk = I.Id) and "
@@ -409,6 +412,17 @@ QString sqlEstoque(const QString &ordem, const QString &texto, const FiltroEstoq
 // ------------------------------------------------------------------ declarations
 
 namespace {
+
+// The first delivered billing of an operation of kind `op` that carried the serial S.Serial out.
+QString saida(const char *op, const char *coluna)
+{
+    return QString("(Select First 1 %2 From TbComFatItensSeriais S2 Join TbComFatItens F2 On (F2.Id = S2.Fk) "
+                   "Join TbComFat Fv On (Fv.Id = F2.Fk) Join TbComItens C2 On (C2.Id = F2.IdItem) "
+                   "Join TbCom Cv On (Cv.Id = C2.Fk) Where (S2.Serial = S.Serial) and (C2.IdItem = Ci.IdItem) "
+                   "and (Cv.Op = %1) and (Fv.DataEntrega Is Not Null) Order By Fv.DataEntrega, Cv.Id)")
+        .arg(QLatin1String(op), QLatin1String(coluna));
+}
+
 
 const QList<QPair<QString, QString>> kSimNao = {{"S", "SIM"}, {"N", "NÃO"}};
 
@@ -538,7 +552,7 @@ DeclaracaoRegistro montarEstoque()
          {{"IDFORNECEDOR", "Fornecedor"}, {"CODFORN", "Código no fornecedor"}, {"DESCRICAOFORN", "Descrição no fornecedor"},
           {"PRUNITARIO", "Preço"}, {"PERCCOMISSAO", "Comissão %"}},
          {{"IDFORNECEDOR", "Fornecedor", C::Consulta, "Escolha o fornecedor primeiro!", 0, 2, {},
-           "Select Id, Nome From TbCad Where Fo = 'S' Order By Nome"},
+           "Select Id, Nome From TbCad Where Fo = 'S' Order By Nome", {}, {}, false, {}, false, "Fornecedor não cadastrado!"},
           {"CODFORN", "Código no fornecedor", C::Texto, {}, 14},
           {"DESCRICAOFORN", "Descrição no fornecedor", C::Texto, {}, 240},
           {"PRUNITARIO", "Preço", C::Decimal, {}, 0, 4},
@@ -552,20 +566,21 @@ DeclaracaoRegistro montarEstoque()
          {{"CODIGO", "Código"}, {"DESCRICAO", "Descrição"}, {"Z_SUBGRUPO", "Subgrupo"}, {"PRVENDAAT", "Pr. Atacado"},
           {"PRVENDAVAR", "Pr. Varejo"}}},
         {"Seriais", "TBCOMFATITENSSERIAIS", "FK",
-         // A serial that entered with a delivered purchase, and the sale or service that carried it out.
-         "Select S.Id, S.Serial, Co.Id Z_IdCompra, F.DataEntrega Z_DataEntrada, "
-         "(Select First 1 Cv.Id From TbComFatItensSeriais S2 Join TbComFatItens F2 On (F2.Id = S2.Fk) "
-         "  Join TbComFat Fv On (Fv.Id = F2.Fk) Join TbComItens C2 On (C2.Id = F2.IdItem) Join TbCom Cv On (Cv.Id = C2.Fk) "
-         "  Where (S2.Serial = S.Serial) and (C2.IdItem = Ci.IdItem) and (Cv.Op = 1) and (Fv.DataEntrega Is Not Null)) Z_IdVenda, "
-         "(Select First 1 Cv.Id From TbComFatItensSeriais S2 Join TbComFatItens F2 On (F2.Id = S2.Fk) "
-         "  Join TbComFat Fv On (Fv.Id = F2.Fk) Join TbComItens C2 On (C2.Id = F2.IdItem) Join TbCom Cv On (Cv.Id = C2.Fk) "
-         "  Where (S2.Serial = S.Serial) and (C2.IdItem = Ci.IdItem) and (Cv.Op = 2) and (Fv.DataEntrega Is Not Null)) Z_IdServico "
+         // A serial that entered with a delivered billing of any operation, the sale and the service
+         // that later carried it out (painted apart), and the label prefix of the item's subgroup.
+         "Select X.*, Iif(Coalesce(X.Z_IdVenda, X.Z_IdServico) Is Null, 'N', 'S') Z_Destaque From ("
+         "Select S.Id, S.Serial, Co.Id Z_IdOperacao, Co.Op Z_Op, F.DataEntrega Z_DataEntrada, Sg.PrefixoEtiq, "
+         + saida("1", "Cv.Id") + " Z_IdVenda, " + saida("1", "Fv.DataEntrega") + " Z_DataVenda, "
+         + saida("2", "Cv.Id") + " Z_IdServico, " + saida("2", "Fv.DataEntrega") + " Z_DataServico "
          "From TbComFatItensSeriais S Join TbComFatItens Fi On (Fi.Id = S.Fk) Join TbComFat F On (F.Id = Fi.Fk) "
          "Join TbComItens Ci On (Ci.Id = Fi.IdItem) Join TbCom Co On (Co.Id = Ci.Fk) "
-         "Where (Ci.IdItem = :MESTRE) and (Co.Op = 4) and (F.DataEntrega Is Not Null) "
-         "and Exists (Select E.Id From TbItensEst E Where (E.Fk = Ci.IdItem) and (E.IdEmpresa = 1)) Order By S.Serial",
-         {{"SERIAL", "Serial"}, {"Z_IDCOMPRA", "Compra"}, {"Z_DATAENTRADA", "Entrada"}, {"Z_IDVENDA", "Venda"},
-          {"Z_IDSERVICO", "Serviço"}}},
+         "Join TbItens I On (I.Id = Ci.IdItem) Left Join TbGruposSub Sg On (Sg.Id = I.IdSubgrupo) "
+         "Where (Ci.IdItem = :MESTRE) and (F.DataEntrega Is Not Null) "
+         "and Exists (Select E.Id From TbItensEst E Where (E.Fk = Ci.IdItem) and (E.IdEmpresa = 1))) X "
+         "Order By X.Serial, X.Z_DataEntrada",
+         {{"SERIAL", "Serial"}, {"PREFIXOETIQ", "Prefixo"}, {"Z_IDOPERACAO", "Entrada (operação)"},
+          {"Z_DATAENTRADA", "Data de entrada"}, {"Z_IDVENDA", "Venda"}, {"Z_DATAVENDA", "Data da venda"},
+          {"Z_IDSERVICO", "Serviço"}, {"Z_DATASERVICO", "Data do serviço"}}},
         {"Últimas Compras", "TBCOMITENS", "IDITEM",
          "Select First 20 Ci.Id, Co.Id Z_Operacao, Co.Data, Cf.Nome Z_Fornecedor, Ci.Qtd, Ci.PrUnitario, Ci.Total "
          "From TbComItens Ci Join TbCom Co On (Co.Id = Ci.Fk) Left Join TbCad Cf On (Cf.Id = Co.IdCad) "

@@ -45,6 +45,9 @@ Valores novoItem(db::Transacao &t);
 LinhaEstoque linhaPrincipal(db::Transacao &t);
 // The stock rows of an item with their reservations, ordered by company name.
 QList<LinhaEstoque> lerEstoques(db::Transacao &t, int idItem);
+// The company of a stock row, typed by its short name: (ID, short name as registered); refuses an
+// empty name with "Escolha a empresa primeiro!" and an unknown one with "Empresa não cadastrada!".
+QPair<int, QString> empresaDoEstoque(db::Transacao &t, const QString &nome);
 // A stock row typed on the stock sheet: company chosen by name among the companies.
 LinhaEstoque conferirLinhaEstoque(db::Transacao &t, const QString &empresa, const QString &localizacao,
                                   const QVariant &minimo, const QVariant &maximo, const QVariant &atual);

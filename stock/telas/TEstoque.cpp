@@ -16,6 +16,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLocale>
 #include <QLineEdit>
 #include <QPixmap>
 #include <QPushButton>
@@ -96,6 +97,9 @@ TEstoque::TEstoque(QWidget *parent) : FormRegistro(declaracaoEstoque(), parent)
     gradeEstoques_->setMaximumHeight(180);
     registrarCampo("ESTOQUES", gradeEstoques_);
     adicionarLinha({}, gradeEstoques_, kAbaEstoques);
+    totalEstoques_ = new QLabel;
+    totalEstoques_->setObjectName("LbTotalEstoques");
+    adicionarLinha({}, totalEstoques_, kAbaEstoques);
     empresa_ = new QComboBox;
     empresa_->setEditable(true);
     empresa_->setInsertPolicy(QComboBox::NoInsert);
@@ -150,11 +154,13 @@ TEstoque::TEstoque(QWidget *parent) : FormRegistro(declaracaoEstoque(), parent)
         static const QRegularExpression calculado("^(CUSTOOUTROS|CUSTOTRIB|PRVENDAMIN|MARKUP|PERCMC|PERCCOM[VS])(AT|VAR)$");
         if (calculado.match(c.coluna).hasMatch())
             if (auto *e = qobject_cast<QLineEdit *>(campo(c.coluna))) e->setReadOnly(true);
-        if (disparaComposicao(c.coluna) || disparaComissoes(c.coluna) || c.coluna == "CODIGO" || c.coluna == "CODIGOBARRAS")
+        if (disparaComposicao(c.coluna) || disparaComissoes(c.coluna) || c.coluna == "CODIGO" || c.coluna == "CODIGOBARRAS"
+            || c.coluna == "GARANTIA")
             if (QWidget *w = campo(c.coluna)) w->installEventFilter(this);
     }
     for (QWidget *w : {static_cast<QWidget *>(minimoP_), static_cast<QWidget *>(maximoP_), static_cast<QWidget *>(atualP_),
-                       static_cast<QWidget *>(atual_), static_cast<QWidget *>(empresa_)})
+                       static_cast<QWidget *>(atual_), static_cast<QWidget *>(empresa_), static_cast<QWidget *>(minimo_),
+                       static_cast<QWidget *>(maximo_)})
         w->installEventFilter(this);
 
     // Filters over the browse.
@@ -325,6 +331,14 @@ void TEstoque::mostrarEstoques()
     const LinhaEstoque *p = nullptr;
     for (const LinhaEstoque &e : estoques_)
         if (e.idEmpresa == principal_) p = &e;
+    db::Decimal minimo = db::Decimal::bruto(0, 4), maximo = minimo, atual = minimo;
+    for (const LinhaEstoque &e : estoques_) {
+        minimo = minimo + e.minimo;
+        maximo = maximo + e.maximo;
+        atual = atual + e.atual;
+    }
+    totalEstoques_->setText(QString("Todas as empresas: mínimo %1, máximo %2, atual %3")
+                                .arg(textoNumero(minimo), textoNumero(maximo), textoNumero(atual)));
     minimoP_->setText(p ? textoNumero(p->minimo) : QString());
     maximoP_->setText(p ? textoNumero(p->maximo) : QString());
     atualP_->setText(p ? textoNumero(p->atual) : QString());
@@ -387,6 +401,21 @@ void TEstoque::BtGravarEstoqueClick()
     }
 }
 
+bool TEstoque::empresaConferida()
+{
+    if (empresa_->currentText().trimmed().isEmpty()) return true;  // nothing typed: Enter moves on
+    try {
+        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+        empresa_->setCurrentText(empresaDoEstoque(t, empresa_->currentText()).second);
+        return true;
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+        marcarFalha(empresa_);
+        QTimer::singleShot(0, empresa_, [this] { empresa_->setFocus(); });
+        return false;
+    }
+}
+
 void TEstoque::BtExcluirEstoque1Click()
 {
     Tabs->Deb("procedure TEstoque.BtExcluirEstoque1Click(Sender: TObject)");
@@ -437,6 +466,17 @@ bool TEstoque::eventFilter(QObject *o, QEvent *e)
             BtGravarEstoqueClick();
             return true;
         }
+        // The company is checked as soon as it is typed, before its figures.
+        if ((tecla == Qt::Key_Return || tecla == Qt::Key_Enter) && w == empresa_ && !empresaConferida()) return true;
+    }
+    if (e->type() == QEvent::FocusIn && estado() != Estado::Navegando && (w == minimo_ || w == maximo_ || w == atual_)
+        && empresa_->currentText().trimmed().isEmpty()) {
+        // Figures need their company first: the focus goes back before the message, so that
+        // closing the message does not land on the figure again.
+        empresa_->setFocus();
+        marcarFalha(empresa_);
+        QTimer::singleShot(0, this, [] { Atencao(QStringLiteral("Escolha a empresa primeiro!")); });
+        return true;
     }
     if (w && e->type() == QEvent::FocusOut && estado() != Estado::Navegando) {
         const QString n = w->objectName();
@@ -448,6 +488,18 @@ bool TEstoque::eventFilter(QObject *o, QEvent *e)
             } catch (const Recusa &r) {
                 Atencao(r.texto);
                 QTimer::singleShot(0, w, [w] { w->setFocus(); });
+            }
+        }
+        if (n == "GARANTIA") {
+            // A warranty typed as a number reads as one ("12", "1,5"); words stay as typed.
+            auto *g = static_cast<QLineEdit *>(w);
+            const QLocale br(QLocale::Portuguese, QLocale::Brazil);
+            bool ok = false;
+            const double x = br.toDouble(g->text().trimmed(), &ok);
+            if (ok) {
+                QString t = br.toString(x, 'f', 1);
+                if (t.endsWith(",0")) t.chop(2);
+                g->setText(t);
             }
         }
         if (n == "CODIGO" || n == "CODIGOBARRAS") {

@@ -36,8 +36,11 @@ protected:
     void conferirOperacao(const QString &operacao, int id) override;
     bool montarBusca(const QString &ordem, const QString &texto, Busca busca, QString &sql, std::map<QString, QVariant> &p) override;
     bool eventFilter(QObject *o, QEvent *e) override;
+    QString semRegistro() const override { return QStringLiteral("Selecione um produto primeiro!"); }
 
 private:
+    // The typed company checked at once, on Enter; false = refused and told.
+    bool empresaConferida();
     Valores valoresNaTela() const;
     void mostrarEstoques();
     void principalDigitado();  // the principal company's figures typed on the general sheet
@@ -51,6 +54,7 @@ private:
     QLineEdit *local_ = nullptr, *minimo_ = nullptr, *maximo_ = nullptr, *atual_ = nullptr;
     QLineEdit *minimoP_ = nullptr, *maximoP_ = nullptr, *atualP_ = nullptr;
     QLabel *foto_ = nullptr;
+    QLabel *totalEstoques_ = nullptr;  // the rows added up, after each one posted
     QComboBox *grupo_ = nullptr, *subgrupo_ = nullptr;
     QHash<QString, QCheckBox *> filtros_;
 };

@@ -2,6 +2,7 @@
 // support report, errors escaping event handlers or raised in other threads.
 
 #include "acesso/Sessao.h"
+#include "dados/Monitor.h"
 #include "dados/Tabs.h"
 #include "db/Erros.h"
 #include "ui/Mensagens.h"
@@ -9,6 +10,13 @@
 
 #include <QDateTime>
 #include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QScopeGuard>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QLineEdit>
 #include <QRegularExpression>
 #include <QTabWidget>
@@ -98,14 +106,16 @@ TEST_F(TratadorErros, AnythingElseGetsTheLongMessageTheScreenshotAndTheReport)
         msg.avisos.clear();
         const QDateTime antes = QDateTime::currentDateTime().addSecs(-1);
         Ae1Exception(c.erro, &botao);
-        EXPECT_EQ(msg.avisos, QStringList{"Este módulo está apresentando o seguinte erro: " + c.mensagem + "\n\nClassName: " + c.classe
-                                          + "\nHandler 0: procedure T.Rotina9\nHandler 1: procedure T.Rotina8\nHandler 2:procedure T.Rotina7"
-                                            "\n\nPara evitar problemas consequentes desse erro é aconselhável reiniciar o aplicativo.\n"
-                                            "O erro foi enviado para o suporte técnico. "});
-
         // Screenshot and report side by side, named by the moment: A_ErroddMMyyhhmmsszzz.
         const QStringList a = arquivos();
         ASSERT_EQ(a.size(), 2) << a.join(' ').toStdString();
+        // With no monitor to send it to, the message says where the report waits.
+        EXPECT_EQ(msg.avisos, QStringList{"Este módulo está apresentando o seguinte erro: " + c.mensagem + "\n\nClassName: " + c.classe
+                                          + "\nHandler 0: procedure T.Rotina9\nHandler 1: procedure T.Rotina8\nHandler 2:procedure T.Rotina7"
+                                            "\n\nPara evitar problemas consequentes desse erro é aconselhável reiniciar o aplicativo.\n"
+                                            "O relatório do erro foi salvo em " + QDir::toNativeSeparators(dir.filePath("Erros/" + a[0]))
+                                          + " para o suporte técnico."});
+
         const auto m = QRegularExpression("^A_Erro(\\d{15})\\.html$").match(a[0]);
         ASSERT_TRUE(m.hasMatch()) << a[0].toStdString();
         EXPECT_EQ(a[1], "A_Erro" + m.captured(1) + ".jpg");
@@ -122,6 +132,34 @@ TEST_F(TratadorErros, AnythingElseGetsTheLongMessageTheScreenshotAndTheReport)
         EXPECT_EQ(relatorio().split("<br>"), linhas);
     }
     QCoreApplication::setApplicationVersion({});
+}
+
+// With an activity monitor configured the report goes to it, and only then is it said to be sent.
+TEST_F(TratadorErros, TheReportGoesToTheMonitorWhenOneIsConfigured)
+{
+    QTcpServer http;
+    ASSERT_TRUE(http.listen(QHostAddress::LocalHost));
+    QByteArray recebido;
+    QObject::connect(&http, &QTcpServer::newConnection, [&] {
+        QTcpSocket *s = http.nextPendingConnection();
+        QObject::connect(s, &QTcpSocket::readyRead, [&, s] {
+            recebido += s->readAll();
+            const int corpo = int(recebido.indexOf("\r\n\r\n"));
+            const int tamanho = recebido.mid(recebido.indexOf("Content-Length:") + 15).split('\r').first().trimmed().toInt();
+            if (corpo >= 0 && recebido.size() >= corpo + 4 + tamanho)
+                s->write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+        });
+    });
+    monitor().definirEndereco(QUrl(QString("http://127.0.0.1:%1/atividade").arg(http.serverPort())));
+    const QScopeGuard semMonitor([] { monitor().definirEndereco({}); });
+    QSignalSpy enviado(&monitor(), &Monitor::enviado);
+    Ae1Exception(std::make_exception_ptr(std::runtime_error("falhou")));
+    ASSERT_EQ(msg.avisos.size(), 1);
+    EXPECT_TRUE(msg.avisos[0].endsWith("\nO erro foi enviado para o suporte técnico. ")) << msg.avisos[0].toStdString();
+    ASSERT_TRUE(enviado.wait(5000));
+    const QJsonObject o = QJsonDocument::fromJson(recebido.mid(recebido.indexOf("\r\n\r\n") + 4)).object();
+    EXPECT_EQ(o["tabela"].toString(), "ERRO");
+    EXPECT_EQ(o["registros"].toArray().at(0).toObject()["RELATORIO"].toString(), relatorio());
 }
 
 // Errors escaping event handlers, of any kind, end in the handler and the program goes on.

@@ -76,6 +76,7 @@ TEST_F(AuxiliaresTest, RequiredFieldsInScreenOrder)
         {"TTextos", {"Digite o título do Modelo de Texto primeiro!"}},
     };
     for (const DeclaracaoRegistro &d : registrosAuxiliares()) {
+        if (d.campos.isEmpty()) continue;  // looked up, never saved
         SCOPED_TRACE(d.classe.toStdString());
         db::Transacao t(tabs.DbORB());
         Valores v;
@@ -165,7 +166,10 @@ TEST_F(AuxiliaresTest, CityThroughTheForm)
     cidade->insert("São José dos Campos");  // typed text with accents (keyClicks takes ASCII only)
     f.BtSalvarClick();
     EXPECT_EQ(msg.avisos.value(0), "Digite o estado primeiro!");
-    f.findChild<QComboBox *>("UF")->setCurrentText("SP");
+    auto *uf = f.findChild<QComboBox *>("UF");
+    EXPECT_EQ(uf->palette().color(QPalette::Button), QColor(0xFF, 0xDD, 0xCC));  // the refused field, peach
+    uf->setCurrentText("SP");
+    EXPECT_NE(uf->palette().color(QPalette::Button), QColor(0xFF, 0xDD, 0xCC));  // chosen: no longer
     auto *cep = f.findChild<QLineEdit *>("CEP");
     cep->setFocus();
     cep->setCursorPosition(0);
@@ -217,6 +221,7 @@ TEST_F(AuxiliaresTest, DeleteQuestionsAndTraces)
     };
     int vistos = 0;
     for (const DeclaracaoRegistro &d : registrosAuxiliares()) {
+        if (d.campos.isEmpty()) continue;  // looked up, never deleted
         SCOPED_TRACE(d.classe.toStdString());
         int id = 0;
         {
@@ -236,7 +241,7 @@ TEST_F(AuxiliaresTest, DeleteQuestionsAndTraces)
         ASSERT_EQ(msg.perguntas.size(), 2);
         EXPECT_EQ(msg.perguntas[0], msg.perguntas[1]);
         db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
-        EXPECT_EQ(db::escalar(t, "select count(*) from " + d.tabela + " where Id = :ID", {{"ID", id}}).toInt(), 0);
+        EXPECT_EQ(db::escalar(t, "select count(*) from " + d.tabela + " where " + d.chave + " = :ID", {{"ID", id}}).toInt(), 0);
         if (!d.traco.isEmpty()) {
             EXPECT_TRUE(tabs.trilha().contains(d.traco + QString::number(id) + ")"));
         }
@@ -270,6 +275,86 @@ TEST_F(AuxiliaresTest, PrintsTheListOfTheGrid)
     const int bancos = db::escalar(t, "select count(*) from TbBancos").toInt();
     EXPECT_GT(bancos, 400);
     EXPECT_TRUE(html.contains(QString("%1 registro(s)").arg(bancos)));
+}
+
+// Plans and laboratories are numbered with every other party, their codes unique among them all,
+// and they start with an active situation.
+TEST_F(AuxiliaresTest, PlansAndLaboratoriesNumberedAmongAllPartiesAndActive)
+{
+    for (const char *classe : {"TConvenios", "TLaboratorios"}) {
+        SCOPED_TRACE(classe);
+        const DeclaracaoRegistro &d = *registroAuxiliar(classe);
+        db::Transacao t(tabs.DbORB());
+        const int usado = db::escalar(t, "select max(Codigo) from TbCad").toInt();
+        try {
+            gravarRegistro(t, d, 0, {{"CODIGO", usado}, {"NOME", "Repetido"}});
+            FAIL() << "código de outro cadastro aceito";
+        } catch (const Recusa &r) {
+            EXPECT_EQ(r.texto, "Código já existente!");
+        }
+        const int id = gravarRegistro(t, d, 0, {{"CODIGO", usado + 1}, {"NOME", "Novo Parceiro"}});
+        EXPECT_EQ(db::escalar(t, "select Situacao || IdResp from TbCadSit where Fk = :F", {{"F", id}}).toString(), "A2");
+        excluirRegistro(t, d, id);
+        EXPECT_EQ(db::escalar(t, "select count(*) from TbCadSit where Fk = :F", {{"F", id}}).toInt(), 0);
+        t.rollback();
+    }
+}
+
+// The rentals' registries: clothing types keyed by their code, accessories, and the bookings
+// looked up (never edited) with their contract and customer.
+TEST_F(AuxiliaresTest, ClothingTypesAccessoriesAndTheBookingLookup)
+{
+    {
+        db::Transacao t(tabs.DbORB());
+        const DeclaracaoRegistro &tipos = *registroAuxiliar("TTiposRoupas");
+        const int a = gravarRegistro(t, tipos, 0, {{"TIPO", "Terno"}});
+        const int b = gravarRegistro(t, tipos, 0, {{"TIPO", "Vestido"}});
+        EXPECT_EQ(b, a + 1);  // the code is the key
+        EXPECT_EQ(lerRegistro(t, tipos, b).at("TIPO").toString(), "Vestido");
+        gravarRegistro(t, *registroAuxiliar("TAcessorios"), 0, {{"DESCRICAO", "Gravata"}, {"PRALUGUEL", QVariant::fromValue(db::Decimal("15"))}});
+        const int cliente = db::escalar(t, "insert into TbCad (Codigo, Nome) values (900, 'NOIVO DA SILVA') returning Id").toInt();
+        db::executar(t, "insert into TbAlugueis (Codigo, CodCliente, DataCasamento, Status) values ('77', :C, '2026-12-12', 'EM ANDAMENTO')",
+                     {{"C", cliente}});
+        db::executar(t, "insert into TbRoupasAlugueis (Codigo, Roupa, Aluguel) values ('T01', 'Terno preto 50', 77)");
+        t.commit();
+    }
+    FormRegistro f(*registroAuxiliar("TConsReservas"));
+    EXPECT_TRUE(f.botao("Incluir")->isHidden());
+    EXPECT_FALSE(f.botao("Excluir")->isEnabled());
+    ASSERT_EQ(f.modelo()->rowCount(), 1);
+    EXPECT_EQ(f.modelo()->valor(0, "Z_CLIENTE").toString(), "NOIVO DA SILVA");
+    EXPECT_EQ(f.modelo()->valor(0, "Z_CONTRATO").toString(), "77");
+    f.BtIncluirClick();
+    EXPECT_EQ(f.estado(), FormCadastro::Estado::Navegando);
+}
+
+// Typing in a lookup registry's search box moves to the first row whose order column starts with
+// the text, over the whole list; the box takes the order's mask; it rests while a record is edited.
+TEST_F(AuxiliaresTest, TypingLocatesInTheListWithTheOrdersMask)
+{
+    FormRegistro f(*registroAuxiliar("TCidades"));
+    f.show();
+    QApplication::setActiveWindow(&f);
+    auto *busca = f.findChild<QLineEdit *>("EdBusca");
+    busca->setFocus();
+    QTest::keyClicks(busca, "florian");
+    QTRY_VERIFY(f.modelo()->valor(f.grade()->currentIndex().row(), "CIDADE").toString().startsWith("FLORIAN", Qt::CaseInsensitive));
+    const int linha = f.grade()->currentIndex().row();
+    ASSERT_GT(linha, 0);  // the whole list is there: the rows before it start otherwise
+    EXPECT_FALSE(f.modelo()->valor(linha - 1, "CIDADE").toString().startsWith("FLORIAN", Qt::CaseInsensitive));
+
+    auto *ordem = f.findChild<QComboBox *>("CbOrdem");
+    ordem->setCurrentIndex(ordem->findText("CEP"));
+    EXPECT_EQ(busca->inputMask(), "99999-999;_");
+    EXPECT_TRUE(busca->text().remove('-').isEmpty());
+    ordem->setCurrentIndex(ordem->findText("CIDADE"));
+    EXPECT_TRUE(busca->inputMask().isEmpty());
+
+    f.BtIncluirClick();
+    EXPECT_FALSE(busca->isEnabled());
+    EXPECT_FALSE(ordem->isEnabled());
+    f.BtCancelarClick();
+    EXPECT_TRUE(busca->isEnabled());
 }
 
 } // namespace
@@ -323,7 +408,7 @@ TEST_F(AuxiliaresTest, DeleteRefusedWhileRowsDependOnIt)
         EXPECT_EQ(db::escalar(t, "select count(*) from " + d.tabela + " where Id = :ID", {{"ID", id}}).toInt(), 1);
         for (const auto &[tabela, coluna] : d.impedem) db::executar(t, "delete from " + tabela + " where " + coluna + " = :ID", {{"ID", id}});
         excluirRegistro(t, d, id);
-        EXPECT_EQ(db::escalar(t, "select count(*) from " + d.tabela + " where Id = :ID", {{"ID", id}}).toInt(), 0);
+        EXPECT_EQ(db::escalar(t, "select count(*) from " + d.tabela + " where " + d.chave + " = :ID", {{"ID", id}}).toInt(), 0);
         t.rollback();
     }
 }

@@ -1,17 +1,20 @@
 // The commercial registry driven through its widgets, as a receptionist would.
 
+#include "FormsCadastros.h"
 #include "TCadComerciais.h"
 #include "TMiniCad.h"
 #include "acesso/Sessao.h"
 #include "apoio/TabsTeste.h"
 #include "dados/Cep.h"
 #include "dados/Tabs.h"
+#include "principal/Menus.h"
 #include "ui/Foto.h"
 #include "ui/Mensagens.h"
 
 #include <QApplication>
 #include <QComboBox>
 #include <QImage>
+#include <QTabWidget>
 #include <QTableView>
 #include <QLineEdit>
 #include <QSignalSpy>
@@ -133,6 +136,53 @@ TEST_F(TCadComerciaisTest, QuickRegistration)
     db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
     EXPECT_EQ(db::escalar(t, "select Apelido || '/' || Cl || '/' || Cpf from TbCad where Id = :ID", {{"ID", mini.id()}}).toString(),
               "José Pereira/S/11144477735");
+    t.rollback();
+
+    // A legal person is registered with its CNPJ instead.
+    TMiniCad empresa;
+    empresa.definir("PESSOA", "J");
+    EXPECT_TRUE(empresa.campo("CPF")->isHidden() || !empresa.campo("CPF")->isVisibleTo(&empresa));
+    empresa.definir("CNPJ", "11222333000180");
+    empresa.conferirCnpj();
+    EXPECT_EQ(msg.perguntas.value(1), "CNPJ inválido! Corrigir?");
+    empresa.definir("CNPJ", "11222333000181");
+    empresa.definir("NOME", "Padaria Pão Quente");
+    empresa.BtSalvarClick();
+    ASSERT_GT(empresa.id(), 0) << msg.avisos.join(" | ").toStdString();
+    db::Transacao l(tabs.DbORB(), db::Modo::Leitura);
+    EXPECT_EQ(db::escalar(l, "select Pessoa || '/' || Cnpj || '/' || Coalesce(Cpf, '-') || '/' || RazaoSocial from TbCad where Id = :ID",
+                          {{"ID", empresa.id()}}).toString(),
+              "J/11222333000181/-/Padaria Pão Quente");
+}
+
+// A user without a password: the access tab comes forward with the password field; the refusals of
+// a screen the level may not see are worded as this registry words them.
+TEST_F(TCadComerciaisTest, MissingPasswordBringsTheAccessTabForward)
+{
+    TCadComerciais f("Fu");
+    f.show();
+    f.BtIncluirClick();
+    f.definirValor("NOME", "Carla Souza");
+    f.definirValor("APELIDO", "Carla");
+    f.definirValor("CPF", "52998224725");
+    f.definirValor("US", "S");
+    f.definirValor("USUARIO", "carla");
+    f.BtSalvarClick();
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Incluindo);
+    EXPECT_EQ(msg.avisos.last(), kDefinaUsuarioSenha);
+    auto *abas = f.findChild<QTabWidget *>("PcEdicao");
+    EXPECT_EQ(abas->tabText(abas->currentIndex()), "A&cesso");
+    auto *senha = f.findChild<QLineEdit *>(kNovaSenha);
+    EXPECT_EQ(senha->echoMode(), QLineEdit::Password);
+    EXPECT_EQ(f.findChild<QLineEdit *>(kNovaSenhaWeb)->echoMode(), QLineEdit::Password);
+
+    registrarComercial();
+    EXPECT_EQ(recusaVisualizacao("TClientes"), "Você não tem acesso a visualização deste módulo!");
+    EXPECT_EQ(recusaVisualizacao("TMembros"), "Você não tem acesso a visualização deste módulo!");
+    EXPECT_EQ(recusaVisualizacao("TCidades"), "Você não tem permissão para visualizar esse módulo!");
+    std::unique_ptr<QWidget> membros(criarFormulario("TMembros", nullptr));
+    ASSERT_TRUE(membros);
+    EXPECT_EQ(membros->windowTitle(), "Membros");
 }
 
 // Offline the city comes from the registry; a configured service adds street and district, and

@@ -4,12 +4,16 @@
 #include "Estoque.h"
 #include "TEstoque.h"
 #include "apoio/TabsTeste.h"
+#include "schema/Atualizacao.h"
+#include "ui/FormRegistro.h"
 #include "Recusa.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
+#include <QTest>
 #include <QTableView>
 #include <QTableWidget>
 #include <gtest/gtest.h>
@@ -415,6 +419,135 @@ TEST_F(EstoqueTest, ItemRegisteredThroughTheScreen)
     EXPECT_EQ(f.modelo()->valor(0, "DESCRICAO").toString(), "Caneta esferográfica azul");
     EXPECT_EQ(f.modelo()->valor(0, "Z_ESTATUAL").value<D>(), D("35"));
     EXPECT_EQ(f.modelo()->valor(0, "PRVENDAVAR").value<D>(), D("2.5"));
+}
+
+// The totals per item follow every change of a stock row, whatever writes it, and an existing
+// database gets them added up once by the upgrade.
+TEST_F(EstoqueTest, TotalsFollowEveryStockRowChange)
+{
+    auto totais = [&](db::Banco &b, int item) {
+        db::Transacao t(b, db::Modo::Leitura);
+        db::Consulta q(t, "select EstAtual, EstMinimo, EstMaximo from TbItensTotais where Fk = :F");
+        q.bind("F", item).executar();
+        if (!q.proxima()) return QString("-");
+        return QString("%1/%2/%3").arg(q.valor(0).value<D>().textoBR(1), q.valor(1).value<D>().textoBR(1), q.valor(2).value<D>().textoBR(1));
+    };
+    int item = 0;
+    {
+        db::Transacao t(tabs.DbORB());
+        item = salvar(t, "T1", "Torneira", {}, "10", "2", "20");
+        t.commit();
+    }
+    // (statement, expected current/minimum/maximum after it), each in its own transaction.
+    const struct { const char *sql; const char *esperado; } passos[] = {
+        {"insert into TbItensEst (Fk, IdEmpresa, EstAtual, EstMinimo, EstMaximo) values (:F, 99, 5.5, 1, null)", "15,5/3,0/20,0"},
+        {"update TbItensEst set EstAtual = EstAtual - 3 where Fk = :F and IdEmpresa = 99", "12,5/3,0/20,0"},
+        {"update TbItensEst set EstMaximo = 4 where Fk = :F and IdEmpresa = 99", "12,5/3,0/24,0"},
+        {"delete from TbItensEst where Fk = :F and IdEmpresa <> 99", "2,5/1,0/4,0"},
+        {"delete from TbItensEst where Fk = :F", "0,0/0,0/0,0"},
+    };
+    for (const auto &p : passos) {
+        SCOPED_TRACE(p.sql);
+        db::Transacao t(tabs.DbORB());
+        db::executar(t, p.sql, {{"F", item}});
+        t.commit();
+        EXPECT_EQ(totais(tabs.DbORB(), item), p.esperado);
+    }
+
+    teste::BancoTemporario antigo(teste::Forma::Antiga);
+    {
+        db::Transacao t(antigo.banco());
+        const int i = db::escalar(t, "insert into TbItens (Codigo, Descricao, Tipo) values ('A', 'Antigo', 'M') returning Id").toInt();
+        db::executar(t, "insert into TbItensEst (Fk, IdEmpresa, EstAtual, EstMinimo, EstMaximo) values (:F, 1, 7, 1, 9)", {{"F", i}});
+        db::executar(t, "insert into TbItensEst (Fk, IdEmpresa, EstAtual, EstMinimo, EstMaximo) values (:F, 2, 3, null, 1)", {{"F", i}});
+        t.commit();
+        esquema::atualizar(antigo.banco());
+        EXPECT_EQ(totais(antigo.banco(), i), "10,0/1,0/10,0");
+    }
+}
+
+// Serials that entered through a delivered billing of any operation, with the sale that carried
+// them out (painted apart) and the label prefix of the item's subgroup.
+TEST_F(EstoqueTest, SerialsOfAnyDeliveredOperationWithTheirSale)
+{
+    db::Transacao t(tabs.DbORB());
+    const int sub = db::escalar(t, "insert into TbGruposSub (Subgrupo, PrefixoEtiq) values ('Furadeiras', 'FU') returning Id").toInt();
+    const int item = salvar(t, "S1", "Furadeira", {{"IDSUBGRUPO", sub}});
+    auto operacao = [&](int op, const char *serial, const QVariant &entrega) {
+        const int c = db::escalar(t, "insert into TbCom (Op, Data) values (:OP, current_date) returning Id", {{"OP", op}}).toInt();
+        const int ci = db::escalar(t, "insert into TbComItens (Fk, IdItem, Qtd) values (:C, :I, 1) returning Id", {{"C", c}, {"I", item}}).toInt();
+        const int f = db::escalar(t, "insert into TbComFat (Fk, DataEntrega) values (:C, :E) returning Id", {{"C", c}, {"E", entrega}}).toInt();
+        const int fi = db::escalar(t, "insert into TbComFatItens (Fk, IdItem) values (:F, :CI) returning Id", {{"F", f}, {"CI", ci}}).toInt();
+        db::executar(t, "insert into TbComFatItensSeriais (Fk, Serial) values (:FI, :S)", {{"FI", fi}, {"S", serial}});
+        return c;
+    };
+    operacao(5, "A-1", QDateTime(QDate(2026, 1, 10), QTime(9, 0)));   // a rental brought it in
+    operacao(4, "B-2", QDateTime(QDate(2026, 2, 1), QTime(9, 0)));    // a purchase
+    operacao(4, "C-3", QVariant());           // not delivered: not in stock
+    const int venda = operacao(1, "B-2", QDateTime(QDate(2026, 3, 5), QTime(9, 0)));
+    const DeclaracaoRegistro &d = declaracaoEstoque();
+    const DetalheRegistro *seriais = nullptr;
+    for (const DetalheRegistro &x : d.detalhes)
+        if (x.titulo == "Seriais") seriais = &x;
+    ASSERT_NE(seriais, nullptr);
+    db::Consulta q(t, seriais->sqlGrade);
+    q.bind("MESTRE", item).executar();
+    QStringList linhas;
+    while (q.proxima())
+        linhas << QString("%1 %2 %3 %4 %5").arg(q["SERIAL"].toString(), q["PREFIXOETIQ"].toString(), q["Z_IDVENDA"].toString(),
+                                               q["Z_DATAVENDA"].toDate().toString("dd/MM"), q["Z_DESTAQUE"].toString());
+    const QString v = QString::number(venda);
+    EXPECT_EQ(linhas, QStringList({"A-1 FU   N", "B-2 FU " + v + " 05/03 S", "B-2 FU " + v + " 05/03 S"}));
+}
+
+// On the stock sheet: the company is checked as it is typed, figures wait for it, the rows are
+// added up as they are posted; Excluir without an item, a warranty typed as a number, and a
+// supplier typed by a name nobody has.
+TEST_F(EstoqueTest, StockSheetAndItemFieldsAtTheKeyboard)
+{
+    TEstoque f;
+    f.show();
+    QApplication::setActiveWindow(&f);
+    f.BtIncluirClick();
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Incluindo);
+    auto *empresa = f.findChild<QComboBox *>("EMPRESA");
+    empresa->setFocus();
+    empresa->setCurrentText("NINGUEM");
+    QTest::keyClick(empresa, Qt::Key_Return);
+    EXPECT_EQ(msg.avisos.value(0), "Empresa não cadastrada!");
+    empresa->setCurrentText(QString());
+    f.findChild<QLineEdit *>("ESTMINIMO")->setFocus();
+    QTRY_COMPARE(msg.avisos.size(), 2);
+    EXPECT_EQ(msg.avisos.value(1), "Escolha a empresa primeiro!");
+    EXPECT_TRUE(empresa->hasFocus());
+
+    auto *garantia = f.findChild<QLineEdit *>("GARANTIA");
+    for (const auto &[digitado, mostrado] : {std::pair{"12", "12"}, {"1,50", "1,5"}, {"2,0", "2"}, {"1 ano", "1 ano"}}) {
+        garantia->setFocus();
+        garantia->setText(QString::fromUtf8(digitado));
+        garantia->clearFocus();
+        EXPECT_EQ(garantia->text(), QString::fromUtf8(mostrado));
+    }
+    EXPECT_TRUE(f.findChild<QLabel *>("LbTotalEstoques")->text().startsWith("Todas as empresas"));
+    f.BtCancelarClick();
+
+    // No item at all: Excluir says what it needs.
+    db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+    ASSERT_EQ(db::escalar(t, "select count(*) from TbItens").toInt(), 0);
+    msg.avisos.clear();
+    f.BtExcluirClick();
+    EXPECT_EQ(msg.avisos, QStringList{"Selecione um produto primeiro!"});
+
+    const DeclaracaoRegistro &d = declaracaoEstoque();
+    for (const DetalheRegistro &x : d.detalhes)
+        for (const CampoForm &c : x.campos)
+            if (c.coluna == "IDFORNECEDOR") {
+                std::unique_ptr<QWidget> w(criarWidgetCampo(c));
+                auto *cb = qobject_cast<QComboBox *>(w.get());
+                ASSERT_TRUE(cb && cb->isEditable());
+                cb->setCurrentText("Fornecedor Fantasma");
+                EXPECT_EQ(recusa([&] { lerWidgetCampo(c, cb); }), "Fornecedor não cadastrado!");
+            }
 }
 
 } // namespace

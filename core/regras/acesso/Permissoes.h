@@ -14,6 +14,8 @@ namespace orb {
 
 inline const QString kSemPermissao = QStringLiteral("Você não tem permissão para efetuar esta operação!");
 inline const QString kSemPermissaoModulo = QStringLiteral("Você não tem permissão para visualizar esse módulo!");
+// The commercial registry words the same refusal its own way.
+inline const QString kSemAcessoVisualizacao = QStringLiteral("Você não tem acesso a visualização deste módulo!");
 inline const QString kAcessoIndefinido = QStringLiteral("Seu acesso não pode ser definido no sistema e o mesmo será fechado!");
 inline const QString kAcessoRetirado = QStringLiteral("Seu acesso ao sistema foi retirado e o mesmo será fechado!");
 

@@ -240,8 +240,9 @@ int escrever(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores v)
         }
         return chave;
     };
-    if (id == 0 && !d.numerada.isEmpty()) return inserirNumerado(t, d.tabela, d.numerada, v, gravar, oferecido);
-    return gravar();
+    const int chave = id == 0 && !d.numerada.isEmpty() ? inserirNumerado(t, d.tabela, d.numerada, v, gravar, oferecido) : gravar();
+    if (d.gravado) d.gravado(t, chave, id == 0);
+    return chave;
 }
 
 void conferirRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id, Valores &v)
@@ -282,6 +283,7 @@ Valores lerRegistro(db::Transacao &t, const DeclaracaoRegistro &d, int id)
     QStringList cols;
     for (const CampoForm &c : d.campos)
         if (!c.transitorio) cols << c.coluna;
+    if (cols.isEmpty()) return {};  // a list to look things up in has no fields to read
     db::Consulta q(t, QString("Select %1 From %2 Where %3 = :ID").arg(cols.join(", "), d.tabela, d.chave));
     q.bind("ID", id);
     q.executar();

@@ -37,6 +37,7 @@ struct CampoForm {
     bool transitorio = false;               // typed but not a column (a new password): never read back
     QString colunaTipo;                     // Foto: the column that keeps the picture's type
     bool senha = false;                     // hidden as typed (kept last: declarations fill fields in order)
+    QString desconhecido;                   // Consulta: the name may be typed; this refuses one not in the list
 };
 
 // A detail table shown in a tab under the record, following it (its rows point at the record).
@@ -77,6 +78,8 @@ struct DeclaracaoRegistro {
     std::function<void(db::Transacao &t, int id, const Valores &v)> validar;
     // Values derived before writing (a plan's nickname from its name, ...).
     std::function<void(db::Transacao &t, Valores &v, bool novo)> completar;
+    // Rows that go with a record just written (a new party's first situation, ...).
+    std::function<void(db::Transacao &t, int id, bool novo)> gravado;
     QList<DetalheRegistro> detalhes;
     // Tables that go with a deleted record besides its editable details: (table, column holding its key).
     QList<QPair<QString, QString>> dependentes;

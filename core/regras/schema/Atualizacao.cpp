@@ -49,6 +49,7 @@ QString Mudanca::descricao() const
     case CriarIndiceUnico: return QString("%1: criar índice único %2").arg(tabela, coluna);
     case CriarAviso: return QString("%1: criar aviso de alteração %2").arg(tabela, coluna);
     case CarregarDados: return QString("%1: %2").arg(tabela, extra);
+    case CriarGatilho: return QString("%1: criar gatilho %2").arg(tabela, coluna);
     }
     return {};
 }
@@ -166,6 +167,38 @@ const QList<Mudanca> &mudancas()
         {Mudanca::CriarIndiceUnico, "TBRACAS", "UNQ_TBRACAS_CODIGO", {}, "(CODIGO)"},
         {Mudanca::CriarIndiceUnico, "TBSUBCAT", "UNQ_TBSUBCAT_CODIGO", {}, "(CODIGO)"},
     };
+    // Each item's stock added up over its companies, kept by the database at every change of a
+    // stock row (from this program or any other), so that the stock browse and its situation
+    // filters read one row per item instead of adding up every company's row each time.
+    m << novaTabela("TBITENSTOTAIS")
+      << Mudanca{Mudanca::CriarIndiceUnico, "TBITENSTOTAIS", "UNQ_TBITENSTOTAIS_FK", {}, "(FK)"}
+      << Mudanca{Mudanca::CriarGatilho, "TBITENSEST", "TG_TBITENSEST_TOTAIS", {}, QStringLiteral(R"(
+FOR TBITENSEST ACTIVE AFTER INSERT OR UPDATE OR DELETE POSITION 50 AS
+BEGIN
+  IF ((NOT INSERTING) AND (OLD.FK IS NOT NULL)) THEN
+    UPDATE TBITENSTOTAIS SET ESTATUAL = ESTATUAL - COALESCE(OLD.ESTATUAL, 0),
+      ESTMINIMO = ESTMINIMO - COALESCE(OLD.ESTMINIMO, 0), ESTMAXIMO = ESTMAXIMO - COALESCE(OLD.ESTMAXIMO, 0)
+    WHERE FK = OLD.FK;
+  IF ((NOT DELETING) AND (NEW.FK IS NOT NULL)) THEN
+  BEGIN
+    UPDATE TBITENSTOTAIS SET ESTATUAL = ESTATUAL + COALESCE(NEW.ESTATUAL, 0),
+      ESTMINIMO = ESTMINIMO + COALESCE(NEW.ESTMINIMO, 0), ESTMAXIMO = ESTMAXIMO + COALESCE(NEW.ESTMAXIMO, 0)
+    WHERE FK = NEW.FK;
+    IF (ROW_COUNT = 0) THEN
+      INSERT INTO TBITENSTOTAIS (FK, ESTATUAL, ESTMINIMO, ESTMAXIMO)
+      VALUES (NEW.FK, COALESCE(NEW.ESTATUAL, 0), COALESCE(NEW.ESTMINIMO, 0), COALESCE(NEW.ESTMAXIMO, 0));
+  END
+END)")}
+      // Existing stock added up once; the trigger is already on, so the sums are set, not added.
+      << Mudanca{Mudanca::CarregarDados, "TBITENSTOTAIS", "GN_ORB_ITENS_TOTAIS", {}, "totais de estoque por item",
+                 [](Transacao &t) {
+                     db::executar(t, "MERGE INTO TBITENSTOTAIS T USING (SELECT FK, SUM(COALESCE(ESTATUAL, 0)) A, "
+                                     "SUM(COALESCE(ESTMINIMO, 0)) MI, SUM(COALESCE(ESTMAXIMO, 0)) MA FROM TBITENSEST "
+                                     "WHERE FK IS NOT NULL GROUP BY FK) S ON (T.FK = S.FK) "
+                                     "WHEN MATCHED THEN UPDATE SET ESTATUAL = S.A, ESTMINIMO = S.MI, ESTMAXIMO = S.MA "
+                                     "WHEN NOT MATCHED THEN INSERT (FK, ESTATUAL, ESTMINIMO, ESTMAXIMO) "
+                                     "VALUES (S.FK, S.A, S.MI, S.MA)");
+                 }};
     // Lookup tables tell every workstation, by an event of their own name, that their rows changed.
     for (const QString &t : orb::tabelasComAviso()) m << Mudanca{Mudanca::CriarAviso, t, "TG_" + t + "_AVISO", {}, {}};
     // Databases made before the principal company was seeded with a situation could not save it.
@@ -391,6 +424,11 @@ bool aplicar(Banco &b, Metadados &m, const Mudanca &mu)
         if (m.gatilhos.contains(mu.coluna)) return false;
         ddl(b, {QString("CREATE TRIGGER %1 FOR %2 ACTIVE AFTER INSERT OR UPDATE OR DELETE POSITION 100 AS "
                         "BEGIN POST_EVENT '%2'; END").arg(mu.coluna, mu.tabela)});
+        m.gatilhos.insert(mu.coluna);
+        return true;
+    case Mudanca::CriarGatilho:
+        if (m.gatilhos.contains(mu.coluna)) return false;
+        ddl(b, {"CREATE TRIGGER " + mu.coluna + " " + mu.extra.trimmed()});
         m.gatilhos.insert(mu.coluna);
         return true;
     case Mudanca::CriarSequencia:

@@ -14,17 +14,19 @@ namespace esquema {
 
 struct Mudanca {
     enum Tipo { CriarDominio, AdicionarColuna, CriarTabela, MudarDominio, RemoverColuna, CriarRestricao, CriarSequencia, CriarIndice, CriarIndiceUnico,
-                CriarAviso, CarregarDados };
+                CriarAviso, CarregarDados, CriarGatilho };
     Tipo tipo;
     QString tabela;     // or the domain / sequence name for CriarDominio / CriarSequencia
-    QString coluna;     // or the constraint / index / trigger name for CriarRestricao / CriarIndice / CriarAviso;
+    QString coluna;     // or the constraint / index / trigger name for CriarRestricao / CriarIndice / CriarAviso /
+                        // CriarGatilho;
                         // for CarregarDados the sequence that marks the step as done
     QString dominio;    // the column's domain; for MudarDominio the new one
     QString extra;      // AdicionarColuna: fill for existing rows ("SET ..."); CriarRestricao: its definition;
                         // CriarIndice, CriarIndiceUnico: its columns ("(FK)"); a unique index waits,
                         // at every start, until the rows hold no duplicate;
                         // MudarDominio and RemoverColuna: the domain the column had before;
-                        // CarregarDados: what the rows are, for the description
+                        // CarregarDados: what the rows are, for the description;
+                        // CriarGatilho: the trigger's whole definition after its name
     // CarregarDados: writes the rows the table lacks. It runs once, in one transaction with the
     // creation of its mark, so a run cut short leaves neither rows nor mark behind.
     std::function<void(db::Transacao &)> dados;

@@ -86,6 +86,8 @@ QList<G> comercial()
               {"Fabricantes1", "&Fabricantes...", "TFabricantes"},
               {"Grades1", "G&rades...", "TGrades"},
               {"Vendas1", "&Vendas...", "TVendas"},
+              {"OrdensServico1", "&Ordens de Serviço...", "TServicos"},
+              {"Contratos1", "C&ontratos...", "TContratos"},
               {"VendaExp1", "Venda &Expressa...", "TVendaExp"},
               {"Compras1", "&Compras...", "TCompras"},
               {"StatusCom1", "&Status das Operações...", "TStatusCom"},
@@ -125,6 +127,7 @@ QList<GrupoCatalogo> menuDoRamo(const QString &ramo)
                   {"Roupas1", "&Estoque...", "TEstoque"},
                   {"Compras1", "C&ompras...", "TCompras"},
                   {"Integrantes1", "&Integrantes...", "TIntegrantes"},
+                  {"Reservas1", "Consulta de &Reservas...", "TConsReservas"},
                   {"Acessorios1", "A&cessórios...", "TAcessorios"},
                   {"Alugueis1", "&Aluguéis/Vendas...", "TAlugueis"},
                   {"Comissoes1", "Co&missões...", "TFecComissoes"}}},
@@ -180,7 +183,19 @@ QList<GrupoCatalogo> menuDisponivel(const QString &ramo)
     return r;
 }
 
-void registrarFormulario(const QString &classe, FabricaFormulario f) { fabricas().insert(classe, std::move(f)); }
+QHash<QString, QString> &recusas()
+{
+    static QHash<QString, QString> r;
+    return r;
+}
+
+void registrarFormulario(const QString &classe, FabricaFormulario f, const QString &recusaVisualizacao)
+{
+    fabricas().insert(classe, std::move(f));
+    if (!recusaVisualizacao.isEmpty()) recusas().insert(classe, recusaVisualizacao);
+}
+
+QString recusaVisualizacao(const QString &classe) { return recusas().value(classe, kSemPermissaoModulo); }
 bool formularioExiste(const QString &classe) { return fabricas().contains(classe); }
 
 QWidget *criarFormulario(const QString &classe, QWidget *parent)

@@ -24,7 +24,9 @@ QList<GrupoCatalogo> menuDisponivel(const QString &ramo);
 
 // Forms register a factory under their class name ("TCadComerciais") at start.
 using FabricaFormulario = std::function<QWidget *(QWidget *parent)>;
-void registrarFormulario(const QString &classe, FabricaFormulario f);
+// `recusaVisualizacao`: what a user without access to the module is told (forms word it their own way).
+void registrarFormulario(const QString &classe, FabricaFormulario f, const QString &recusaVisualizacao = {});
+QString recusaVisualizacao(const QString &classe);
 bool formularioExiste(const QString &classe);
 QWidget *criarFormulario(const QString &classe, QWidget *parent);
 

@@ -166,7 +166,7 @@ QWidget *TMain::abrirFormulario(const QString &grupoCaption, const QString &grup
     Sessao &s = sessao();
     const Veredito v = verificarModulo(Tabs->DbORB(), s, grupoNome, m.classe);
     if (v == Veredito::Negado) {
-        SemPermissao(kSemPermissaoModulo);
+        SemPermissao(recusaVisualizacao(m.classe));
         return nullptr;
     }
     if (v != Veredito::Permitido) {

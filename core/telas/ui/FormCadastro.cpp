@@ -11,10 +11,13 @@
 #include "ui/TratadorErros.h"
 #include "Recusa.h"
 
+#include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QPlainTextEdit>
 #include <QFormLayout>
 #include <QLineEdit>
+#include <QRegularExpression>
 #include <QTimer>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -32,6 +35,22 @@
 #include <QVBoxLayout>
 
 namespace orb {
+
+namespace {
+
+// The peach of a refused field gives way to the application's own colours (an empty palette set
+// on the widget would keep what it had).
+void semCorFalha(QWidget *w)
+{
+    const QPalette padrao = QApplication::palette(w);
+    QPalette p = w->palette();
+    p.setColor(QPalette::Base, padrao.color(QPalette::Base));
+    p.setColor(QPalette::Button, padrao.color(QPalette::Button));
+    w->setPalette(p);
+}
+
+} // namespace
+
 
 void prepararGrade(QTableView *g)
 {
@@ -114,7 +133,10 @@ FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const Q
         espera->start();
     });
     connect(espera, &QTimer::timeout, this, &FormCadastro::pesquisar);
-    connect(ordem_, &QComboBox::currentIndexChanged, this, &FormCadastro::pesquisar);
+    connect(ordem_, &QComboBox::currentIndexChanged, this, [this] {
+        mascararBusca();
+        pesquisar();
+    });
     // Enter: the text anywhere in the order's column, and the grid takes the keyboard.
     connect(busca_, &QLineEdit::returnPressed, this, [this, espera] {
         espera->stop();
@@ -178,6 +200,7 @@ void FormCadastro::definirConsulta(const QString &sql, const QList<QPair<QString
     for (const auto &o : ordens) ordem_->addItem(o.first, o.second);
     ordem_->setVisible(!ordens.isEmpty());
     busca_->setVisible(!ordens.isEmpty());
+    mascararBusca();
     modelo_->definirColunas(colunas);
     pesquisar();
 }
@@ -297,8 +320,9 @@ void FormCadastro::ajustarColunas()
 void FormCadastro::pesquisar()
 {
     avisoBusca_.clear();
+    int linha = 0;
     try {
-        consultarBusca();
+        linha = consultarBusca();
     } catch (const db::ErroBanco &e) {
         // Typed while searching: the grid stays empty and the line under it says why, with no box
         // to interrupt the typing. A text longer than the column cannot match anything. A server
@@ -307,34 +331,108 @@ void FormCadastro::pesquisar()
         avisoBusca_ = e.tipo() == db::TipoErro::TextoLongo
                           ? QStringLiteral("nenhum registro tem um texto tão longo neste campo")
                           : e.mensagem();
+        consultaAtual_.clear();
     }
-    if (modelo_->rowCount() > 0) grade_->selectRow(0);
+    if (linha >= 0 && modelo_->rowCount() > linha) {
+        grade_->selectRow(linha);
+        grade_->scrollTo(modelo_->index(linha, 0), QAbstractItemView::PositionAtCenter);
+    }
     ajustarColunas();
     mostrarRegistro();
 }
 
-void FormCadastro::consultarBusca()
+namespace {
+
+// What was typed in a masked search box: the mask's blanks and trailing separators are not text;
+// documents, CEP and phones are kept as their digits, so the separators go altogether.
+QString textoBusca(const QLineEdit *e)
 {
+    QString t = e->text();
+    if (!e->inputMask().isEmpty()) {
+        t.remove('_');
+        while (!t.isEmpty() && !t.back().isLetterOrNumber()) t.chop(1);
+        if (!e->inputMask().startsWith("99/")) t.remove(QRegularExpression("[^0-9A-Za-z]"));
+    }
+    return t.trimmed();
+}
+
+QString comparavel(const QVariant &v)
+{
+    if (v.typeId() == QMetaType::QDate) return v.toDate().toString("dd/MM/yyyy");
+    if (v.typeId() == QMetaType::QDateTime) return v.toDateTime().toString("dd/MM/yyyy hh:mm");
+    return v.toString().toUpper();
+}
+
+} // namespace
+
+int FormCadastro::localizar(const QString &campo, const QString &texto)
+{
+    const QString t = texto.toUpper();
+    for (int i = 0;; ++i) {
+        if (i >= modelo_->rowCount()) {
+            if (!modelo_->canFetchMore({})) return -1;
+            modelo_->fetchMore({});
+            if (i >= modelo_->rowCount()) return -1;
+        }
+        if (comparavel(modelo_->valor(i, campo)).startsWith(t)) return i;
+    }
+}
+
+void FormCadastro::mascararBusca()
+{
+    // The order's caption says what the column holds.
+    const QString o = ordem_->currentText().toUpper();
+    QString m;
+    if (o.contains("CEP")) m = "99999-999;_";
+    else if (o == "CPF") m = "999.999.999-99;_";
+    else if (o == "CNPJ") m = "99.999.999/9999-99;_";
+    else if (o.startsWith("TELEFONE") || o == "FONE") m = "(99) 99999-9999;_";
+    else if (o.startsWith("DATA")) m = "99/99/9999;_";
+    if (busca_->inputMask() == m) return;
+    const QSignalBlocker b(busca_);
+    busca_->clear();
+    busca_->setInputMask(m);
+}
+
+int FormCadastro::consultarBusca()
+{
+    const QString texto = textoBusca(busca_);
     QString propria;
     std::map<QString, QVariant> pp;
-    if (montarBusca(ordem_->currentText(), busca_->text().trimmed(), modoBusca_, propria, pp)) {
+    if (montarBusca(ordem_->currentText(), texto, modoBusca_, propria, pp)) {
         modelo_->consultar(propria, pp);
-    } else if (ordens_.isEmpty()) {
-        modelo_->consultar(sqlBase_);
-    } else {
-        // Only a field from the declared list goes into the text; what was typed goes as a parameter.
-        // An order of several columns ("A,B") searches the first.
-        const QStringList colunas = ordem_->currentData().toString().split(',');
-        const QString campo = colunas.first();
-        QString sql = "Select * From (" + sqlBase_ + ") X";
-        std::map<QString, QVariant> p;
-        if (!busca_->text().trimmed().isEmpty()) {
-            sql += modoBusca_ == Busca::Inicio ? " Where Upper(X." + campo + ") Starting With Upper(:BUSCA)"
-                                          : " Where X." + campo + " Containing :BUSCA";
-            p["BUSCA"] = busca_->text().trimmed();
-        }
-        modelo_->consultar(sql + " Order By X." + colunas.join(", X."), p);
+        consultaAtual_.clear();
+        return 0;
     }
+    if (ordens_.isEmpty()) {
+        modelo_->consultar(sqlBase_);
+        consultaAtual_.clear();
+        return 0;
+    }
+    // Only a field from the declared list goes into the text; what was typed goes as a parameter.
+    // An order of several columns ("A,B") searches the first.
+    const QStringList colunas = ordem_->currentData().toString().split(',');
+    const QString campo = colunas.first();
+    QString sql = "Select * From (" + sqlBase_ + ") X";
+    std::map<QString, QVariant> p;
+    const bool localizando = localizar_ && modoBusca_ == Busca::Inicio;
+    if (!texto.isEmpty() && !localizando) {
+        sql += modoBusca_ == Busca::Inicio ? " Where Upper(X." + campo + ") Starting With Upper(:BUSCA)"
+                                           : " Where X." + campo + " Containing :BUSCA";
+        p["BUSCA"] = texto;
+    }
+    sql += " Order By X." + colunas.join(", X.");
+    const QString chave = sql + '\n' + texto;
+    // Locating moves over the list already on the grid; only another order (or the end of a
+    // search made with Enter) reads it again.
+    if (!localizando || consultaAtual_ != sql) {
+        modelo_->consultar(sql, p);
+        consultaAtual_ = localizando ? sql : chave;
+    }
+    if (!localizando || texto.isEmpty()) return 0;
+    const int linha = localizar(campo, texto);
+    if (linha < 0) avisoBusca_ = QStringLiteral("nenhum registro começa com este texto");
+    return linha;
 }
 
 int FormCadastro::idAtual() const
@@ -359,15 +457,18 @@ void FormCadastro::Botoes()
 {
     const bool navegando = estado_ == Estado::Navegando;
     const bool temRegistro = idAtual() != 0;
-    botoes_["Incluir"]->setEnabled(navegando);
-    botoes_["Alterar"]->setEnabled(navegando && temRegistro);
-    botoes_["Excluir"]->setEnabled(navegando && temRegistro);
+    botoes_["Incluir"]->setEnabled(navegando && !consulta_);
+    botoes_["Alterar"]->setEnabled(navegando && temRegistro && !consulta_);
+    botoes_["Excluir"]->setEnabled(navegando && (temRegistro || !semRegistro().isEmpty()) && !consulta_);
     botoes_["Salvar"]->setEnabled(!navegando);
     botoes_["Cancelar"]->setEnabled(!navegando);
     botoes_["Imprimir"]->setEnabled(navegando);
     botoes_["Fechar"]->setEnabled(navegando);
     for (const char *n : {"Primeiro", "Anterior", "Proximo", "Ultimo"}) botoes_[n]->setEnabled(navegando && temRegistro);
     grade_->setEnabled(navegando);
+    // Searching would move the grid away from the record being edited.
+    ordem_->setEnabled(navegando);
+    busca_->setEnabled(navegando);
     const int n = modelo_->rowCount();
     status_->setText(navegando ? QString("%1 registro(s)%2%3").arg(n).arg(modelo_->canFetchMore({}) ? "+" : "",
                                                                avisoBusca_.isEmpty() ? QString() : " - " + avisoBusca_)
@@ -375,10 +476,17 @@ void FormCadastro::Botoes()
     estadoMudou();
 }
 
+void FormCadastro::somenteConsulta()
+{
+    consulta_ = true;
+    for (const char *n : {"Incluir", "Alterar", "Salvar", "Cancelar", "Excluir"}) botoes_[n]->hide();
+    Botoes();
+}
+
 void FormCadastro::habilitarEdicao(bool sim)
 {
     if (!sim) {
-        for (QWidget *w : std::as_const(falhas_)) w->setPalette(QPalette());
+        for (QWidget *w : std::as_const(falhas_)) semCorFalha(w);
         falhas_.clear();
     }
     for (QWidget *w : std::as_const(campos_)) w->setEnabled(sim);
@@ -420,7 +528,7 @@ bool FormCadastro::permitido(const QString &operacao)
 void FormCadastro::BtIncluirClick()
 {
     Tabs->Deb("procedure " + classe_ + ".BtIncluirClick(Sender: TObject)");
-    if (estado_ != Estado::Navegando || !permitido("Incluir")) return;
+    if (estado_ != Estado::Navegando || consulta_ || !permitido("Incluir")) return;
     transacao().iniciar();
     estado_ = Estado::Incluindo;
     idEditado_ = 0;
@@ -435,7 +543,7 @@ void FormCadastro::BtAlterarClick()
 {
     Tabs->Deb("procedure " + classe_ + ".BtAlterarClick(Sender: TObject)");
     const int id = idAtual();
-    if (estado_ != Estado::Navegando || !id || !permitido("Alterar")) return;
+    if (estado_ != Estado::Navegando || !id || consulta_ || !permitido("Alterar")) return;
     try {
         conferirOperacao("Alterar", id);
     } catch (const Recusa &r) {
@@ -511,7 +619,11 @@ void FormCadastro::BtExcluirClick()
 {
     Tabs->Deb("procedure " + classe_ + ".BtExcluirClick(Sender: TObject)");
     const int id = idAtual();
-    if (estado_ != Estado::Navegando || !id || !permitido("Excluir")) return;
+    if (estado_ != Estado::Navegando || consulta_ || !permitido("Excluir")) return;
+    if (!id) {
+        if (!semRegistro().isEmpty()) Atencao(semRegistro());
+        return;
+    }
     try {
         conferirOperacao("Excluir", id);
     } catch (const Recusa &r) {
@@ -590,6 +702,20 @@ void FormCadastro::marcarFalha(QWidget *w)
     p.setColor(QPalette::Button, QColor(0xFF, 0xDD, 0xCC));
     w->setPalette(p);
     falhas_.insert(w);
+    // Any change clears it, typed or chosen with the mouse.
+    auto corrigido = [this, w = QPointer<QWidget>(w)] {
+        if (!w || !falhas_.remove(w)) return;
+        semCorFalha(w);
+        if (w->hasFocus()) MudaCorEntrada(w);
+    };
+    if (auto *cb = qobject_cast<QComboBox *>(w)) {
+        connect(cb, &QComboBox::currentIndexChanged, this, corrigido, Qt::SingleShotConnection);
+        if (cb->isEditable()) connect(cb, &QComboBox::editTextChanged, this, corrigido, Qt::SingleShotConnection);
+    } else if (auto *x = qobject_cast<QCheckBox *>(w)) {
+        connect(x, &QCheckBox::toggled, this, corrigido, Qt::SingleShotConnection);
+    } else if (auto *l = qobject_cast<QLineEdit *>(w)) {
+        connect(l, &QLineEdit::textChanged, this, corrigido, Qt::SingleShotConnection);
+    }
 }
 
 void FormCadastro::informarMonitor(int id, const QString &acao)
@@ -627,7 +753,7 @@ bool FormCadastro::eventFilter(QObject *o, QEvent *e)
         }
         if (e->type() == QEvent::KeyPress && falhas_.contains(w)) {
             falhas_.remove(w);
-            w->setPalette(QPalette());
+            semCorFalha(w);
             MudaCorEntrada(w);
         }
     }

@@ -109,6 +109,8 @@ protected:
     virtual QString chave() const { return QStringLiteral("ID"); }  // the table's key column
     // A registry's refusal of "Alterar" or "Excluir" on this record, before anything is asked or locked.
     virtual void conferirOperacao(const QString &operacao, int id) {}
+    // What Excluir says with no record chosen; empty = the button waits for a record.
+    virtual QString semRegistro() const { return {}; }
     virtual bool confirmarCancelamento() { return true; }        // a registry may ask before losing the edit
     virtual void registroMudou(int id) {}                        // the grid moved to another record (0 = none)
     virtual void estadoMudou() {}                                // browsing, inserting or changing began
@@ -129,6 +131,11 @@ protected:
     void reajustarColunas() { colunasAjustadas_ = false; }  // widths again from the next rows read
     void ajustarColunas();
     void focarPrimeiro();
+    // Typing in the search box moves to the first row whose order column starts with the text,
+    // over the list already read (the lookup registries); otherwise the list is queried again.
+    void localizarAoDigitar(bool sim) { localizar_ = sim; }
+    // A list to look things up in: nothing is included, changed or deleted from it.
+    void somenteConsulta();
     void informarMonitor(int id, const QString &acao);
 
     db::Transacao &transacao();
@@ -148,7 +155,9 @@ private:
     void mostrarRegistro();
     void conferirSaida(QWidget *w);
     void habilitarEdicao(bool sim);
-    void consultarBusca();  // the browse query under the order and text typed
+    int consultarBusca();  // the browse query under the order and text typed; the row to select
+    int localizar(const QString &campo, const QString &texto);  // first row starting with it; -1 none
+    void mascararBusca();  // the search box takes the mask of the chosen order
     Busca modoBusca_ = Busca::Inicio;  // typing: the start; Enter: anywhere
     void focarCampo(QWidget *w);  // its tab page in front, then the focus
 
@@ -176,6 +185,9 @@ private:
     QComboBox *ordem_ = nullptr;
     QLineEdit *busca_ = nullptr;
     QString avisoBusca_;  // why the last search found nothing, shown on the status line
+    bool localizar_ = false;
+    bool consulta_ = false;
+    QString consultaAtual_;  // the text and parameters of the list on the grid, to skip reading it again
 };
 
 } // namespace orb

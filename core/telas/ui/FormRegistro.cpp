@@ -27,6 +27,7 @@
 #include <QVBoxLayout>
 #include <QLineEdit>
 #include <QLocale>
+#include <QCompleter>
 #include <QPlainTextEdit>
 #include <QRegularExpression>
 
@@ -46,7 +47,18 @@ QWidget *criarWidgetCampo(const CampoForm &c)
     case CampoForm::Decimal: return new CampoNumero(c);
     case CampoForm::Lista:
     case CampoForm::Consulta: {
-        if (c.tipo == CampoForm::Consulta) return new ComboConsulta(c.sqlLista);
+        if (c.tipo == CampoForm::Consulta) {
+            auto *cb = new ComboConsulta(c.sqlLista);
+            if (!c.desconhecido.isEmpty()) {
+                // The name may be typed, completed from the list as it goes.
+                cb->setEditable(true);
+                cb->setInsertPolicy(QComboBox::NoInsert);
+                cb->completer()->setCaseSensitivity(Qt::CaseInsensitive);
+                cb->completer()->setFilterMode(Qt::MatchContains);
+                cb->completer()->setCompletionMode(QCompleter::PopupCompletion);
+            }
+            return cb;
+        }
         auto *cb = new QComboBox;
         cb->addItem("", QVariant());
         for (const auto &[valor, texto] : c.itens) cb->addItem(texto, valor);
@@ -65,7 +77,14 @@ QWidget *criarWidgetCampo(const CampoForm &c)
 
 QVariant lerWidgetCampo(const CampoForm &c, QWidget *w)
 {
-    if (auto *cb = qobject_cast<QComboBox *>(w)) return cb->currentData();
+    if (auto *cb = qobject_cast<QComboBox *>(w)) {
+        if (!cb->isEditable()) return cb->currentData();
+        const QString typed = cb->currentText().trimmed();
+        if (typed.isEmpty()) return {};
+        const int i = cb->findText(typed, Qt::MatchFixedString);
+        if (i < 0) throw Recusa(c.desconhecido, c.coluna);
+        return cb->itemData(i);
+    }
     if (auto *x = qobject_cast<QCheckBox *>(w)) return x->isChecked() ? "S" : "N";
     if (auto *m = qobject_cast<QPlainTextEdit *>(w)) return m->toPlainText().isEmpty() ? QVariant() : m->toPlainText();
     if (auto *f = qobject_cast<CampoFoto *>(w)) return f->dados().isEmpty() ? QVariant() : QVariant(f->dados());
@@ -177,7 +196,10 @@ FormRegistro::FormRegistro(DeclaracaoRegistro d, QWidget *parent)
         adicionarPainel(abasDetalhes_);
     }
     modelo()->definirLegendas(legendas(d_.campos));
+    // The small tables are read whole and typing locates in them.
+    localizarAoDigitar(true);
     definirConsulta(sqlGrade(d_), d_.colunas, d_.ordens);
+    if (d_.campos.isEmpty()) somenteConsulta();
     editarDetalhe = [this](const DetalheRegistro &dd, Valores &v) {
         // A small dialog made of the detail's own fields.
         QDialog dlg(this);

@@ -1,5 +1,7 @@
 #include "ui/ModeloConsulta.h"
 
+#include <QColor>
+
 #include "dados/Formatos.h"
 #include "ui/TratadorErros.h"
 
@@ -125,6 +127,12 @@ TipoCampo tipoDe(const QVariant &v)
 }
 } // namespace
 
+QVariant corDestaque(const QVariant &destaque)
+{
+    if (destaque.toString() != "S") return {};
+    return QColor(0xB0, 0x30, 0x20);
+}
+
 QVariant celula(const QVariant &v, const QString &campo, int role)
 {
     switch (role) {
@@ -149,6 +157,7 @@ QVariant ModeloConsulta::data(const QModelIndex &i, int role) const
 {
     if (!i.isValid() || i.row() >= linhas_.size()) return {};
     if (role == IdRole) return idDaLinha(i.row());
+    if (role == Qt::ForegroundRole) return corDestaque(valor(i.row(), kColunaDestaque));
     const QString campo = colunas_[i.column()].first.toUpper();
     const QVariant v = valor(i.row(), campo);
     if (role == Qt::DisplayRole)

@@ -13,6 +13,9 @@ namespace orb {
 
 // A grid cell of field `campo`: its text (display conventions, "SIM"/"NÃO" for flags) or its alignment.
 QVariant celula(const QVariant &v, const QString &campo, int role);
+// A row whose Z_DESTAQUE column holds "S" is painted apart (a serial already sold, ...).
+inline const QString kColunaDestaque = QStringLiteral("Z_DESTAQUE");
+QVariant corDestaque(const QVariant &destaque);
 
 class ModeloConsulta : public QAbstractTableModel {
     Q_OBJECT

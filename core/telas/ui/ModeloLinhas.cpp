@@ -40,6 +40,10 @@ QVariant ModeloLinhas::data(const QModelIndex &i, int role) const
     if (!e_ || !i.isValid() || i.row() >= e_->linhas.size()) return {};
     const QString campo = d_.colunas[i.column()].first.toUpper();
     const Valores &v = e_->linhas[i.row()].valores;
+    if (role == Qt::ForegroundRole) {
+        const auto d = v.find(kColunaDestaque);
+        return d == v.end() ? QVariant() : corDestaque(d->second);
+    }
     const auto it = v.find(campo);
     const QVariant valor = it == v.end() ? QVariant() : it->second;
     if (role == Qt::DisplayRole && preenchido(valor)) {

@@ -1,6 +1,7 @@
 #include "ui/TratadorErros.h"
 
 #include "acesso/Sessao.h"
+#include "dados/Monitor.h"
 #include "dados/Tabs.h"
 #include "db/Erros.h"
 #include "ui/FormCadastro.h"
@@ -13,6 +14,9 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QPixmap>
 #include <QScopeGuard>
 #include <QScreen>
@@ -77,9 +81,10 @@ QImage capturarTela()
     return img;
 }
 
-// Saves the screenshot and the support report side by side. There is no sending from here:
-// the report stays in "Erros" for technical support to collect.
-void registrar(const QString &mensagem, const QString &tecnico, const QString &classe, QObject *sender)
+// Saves the screenshot and the support report side by side, and returns the report's path. The
+// report also goes to the activity monitor when one is configured; otherwise it waits in "Erros"
+// for technical support to collect.
+QString registrar(const QString &mensagem, const QString &tecnico, const QString &classe, QObject *sender)
 {
     const QString base = pastaErros() + "/A_Erro" + QDateTime::currentDateTime().toString("ddMMyyhhmmsszzz");
     // The screenshot and the report may show what the user was typing: created readable by their owner only.
@@ -104,9 +109,13 @@ void registrar(const QString &mensagem, const QString &tecnico, const QString &c
     for (int i = 0; i < 10; ++i) l << QString("<b>Handler %1:</b> ").arg(i) + trilha.value(i).toHtmlEscaped();
     l << "<b>ActiveControl:</b> " + nomeDe(QApplication::focusWidget()) << "<b>ActivePage:</b> " + paginaAtiva().toHtmlEscaped()
       << "<b>Sender:</b> " + nomeDe(sender);
+    const QString html = "***************************<br>" + l.join("<br>") + "<br>***************************<br>";
     QFile f(base + ".html");
-    if (f.open(QIODevice::WriteOnly, soDono))
-        f.write(("***************************<br>" + l.join("<br>") + "<br>***************************<br>").toUtf8());
+    if (f.open(QIODevice::WriteOnly, soDono)) f.write(html.toUtf8());
+    QJsonObject relatorio;
+    relatorio.insert("RELATORIO", html);
+    monitor().HttpRequest("ERRO", "ERRO", QJsonDocument(QJsonArray{relatorio}).toJson(QJsonDocument::Compact));
+    return QDir::toNativeSeparators(base + ".html");
 }
 
 } // namespace
@@ -148,7 +157,11 @@ void Ae1Exception(const std::exception_ptr &ep, QObject *sender)
         const std::type_info *t = abi::__cxa_current_exception_type();
         classe = t ? desmangle(t->name()) : QString("Exception");
     }
-    registrar(mensagem, tecnico, classe, sender);
+    const QString relatorio = registrar(mensagem, tecnico, classe, sender);
+    // Only a report that left for support is said to have been sent.
+    const QString destino = monitor().endereco().isEmpty()
+                                ? "O relatório do erro foi salvo em " + relatorio + " para o suporte técnico."
+                                : QStringLiteral("O erro foi enviado para o suporte técnico. ");
 
     const QStringList trilha = Tabs ? Tabs->trilha() : QStringList();
     QWidget *janela = QApplication::activeWindow();
@@ -157,7 +170,7 @@ void Ae1Exception(const std::exception_ptr &ep, QObject *sender)
     Erro("Este módulo está apresentando o seguinte erro: " + mensagem + "\n\nClassName: " + classe
              + "\nHandler 0: " + trilha.value(0) + "\nHandler 1: " + trilha.value(1) + "\nHandler 2:" + trilha.value(2)
              + "\n\nPara evitar problemas consequentes desse erro é aconselhável reiniciar o aplicativo.\n"
-               "O erro foi enviado para o suporte técnico. ",
+               + destino,
          titulo);
 }
 
