@@ -480,6 +480,8 @@ void FormCadastro::somenteConsulta()
 {
     consulta_ = true;
     for (const char *n : {"Incluir", "Alterar", "Salvar", "Cancelar", "Excluir"}) botoes_[n]->hide();
+    // No fields to show: the list takes the whole height.
+    for (int i = 1; i < divisor_->count(); ++i) divisor_->widget(i)->hide();
     Botoes();
 }
 
