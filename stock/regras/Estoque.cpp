@@ -336,8 +336,9 @@ QString clausulasSituacao(const FiltroEstoque &f)
 {
     const QString atual = soma("EstAtual"), minimo = soma("EstMinimo"), maximo = soma("EstMaximo");
     QStringList c;
-    if (f.minimo) c << "((" + atual + " <= " + minimo + ") and (" + minimo + " > 0))";
-    if (f.maximo) c << "((" + atual + " >= " + maximo + ") and (" + maximo + " > 0))";
+    // Written as the totals' indexes are, so that the server finds these items through them.
+    if (f.minimo) c << "(Iif((T.EstMinimo > 0) and (T.EstAtual <= T.EstMinimo), 1, 0) = 1)";
+    if (f.maximo) c << "(Iif((T.EstMaximo > 0) and (T.EstAtual >= T.EstMaximo), 1, 0) = 1)";
     // Between the two, both included: an item at its minimum is both "Mínimo" and "Normal".
     if (f.normal) c << "((" + atual + " >= " + minimo + ") and (" + atual + " <= " + maximo + "))";
     if (f.zerado) c << "(" + atual + " <= 0)";
@@ -364,11 +365,11 @@ QString sqlEstoque(const QString &ordem, const QString &texto, const FiltroEstoq
         "Case When (" + atual + " < " + maximo + ") and (" + maximo + " > 0) Then " + maximo + " - " + atual + " Else 0 End Z_CompraMax, "
         "Ep.EstAtual Z_EstAtualP, Ep.EstMinimo Z_EstMinimoP, Ep.EstMaximo Z_EstMaximoP "
         "From TbItens I " + QString(soComEstoque ? "Inner" : "Left") + " Join TbItensTotais T On (T.Fk = I.Id) "
+        // The principal company: the IdEmpresa of the first global parameters row, read once.
+        "Left Join (Select First 1 P.IdEmpresa From TbParGlobais P Order By P.Id) Pg On (1 = 1) "
         "Left Join TbGrupos Gr On (Gr.Id = I.IdGrupo) Left Join TbGruposSub Sg On (Sg.Id = I.IdSubgrupo) "
         "Left Join TbFabricantes Fa On (Fa.Id = I.IdFabricante) Left Join TbGrades Gd On (Gd.Id = I.IdGrade) "
-        // The principal company's own row: the IdEmpresa of the first global parameters row.
-        "Left Join TbItensEst Ep On ((Ep.Fk = I.Id) and "
-        "(Ep.IdEmpresa = (Select First 1 P.IdEmpresa From TbParGlobais P Order By P.Id))) "
+        "Left Join TbItensEst Ep On ((Ep.Fk = I.Id) and (Ep.IdEmpresa = Pg.IdEmpresa)) "
         "Where (I.Tipo = 'M')" + clausulasFiltro(f) + clausulasSituacao(f);
     if (f.idGrupo) p["GRUPO"] = f.idGrupo;
     if (f.idSubgrupo) p["SUBGRUPO"] = f.idSubgrupo;
@@ -406,6 +407,9 @@ QString sqlEstoque(const QString &ordem, const QString &texto, const FiltroEstoq
         sql += " and ((" + contem("I.Codigo") + ") or (" + contem("I.CodigoBarras") + ") or (" + contem("I.Descricao") +
                ") or (" + contem("I.Aplicacao") + "))";
     }
+    // The few items at their minimum or maximum are sorted after they are found, instead of
+    // walking the order's index over every item.
+    if (soComEstoque) ordenar = ordenar.split(", ").join(" || '', ") + " || ''";
     return sql + " Order By " + ordenar;
 }
 

@@ -172,6 +172,11 @@ const QList<Mudanca> &mudancas()
     // filters read one row per item instead of adding up every company's row each time.
     m << novaTabela("TBITENSTOTAIS")
       << Mudanca{Mudanca::CriarIndiceUnico, "TBITENSTOTAIS", "UNQ_TBITENSTOTAIS_FK", {}, "(FK)"}
+      // The few items at their minimum or maximum are found through these, not by a scan.
+      << Mudanca{Mudanca::CriarIndice, "TBITENSTOTAIS", "IDX_TBITENSTOTAIS_MINIMO", {},
+                 "COMPUTED BY (IIF((ESTMINIMO > 0) AND (ESTATUAL <= ESTMINIMO), 1, 0))"}
+      << Mudanca{Mudanca::CriarIndice, "TBITENSTOTAIS", "IDX_TBITENSTOTAIS_MAXIMO", {},
+                 "COMPUTED BY (IIF((ESTMAXIMO > 0) AND (ESTATUAL >= ESTMAXIMO), 1, 0))"}
       << Mudanca{Mudanca::CriarGatilho, "TBITENSEST", "TG_TBITENSEST_TOTAIS", {}, QStringLiteral(R"(
 FOR TBITENSEST ACTIVE AFTER INSERT OR UPDATE OR DELETE POSITION 50 AS
 BEGIN
