@@ -89,8 +89,8 @@ DeclaracaoRegistro declaracaoLeituras()
     d.sqlGrade = sqlLeituras(todas, p);
     d.colunas = {{"DATA", "Data"},        {"Z_MAQ", "Selo"},         {"Z_PONTO", "Ponto"},
                  {"Z_ROTA", "Rota"},      {"Z_OPERL", "Operador"},   {"DIFEE", "Entradas"},
-                 {"DIFES", "Saídas"},     {"HPTOTAL", "Total"},      {"COMPONTO", "Ponto (R$)"},
-                 {"COMOPER", "Operador (R$)"}, {"LIQUIDO", "Líquido"}};
+                 {"DIFES", "Saídas"},     {"HPTOTAL", "Total"},      {"COMPONTO", "Ponto R$"},
+                 {"COMOPER", "Oper. R$"}, {"LIQUIDO", "Líquido"}};
     // The machine first: the date check comes after it.
     d.campos = {{"IDMAQ", "Máquina", C::Inteiro, kSemMaquina},
                 {"DATA", "Data", C::Data, kSemData},

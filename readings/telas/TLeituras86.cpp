@@ -35,7 +35,7 @@ constexpr int kToque = 16;     // at most this far, a tap
 const char *kEstilo = R"(
     QPushButton { min-height: 44px; min-width: 64px; font-size: 15px; padding: 0 10px; }
     QComboBox, QLineEdit { min-height: 40px; font-size: 16px; }
-    QLabel { font-size: 15px; }
+    QLabel, QTableView, QHeaderView { font-size: 15px; }
     QLabel[papel="copiado"] { font-weight: bold; }
     QLabel[papel="dinheiro"] { font-size: 24px; font-weight: bold; qproperty-alignment: AlignRight; }
     QLineEdit[papel="contador"] { background: #1d2420; color: #8fe36a; border: 2px solid #56644f; border-radius: 6px;
@@ -132,7 +132,7 @@ void TLeituras86::montarFiltros()
     fOperador_->setObjectName("CbFiltroOperador");
     fRota_ = new QComboBox(filtros_);
     fRota_->setObjectName("CbFiltroRota");
-    for (QWidget *w : {static_cast<QWidget *>(de_), static_cast<QWidget *>(ate_)}) w->setMaximumWidth(130);
+    for (QWidget *w : {static_cast<QWidget *>(de_), static_cast<QWidget *>(ate_)}) w->setMaximumWidth(150);
     l->addWidget(new QLabel(QStringLiteral("De"), filtros_));
     l->addWidget(de_);
     l->addWidget(new QLabel(QStringLiteral("Até"), filtros_));

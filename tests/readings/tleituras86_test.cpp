@@ -182,6 +182,8 @@ TEST_F(TLeituras86Test, SwipeMovesBetweenReadingsAndATapOpensTheNumericPad)
     QTest::touchEvent(fim, dedo.get()).release(0, centro, fim);
     ASSERT_NE(t.teclado(), nullptr);
     EXPECT_TRUE(t.teclado()->isVisible());
+    if (const QString pasta = qEnvironmentVariable("ORB_CAPTURAS"); !pasta.isEmpty())
+        t.teclado()->grab().save(QDir(pasta).filePath("TecladoNumerico.png"));
     for (const char *k : {"1", "5", "0", "0"}) QTest::mouseClick(t.teclado()->findChild<QPushButton *>(QString("Bt") + k), Qt::LeftButton);
     QTest::mouseClick(t.teclado()->findChild<QPushButton *>("BtOk"), Qt::LeftButton);
     EXPECT_EQ(contador(t, "LEEF"), 1500);
@@ -202,6 +204,7 @@ TEST_F(TLeituras86Test, FitsATabletAndFoldsItsBar)
     // Targets a finger hits: the buttons and the counters are tall.
     EXPECT_GE(t.botao("Incluir")->height(), 44);
     EXPECT_GE(t.contador("LEEF")->height(), 56);
+    QTest::qWait(20);  // the layout takes the new texts
     if (const QString pasta = qEnvironmentVariable("ORB_CAPTURAS"); !pasta.isEmpty())
         t.grab().save(QDir(pasta).filePath("TLeituras86-1280x800.png"));
     t.BtBarraClick();
