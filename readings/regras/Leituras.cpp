@@ -204,12 +204,20 @@ QString sqlLeituras(const FiltroLeituras &f, std::map<QString, QVariant> &p)
         onde << "L.IdRota = :ROTA";
         p["ROTA"] = f.idRota;
     }
-    return "Select L.*, M.Selo Z_Maq, M.Moeda Z_Moeda, P.Nome Z_Ponto, R.Rota Z_Rota, A.Area Z_Area, OL.Nome Z_OperL, O.Nome Z_Oper "
+    // Only the names the list shows are joined: every filtered row is joined before the sort.
+    return "Select L.*, M.Selo Z_Maq, M.Moeda Z_Moeda, P.Nome Z_Ponto, R.Rota Z_Rota, OL.Nome Z_OperL "
            "From TBFL_LEITURAS L Left Join TBFL_MAQ M On (M.Id = L.IdMaq) "
            "Left Join TBFL_PONTOS P On (P.Id = L.IdPonto) Left Join TBFL_ROTAS R On (R.Id = L.IdRota) "
-           "Left Join TBFL_AREAS A On (A.Id = L.IdArea) Left Join TBFL_OPER OL On (OL.Id = L.IdOperL) "
-           "Left Join TBFL_OPER O On (O.Id = L.IdOper)"
+           "Left Join TBFL_OPER OL On (OL.Id = L.IdOperL)"
            + (onde.isEmpty() ? QString() : " Where " + onde.join(" and "));
+}
+
+QString sqlLeitura()
+{
+    std::map<QString, QVariant> p;
+    return "Select X.*, (Select A.Area From TBFL_AREAS A Where A.Id = X.IdArea) Z_Area, "
+           "(Select O.Nome From TBFL_OPER O Where O.Id = X.IdOper) Z_Oper From (" + sqlLeituras({}, p) + ") X "
+           "Where X.ID = :LEITURA";
 }
 
 } // namespace orb

@@ -70,5 +70,7 @@ struct FiltroLeituras {
 };
 // The browse query (latest first) with its parameters.
 QString sqlLeituras(const FiltroLeituras &f, std::map<QString, QVariant> &p);
+// One reading (:LEITURA) with every name the screen shows.
+QString sqlLeitura();
 
 } // namespace orb

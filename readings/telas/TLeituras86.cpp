@@ -274,8 +274,7 @@ void TLeituras86::limpar()
 
 void TLeituras86::carregar(db::Transacao &t, int id)
 {
-    std::map<QString, QVariant> p;
-    db::Consulta q(t, "Select * From (" + sqlLeituras({}, p) + ") X Where X.ID = :LEITURA");
+    db::Consulta q(t, sqlLeitura());
     q.bind("LEITURA", id);
     q.executar();
     copiados_.clear();
