@@ -146,6 +146,25 @@ TEST_F(TLeituras86Test, SaveWithoutMachineOrDateNamesIt)
     EXPECT_EQ(t.estado(), FormCadastro::Estado::Incluindo);
 }
 
+TEST_F(TLeituras86Test, TracesNameTheQuickFormForAreasAndTellNewAndDeletedReadings)
+{
+    maquinaCadastrada();
+    auto areas = abrir("TAreas");
+    areas->BtIncluirClick();
+    EXPECT_TRUE(tabs.trilha().contains("procedure TMiniCad.BtIncluirClick(Sender: TObject)"));
+    areas->BtCancelarClick();
+    TLeituras86 t;
+    t.show();
+    ler(t, QDate(2026, 3, 2), "100", "510");
+    const QString id = QString::number(t.idAtual());
+    EXPECT_TRUE(tabs.trilha().contains("Nova Leitura (" + id + ")")) << tabs.trilha().join(" | ").toStdString();
+    msg.respostas = {QMessageBox::Yes};
+    t.BtExcluirClick();
+    EXPECT_EQ(msg.perguntas, QStringList{"Deseja realmente excluir a Leitura?"});
+    EXPECT_TRUE(tabs.trilha().contains("Leitura Excluída (" + id + ")"));
+    EXPECT_EQ(t.modelo()->rowCount(), 0);
+}
+
 TEST_F(TLeituras86Test, MultiplierAboveOneRefusedOnTheMachinesScreen)
 {
     EXPECT_EQ(incluir("TMaquinas", {{"SELO", "S-9"}, {"TIPO", "Música"}, {"MOEDA", "1,5"}}), 0);
