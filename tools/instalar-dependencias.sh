@@ -8,7 +8,7 @@ PACOTES=(
   qt6-base-dev qt6-base-dev-tools qt6-translations-l10n libqt6sql6 libgl-dev
   firebird-dev libfbclient2 firebird3.0-server-core firebird3.0-utils firebird3.0-server
   libkainjow-mustache-dev libcurl4-openssl-dev libsodium-dev
-  fonts-dejavu-core breeze-icon-theme
+  fonts-dejavu-core fonts-dseg breeze-icon-theme
   libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth python3-aiosmtpd
 )

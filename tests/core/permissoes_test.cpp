@@ -199,14 +199,14 @@ TEST_F(PermissoesTest, UserRules)
 TEST(Menus, EachSegmentHasItsMenu)
 {
     struct { const char *ramo, *menu, *grupos; } casos[] = {
-        {"CO", "MainMenu1", "Sistema|Operacional|Pessoal|Inventário|Comercial|Financeiro|Relatórios"},
+        {"CO", "MainMenu1", "Sistema|Operacional|Pessoal|Inventário|Comercial|Financeiro|Máquinas|Relatórios"},
         {"IG", "MainMenu2", "Sistema|Eclesiásticos|Secretaria|Atividades|Financeiro"},
         {"AC", "MainMenu3", "Sistema|Condomínios"},
         {"EN", "MainMenu4", "Sistema|Operacional|Pessoal|Suprimentos|Projetos|Inventário|Financeiro"},
         {"AL", "MainMenu5", "Sistema|Fichário|Pessoal|Comercial|Financeiro"},
         {"ME", "MainMenu6", "Sistema|Clínica|Operacional|Pessoal|Inventário"},
         {"VE", "MainMenu7", "Sistema|Operacional|Pessoal|Clínica|Relatórios"},
-        {"XX", "MainMenu1", "Sistema|Operacional|Pessoal|Inventário|Comercial|Financeiro|Relatórios"},
+        {"XX", "MainMenu1", "Sistema|Operacional|Pessoal|Inventário|Comercial|Financeiro|Máquinas|Relatórios"},
     };
     for (auto c : casos) {
         QStringList g;

@@ -64,6 +64,7 @@ struct DeclaracaoRegistro {
     QString titulo;                 // tab caption
     QString area;                   // its transaction: "TrCidades"
     QString tabela;                 // "TBCIDADES"
+    QString classeTraco;            // the class its trace lines name, when not its own ("TMiniCad")
     QString chave = QStringLiteral("ID");  // key column; another one (CODIGO) is filled by `completar`
     QString numerada;               // column numbered with the next code on insert ("CODIGO")
     QString filtro;                 // rows of a larger table ("Cv = 'S'")

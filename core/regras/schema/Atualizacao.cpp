@@ -166,6 +166,13 @@ const QList<Mudanca> &mudancas()
         {Mudanca::CriarIndiceUnico, "TBESPECIES", "UNQ_TBESPECIES_CODIGO", {}, "(CODIGO)"},
         {Mudanca::CriarIndiceUnico, "TBRACAS", "UNQ_TBRACAS_CODIGO", {}, "(CODIGO)"},
         {Mudanca::CriarIndiceUnico, "TBSUBCAT", "UNQ_TBSUBCAT_CODIGO", {}, "(CODIGO)"},
+        // Readings are listed by route and by machine, latest first; a machine's latest reading
+        // starts its next one.
+        {Mudanca::CriarIndice, "TBFL_LEITURAS", "IDX_TBFL_LEITURAS_MAQ", {}, "(IDMAQ, DATA)"},
+        {Mudanca::CriarIndice, "TBFL_LEITURAS", "IDX_TBFL_LEITURAS_ROTA", {}, "(IDROTA, DATA)"},
+        {Mudanca::CriarIndice, "TBFL_LEITURAS", "IDX_TBFL_LEITURAS_DATA", {}, "(DATA)"},
+        // A reading's takings are money: older databases kept them in whole reais.
+        {Mudanca::MudarDominio, "TBFL_LEITURAS", "HPTOTAL", "NUMERO2", "INTEIRO"},
     };
     // Each item's stock added up over its companies, kept by the database at every change of a
     // stock row (from this program or any other), so that the stock browse and its situation
@@ -347,6 +354,13 @@ bool moverColuna(Banco &b, Metadados &m, const Mudanca &mu)
     const bool temNova = m.temColuna(mu.tabela, tmp);
     if (temVelha && m.colunas[mu.tabela][mu.coluna] == mu.dominio && !temNova) return false;
     garantirDominios(b, m, {mu.dominio});
+    // Any other column changes type in place, keeping its values and position (INTEGER to NUMERIC).
+    const auto blob = [](const QString &d) { return tipoDominio(d).isEmpty() || tipoDominio(d).startsWith("BLOB"); };
+    if (temVelha && !temNova && !blob(m.colunas[mu.tabela][mu.coluna]) && !blob(mu.dominio)) {
+        ddl(b, {QString("ALTER TABLE %1 ALTER COLUMN %2 TYPE %3").arg(mu.tabela, mu.coluna, mu.dominio)});
+        m.colunas[mu.tabela].insert(mu.coluna, mu.dominio);
+        return true;
+    }
     const int posicao = m.posicoes[mu.tabela].value(mu.coluna, m.posicoes[mu.tabela].value(tmp));
     if (temVelha) {
         if (!temNova) {

@@ -94,6 +94,13 @@ QList<G> comercial()
               {"Cfop1", "CF&OP...", "TCfop"},
               {"Icms1", "&ICMS...", "TIcms"}}},
             financeiro(),
+            {"Maquinas1", "&Máquinas",
+             {{"Areas1", "Á&reas...", "TAreas"},
+              {"Rotas1", "&Rotas...", "TRotas"},
+              {"Operadores1", "&Operadores...", "TOperadores"},
+              {"Pontos1", "&Pontos...", "TPontos"},
+              {"Maquinas2", "&Máquinas...", "TMaquinas"},
+              {"Leituras1", "&Leituras...", "TLeituras86"}}},
             relatorios()};
 }
 

@@ -121,7 +121,9 @@ FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const Q
     busca_->setObjectName("EdBusca");
     busca_->setPlaceholderText("Pesquisar...");
     busca_->setClearButtonEnabled(true);
-    linha->addWidget(new QLabel("Ordem:", this));
+    auto *rotuloOrdem = new QLabel("Ordem:", this);
+    rotuloOrdem->setObjectName("LbOrdem");
+    linha->addWidget(rotuloOrdem);
     linha->addWidget(ordem_);
     linha->addWidget(busca_, 1);
     layout->addLayout(linha);
@@ -199,6 +201,7 @@ void FormCadastro::definirConsulta(const QString &sql, const QList<QPair<QString
     const QSignalBlocker b(ordem_);
     for (const auto &o : ordens) ordem_->addItem(o.first, o.second);
     ordem_->setVisible(!ordens.isEmpty());
+    findChild<QLabel *>("LbOrdem", Qt::FindDirectChildrenOnly)->setVisible(!ordens.isEmpty());
     busca_->setVisible(!ordens.isEmpty());
     mascararBusca();
     modelo_->definirColunas(colunas);
@@ -529,7 +532,7 @@ bool FormCadastro::permitido(const QString &operacao)
 
 void FormCadastro::BtIncluirClick()
 {
-    Tabs->Deb("procedure " + classe_ + ".BtIncluirClick(Sender: TObject)");
+    Tabs->Deb("procedure " + nomeTraco() + ".BtIncluirClick(Sender: TObject)");
     if (estado_ != Estado::Navegando || consulta_ || !permitido("Incluir")) return;
     transacao().iniciar();
     estado_ = Estado::Incluindo;
@@ -543,7 +546,7 @@ void FormCadastro::BtIncluirClick()
 
 void FormCadastro::BtAlterarClick()
 {
-    Tabs->Deb("procedure " + classe_ + ".BtAlterarClick(Sender: TObject)");
+    Tabs->Deb("procedure " + nomeTraco() + ".BtAlterarClick(Sender: TObject)");
     const int id = idAtual();
     if (estado_ != Estado::Navegando || !id || consulta_ || !permitido("Alterar")) return;
     try {
@@ -572,7 +575,7 @@ void FormCadastro::BtAlterarClick()
 
 void FormCadastro::BtSalvarClick()
 {
-    Tabs->Deb("procedure " + classe_ + ".BtSalvarClick(Sender: TObject)");
+    Tabs->Deb("procedure " + nomeTraco() + ".BtSalvarClick(Sender: TObject)");
     if (estado_ == Estado::Navegando) return;
     db::Transacao &t = transacao();
     try {
@@ -601,7 +604,7 @@ void FormCadastro::BtSalvarClick()
 
 void FormCadastro::BtCancelarClick()
 {
-    Tabs->Deb("procedure " + classe_ + ".BtCancelarClick(Sender: TObject)");
+    Tabs->Deb("procedure " + nomeTraco() + ".BtCancelarClick(Sender: TObject)");
     if (estado_ == Estado::Navegando || !confirmarCancelamento()) return;
     transacao().rollback();
     if (estado_ == Estado::Alterando) {
@@ -619,7 +622,7 @@ void FormCadastro::BtCancelarClick()
 
 void FormCadastro::BtExcluirClick()
 {
-    Tabs->Deb("procedure " + classe_ + ".BtExcluirClick(Sender: TObject)");
+    Tabs->Deb("procedure " + nomeTraco() + ".BtExcluirClick(Sender: TObject)");
     const int id = idAtual();
     if (estado_ != Estado::Navegando || consulta_ || !permitido("Excluir")) return;
     if (!id) {
@@ -665,7 +668,7 @@ FormCadastro::Desfecho FormCadastro::naTransacao(const std::function<void(db::Tr
 
 QString FormCadastro::descartarEdicao()
 {
-    Tabs->Deb("procedure " + classe_ + ".DescartarEdicao");
+    Tabs->Deb("procedure " + nomeTraco() + ".DescartarEdicao");
     const QString texto = estado_ == Estado::Incluindo
         ? QStringLiteral("O novo registro de \"%1\" não foi salvo.").arg(titulo_)
         : QStringLiteral("As alterações do registro %1 de \"%2\" não foram salvas.").arg(QString::number(idEditado_).rightJustified(6, u'0'), titulo_);
@@ -793,14 +796,14 @@ void FormCadastro::focarCampo(QWidget *w)
 
 void FormCadastro::BtImprimirClick()
 {
-    Tabs->Deb("procedure " + classe_ + ".BtImprimirClick(Sender: TObject)");
+    Tabs->Deb("procedure " + nomeTraco() + ".BtImprimirClick(Sender: TObject)");
     if (estado_ != Estado::Navegando || !permitido("Imprimir")) return;
     imprimirHtml(titulo_, htmlGrade(*modelo_, titulo_, sessao().usuario), this);
 }
 
 void FormCadastro::BtFecharClick()
 {
-    Tabs->Deb("procedure " + classe_ + ".BtFecharClick(Sender: TObject)");
+    Tabs->Deb("procedure " + nomeTraco() + ".BtFecharClick(Sender: TObject)");
     if (estado_ != Estado::Navegando) return;
     emit fechar();
 }

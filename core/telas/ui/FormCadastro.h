@@ -55,6 +55,8 @@ public:
     }
     // One module with several sheets names its operations per sheet ("Incluir" + " Estoque").
     void definirSufixoOperacoes(const QString &sufixo) { sufixoOperacoes_ = sufixo; }
+    // The class name the trace lines carry, when not the form's own.
+    void definirNomeTraco(const QString &nome) { nomeTraco_ = nome; }
     // The logged-in user acting from this screen: the routines check its rights with it.
     Sessao quem() const;
 
@@ -161,7 +163,8 @@ private:
     Busca modoBusca_ = Busca::Inicio;  // typing: the start; Enter: anywhere
     void focarCampo(QWidget *w);  // its tab page in front, then the focus
 
-    QString classe_, titulo_, area_, menu_, sufixoOperacoes_;
+    QString classe_, titulo_, area_, menu_, sufixoOperacoes_, nomeTraco_;
+    QString nomeTraco() const { return nomeTraco_.isEmpty() ? classe_ : nomeTraco_; }
     Estado estado_ = Estado::Navegando;
     int idEditado_ = 0;
     QHash<QString, QPushButton *> botoes_;

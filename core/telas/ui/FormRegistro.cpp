@@ -134,6 +134,7 @@ void escreverWidgetCampo(QWidget *w, const QVariant &v)
 FormRegistro::FormRegistro(DeclaracaoRegistro d, QWidget *parent)
     : FormCadastro(d.classe, d.titulo, d.area, parent), d_(std::move(d))
 {
+    if (!d_.classeTraco.isEmpty()) definirNomeTraco(d_.classeTraco);
     // Consecutive check boxes on one page share a row, five to a line.
     for (int i = 0; i < d_.campos.size();) {
         const CampoForm &c = d_.campos[i];

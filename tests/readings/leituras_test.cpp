@@ -1,0 +1,339 @@
+// Readings: the split of the takings to the cent, the counter triples, where a reading's counters
+// start, the registries' checks in their order, the save's checks, and the takings column of
+// older databases becoming money.
+
+#include "Leituras.h"
+#include "Maquinas.h"
+#include "Recusa.h"
+#include "apoio/TabsTeste.h"
+#include "schema/Atualizacao.h"
+
+#include <gtest/gtest.h>
+
+using namespace orb;
+using db::Decimal;
+
+namespace {
+
+QVariant dec(const char *s) { return QVariant::fromValue(Decimal(s)); }
+
+// ------------------------------------------------------------------ money
+
+struct CasoRateio {
+    const char *nome;
+    qint64 difEntrada, difSaida;
+    const char *moeda, *percPonto, *percOper;
+    qint64 moedas;
+    const char *total, *comPonto, *aReceber, *comOper, *liquido;
+};
+
+class RateioTest : public ::testing::TestWithParam<CasoRateio> {};
+
+TEST_P(RateioTest, SplitsTheTakingsToTheCent)
+{
+    const CasoRateio &c = GetParam();
+    const Rateio r = ratear(c.difEntrada, c.difSaida, Decimal(c.moeda), Decimal(c.percPonto), Decimal(c.percOper));
+    EXPECT_EQ(r.moedas, c.moedas);
+    EXPECT_EQ(r.total.texto(), c.total);
+    EXPECT_EQ(r.comPonto.texto(), c.comPonto);
+    EXPECT_EQ(r.aReceber.texto(), c.aReceber);
+    EXPECT_EQ(r.comOper.texto(), c.comOper);
+    EXPECT_EQ(r.liquido.texto(), c.liquido);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Leituras, RateioTest,
+    ::testing::Values(
+        // No coin value: the counters count cents; the operator's share comes from what the point left.
+        CasoRateio{"Centavos", 1000, 200, "0", "30", "10", 800, "8.00", "2.40", "5.60", "0.56", "5.04"},
+        CasoRateio{"MoedaNegativaContaCentavos", 1000, 200, "-0.50", "30", "10", 800, "8.00", "2.40", "5.60", "0.56", "5.04"},
+        CasoRateio{"QuartoDeReal", 1000, 200, "0.25", "30", "10", 800, "200.00", "60.00", "140.00", "14.00", "126.00"},
+        CasoRateio{"UmReal", 1000, 200, "1", "30", "10", 800, "800.00", "240.00", "560.00", "56.00", "504.00"},
+        CasoRateio{"UmRealQuebrado", 333, 0, "1", "12.5", "7", 333, "333.00", "41.63", "291.37", "20.40", "270.97"},
+        CasoRateio{"DiferencaZero", 500, 500, "0.25", "30", "10", 0, "0.00", "0.00", "0.00", "0.00", "0.00"},
+        CasoRateio{"DiferencaNegativa", 100, 300, "0", "30", "10", -200, "-2.00", "-0.60", "-1.40", "-0.14", "-1.26"},
+        // Half a cent goes away from zero, as the database stores it, on both sides of zero.
+        CasoRateio{"MeioCentavo", 1, 0, "0", "50", "50", 1, "0.01", "0.01", "0.00", "0.00", "0.00"},
+        CasoRateio{"MeioCentavoNegativo", 0, 1, "0", "50", "50", -1, "-0.01", "-0.01", "0.00", "0.00", "0.00"},
+        CasoRateio{"SemComissoes", 1234, 34, "0.10", "0", "0", 1200, "120.00", "0.00", "120.00", "0.00", "120.00"}),
+    [](const auto &i) { return std::string(i.param.nome); });
+
+// ------------------------------------------------------------------ counters
+
+struct CasoTriplo {
+    const char *nome;
+    Triplo antes;
+    Editado editado;
+    Triplo depois;
+};
+
+class TriploTest : public ::testing::TestWithParam<CasoTriplo> {};
+
+TEST_P(TriploTest, FillsTheOtherField)
+{
+    EXPECT_EQ(recalcular(GetParam().antes, GetParam().editado), GetParam().depois);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Leituras, TriploTest,
+    ::testing::Values(
+        CasoTriplo{"DiferencaMoveOFinal", {1000, 0, 150}, Editado::Diferenca, {1000, 1150, 150}},
+        CasoTriplo{"DiferencaSobrepoeFinal", {1000, 1200, 150}, Editado::Diferenca, {1000, 1150, 150}},
+        CasoTriplo{"DiferencaZeroVemDoFinal", {1000, 1200, 0}, Editado::Diferenca, {1000, 1200, 200}},
+        CasoTriplo{"DiferencaNegativaVemDoFinal", {1000, 900, -5}, Editado::Diferenca, {1000, 900, -100}},
+        CasoTriplo{"FinalDaADiferenca", {1000, 1200, 150}, Editado::InicialOuFinal, {1000, 1200, 200}},
+        CasoTriplo{"FinalMenorQueInicial", {1000, 900, 0}, Editado::InicialOuFinal, {1000, 900, -100}},
+        CasoTriplo{"SemFinalVemDaDiferenca", {1000, 0, 150}, Editado::InicialOuFinal, {1000, 1150, 150}},
+        CasoTriplo{"InicialSozinho", {1000, 0, 0}, Editado::InicialOuFinal, {1000, 1000, 0}}),
+    [](const auto &i) { return std::string(i.param.nome); });
+
+TEST(Triplo, DifferenceThenFinalAsTyped)
+{
+    Triplo t{1000, 0, 0};
+    t.diferenca = 150;
+    t = recalcular(t, Editado::Diferenca);
+    EXPECT_EQ(t.final, 1150);
+    t.final = 1200;
+    t = recalcular(t, Editado::InicialOuFinal);
+    EXPECT_EQ(t.diferenca, 200);
+}
+
+// ------------------------------------------------------------------ with a database
+
+struct LeiturasTest : teste::ComTabs {
+    std::unique_ptr<db::Transacao> tr;
+    int area = 0, rota = 0, operador = 0, ponto = 0, maquina = 0;
+
+    void SetUp() override
+    {
+        ComTabs::SetUp();
+        tr = std::make_unique<db::Transacao>(tabs.DbORB());
+        area = salvar("TAreas", {{"AREA", "Centro"}});
+        rota = salvar("TRotas", {{"ROTA", "Rota 1"}, {"IDAREA", area}});
+        operador = salvar("TOperadores", {{"NOME", "Paulo"}, {"PERCCOM", dec("10")}, {"IDROTA", rota}});
+        ponto = salvar("TPontos", {{"NOME", "Bar do Zé"}, {"RESPONSAVEL", "José"}, {"ENDERECO", "Rua A, 10"},
+                                   {"PERCCOM", 25}, {"IDROTA", rota}, {"IDOPER", operador}});
+        maquina = salvar("TMaquinas", {{"SELO", "S-001"}, {"TIPO", "Música"}, {"MOEDA", dec("0")}, {"ENTRADA", 1000},
+                                       {"SAIDA", 500}, {"IDPONTO", ponto}, {"PERCCOMPONTO", dec("30")},
+                                       {"PERCCOMOPER", dec("10")}});
+    }
+    void TearDown() override
+    {
+        if (tr && tr->ativa()) tr->rollback();
+        tr.reset();
+        ComTabs::TearDown();
+    }
+    int salvar(const QString &classe, const Valores &v)
+    {
+        return gravarRegistro(*tr, registroMaquinas(classe), 0, v, teste::administrador(*tr, "&Máquinas", classe));
+    }
+    int ler(const QDate &data, qint64 leef, qint64 difee, qint64 lesf, qint64 difes)
+    {
+        Valores v = dadosDaMaquina(*tr, maquina);
+        for (auto it = v.begin(); it != v.end();) it = it->first.startsWith("Z_") || it->first == "MOEDA" ? v.erase(it) : ++it;
+        v["DATA"] = data;
+        v["LEEF"] = leef;
+        v["DIFEE"] = difee;
+        v["LESF"] = lesf;
+        v["DIFES"] = difes;
+        return salvarLeitura(*tr, 0, v, QDateTime(data, QTime(10, 0)), sessaoLeituras());
+    }
+    Sessao sessaoLeituras() { return teste::administrador(*tr, "&Máquinas", "TLeituras86"); }
+};
+
+TEST_F(LeiturasTest, FirstReadingStartsFromTheMachineAndTheNextFromTheLastFinals)
+{
+    Valores v = dadosDaMaquina(*tr, maquina);
+    EXPECT_EQ(v["LEEI"].toLongLong(), 1000);
+    EXPECT_EQ(v["LESI"].toLongLong(), 500);
+    ler(QDate(2026, 3, 2), 1800, 800, 600, 100);
+    v = dadosDaMaquina(*tr, maquina);
+    EXPECT_EQ(v["LEEI"].toLongLong(), 1800);
+    EXPECT_EQ(v["LESI"].toLongLong(), 600);
+    // An older reading typed later does not become the last one: the date decides.
+    ler(QDate(2026, 2, 1), 1500, 500, 550, 50);
+    EXPECT_EQ(dadosDaMaquina(*tr, maquina)["LEEI"].toLongLong(), 1800);
+}
+
+TEST_F(LeiturasTest, AZeroFinalEntryCounterSendsBothCountersBackToTheMachine)
+{
+    ler(QDate(2026, 3, 2), 1800, 800, 600, 100);
+    ler(QDate(2026, 3, 9), 0, 0, 700, 100);
+    const Valores v = dadosDaMaquina(*tr, maquina);
+    EXPECT_EQ(v.at("LEEI").toLongLong(), 1000);
+    EXPECT_EQ(v.at("LESI").toLongLong(), 500);  // the exit counter follows the entry's test
+}
+
+TEST_F(LeiturasTest, PickingTheMachineCopiesPointOperatorRouteAreaAndPercentages)
+{
+    const Valores v = dadosDaMaquina(*tr, maquina);
+    EXPECT_EQ(v.at("IDPONTO").toInt(), ponto);
+    EXPECT_EQ(v.at("IDOPER").toInt(), operador);  // the machine has none: its point's
+    EXPECT_EQ(v.at("IDOPERL").toInt(), operador);
+    EXPECT_EQ(v.at("IDROTA").toInt(), rota);
+    EXPECT_EQ(v.at("IDAREA").toInt(), area);
+    EXPECT_EQ(v.at("PERCCOMPONTO").value<Decimal>(), Decimal("30"));
+    EXPECT_EQ(v.at("PERCCOMOPER").value<Decimal>(), Decimal("10"));
+    EXPECT_EQ(v.at("Z_PONTO").toString(), "Bar do Zé / Rua A, 10");
+    EXPECT_EQ(v.at("Z_ROTA").toString(), "Rota 1");
+    EXPECT_EQ(v.at("Z_AREA").toString(), "Centro");
+    EXPECT_TRUE(dadosDaMaquina(*tr, maquina + 1000).empty());
+    EXPECT_EQ(maquinaDoSelo(*tr, " S-001 "), maquina);
+    EXPECT_EQ(maquinaDoSelo(*tr, "S-999"), 0);
+}
+
+TEST_F(LeiturasTest, SaveStoresTheMoneyOfTheCountersStampedAndInCents)
+{
+    const int id = ler(QDate(2026, 3, 2), 2000, 1000, 700, 200);
+    db::Consulta q(*tr, "Select * From TBFL_LEITURAS Where Id = :ID");
+    q.bind("ID", id);
+    q.executar();
+    ASSERT_TRUE(q.proxima());
+    EXPECT_EQ(q["HPMOEDAS"].toInt(), 800);
+    EXPECT_EQ(q["HPTOTAL"].value<Decimal>().texto(), "8.00");
+    EXPECT_EQ(q["COMPONTO"].value<Decimal>().texto(), "2.40");
+    EXPECT_EQ(q["ARECEBER"].value<Decimal>().texto(), "5.60");
+    EXPECT_EQ(q["COMOPER"].value<Decimal>().texto(), "0.56");
+    EXPECT_EQ(q["LIQUIDO"].value<Decimal>().texto(), "5.04");
+    EXPECT_EQ(q["EMISSAO"].toDateTime(), QDateTime(QDate(2026, 3, 2), QTime(10, 0)));
+    EXPECT_EQ(q["IDAREA"].toInt(), area);
+}
+
+TEST_F(LeiturasTest, SaveAsksForTheMachineThenTheDate)
+{
+    const Sessao quem = sessaoLeituras();
+    try {
+        salvarLeitura(*tr, 0, {}, QDateTime::currentDateTime(), quem);
+        FAIL();
+    } catch (const Recusa &r) {
+        EXPECT_EQ(r.texto, kSemMaquina);
+    }
+    try {
+        salvarLeitura(*tr, 0, {{"IDMAQ", maquina}, {"DATA", "  /  /    "}}, QDateTime::currentDateTime(), quem);
+        FAIL();
+    } catch (const Recusa &r) {
+        EXPECT_EQ(r.texto, kSemData);
+        EXPECT_EQ(r.campo, "DATA");
+    }
+    try {
+        salvarLeitura(*tr, 0, {{"IDMAQ", maquina + 1000}, {"DATA", QDate(2026, 1, 1)}}, QDateTime::currentDateTime(), quem);
+        FAIL();
+    } catch (const Recusa &r) {
+        EXPECT_EQ(r.texto, kSemMaquina);
+    }
+}
+
+TEST_F(LeiturasTest, ListFiltersByDateMachineOperatorAndRoute)
+{
+    const int outraRota = salvar("TRotas", {{"ROTA", "Rota 2"}, {"IDAREA", area}});
+    for (int semana = 0; semana < 6; ++semana) ler(QDate(2026, 1, 5).addDays(7 * semana), 1100 + semana * 100, 100, 510, 10);
+    db::executar(*tr, "Update TBFL_LEITURAS Set IdRota = :R Where Data > :D", {{"R", outraRota}, {"D", QDate(2026, 1, 31)}});
+    auto contar = [&](const FiltroLeituras &f) {
+        std::map<QString, QVariant> p;
+        db::Consulta q(*tr, "Select Count(*) From (" + sqlLeituras(f, p) + ")");
+        for (const auto &[k, v] : p) q.bind(k, v);
+        q.executar();
+        q.proxima();
+        return q.valor(0).toInt();
+    };
+    EXPECT_EQ(contar({}), 6);
+    EXPECT_EQ(contar({QDate(2026, 1, 12), QDate(2026, 1, 26)}), 3);
+    EXPECT_EQ(contar({{}, {}, 0, 0, rota}), 4);
+    EXPECT_EQ(contar({{}, {}, 0, 0, outraRota}), 2);
+    EXPECT_EQ(contar({{}, {}, maquina, operador, rota}), 4);
+    EXPECT_EQ(contar({{}, {}, maquina + 1, 0, 0}), 0);
+    EXPECT_EQ(contar({{}, {}, 0, operador + 1, 0}), 0);
+}
+
+// ------------------------------------------------------------------ registries
+
+struct CasoRegistro {
+    const char *classe;
+    Valores valores;
+    QString mensagem;  // empty: saved
+};
+
+TEST_F(LeiturasTest, RegistriesCheckInTheirOrder)
+{
+    const CasoRegistro casos[] = {
+        {"TAreas", {}, "Digite o nome da Área primeiro!"},
+        {"TRotas", {{"IDAREA", area}}, "Digite o Nome da Riota primeiro!"},
+        {"TRotas", {{"ROTA", "Norte"}}, "Selecione a Área primeiro!"},
+        {"TOperadores", {{"IDROTA", rota}}, "Digite o Nome do Ponto primeiro!"},
+        {"TPontos", {}, "Digite o Nome do Ponto primeiro!"},
+        {"TPontos", {{"NOME", "Padaria"}}, "Digite o nome do Responsável (Dono) pelo ponto primeiro!"},
+        {"TMaquinas", {{"TIPO", "Música"}, {"MOEDA", dec("1")}}, "Digite o número do Selo primeiro!"},
+        {"TMaquinas", {{"SELO", "S-2"}, {"MOEDA", dec("1")}}, "Digite o tipo da máquina primeiro!"},
+        {"TMaquinas", {{"SELO", "S-2"}, {"TIPO", "Música"}}, "Digite o valor multiplicador de moeda primeiro!"},
+        {"TMaquinas", {{"SELO", "S-2"}, {"TIPO", "Música"}, {"MOEDA", dec("1.5")}}, kMoedaAcimaDeUm},
+        {"TMaquinas", {{"SELO", "S-2"}, {"TIPO", "Música"}, {"MOEDA", dec("1.01")}}, kMoedaAcimaDeUm},
+        {"TMaquinas", {{"SELO", "S-2"}, {"TIPO", "Música"}, {"MOEDA", dec("1")}}, {}},
+        {"TMaquinas", {{"SELO", "S-3"}, {"TIPO", "Música"}, {"MOEDA", dec("0.25")}}, {}},
+        {"TMaquinas", {{"SELO", "S-4"}, {"TIPO", "Música"}, {"MOEDA", dec("0")}}, {}},
+    };
+    for (const CasoRegistro &c : casos) {
+        SCOPED_TRACE(std::string(c.classe) + " " + c.mensagem.toStdString());
+        try {
+            db::tentativa(*tr, [&] { salvar(c.classe, c.valores); });
+            EXPECT_TRUE(c.mensagem.isEmpty());
+        } catch (const Recusa &r) {
+            EXPECT_EQ(r.texto, c.mensagem);
+        }
+    }
+}
+
+TEST_F(LeiturasTest, MachineBrowseShowsTheLatestFinalsAndReadingsKeepTheirRegistries)
+{
+    ler(QDate(2026, 3, 2), 1800, 800, 600, 100);
+    ler(QDate(2026, 3, 9), 1900, 100, 650, 50);
+    db::Consulta q(*tr, sqlGrade(registroMaquinas("TMaquinas")));
+    q.executar();
+    ASSERT_TRUE(q.proxima());
+    EXPECT_EQ(q["Z_LEEF"].toInt(), 1900);
+    EXPECT_EQ(q["Z_LESF"].toInt(), 650);
+    EXPECT_EQ(q["Z_PONTO"].toString(), "Bar do Zé / Rua A, 10");
+    EXPECT_EQ(q["Z_AREA"].toString(), "Centro");
+    q.fechar();
+    for (const char *classe : {"TMaquinas", "TPontos", "TRotas", "TAreas"}) {
+        SCOPED_TRACE(classe);
+        const int id = classe == QString("TMaquinas") ? maquina : classe == QString("TPontos") ? ponto
+                     : classe == QString("TRotas") ? rota : area;
+        EXPECT_THROW(excluirRegistro(*tr, registroMaquinas(classe), id), Recusa);
+    }
+}
+
+// ------------------------------------------------------------------ older databases
+
+TEST(TakingsColumn, IntegerTakingsBecomeMoneyKeepingTheirValues)
+{
+    teste::BancoTemporario bt;
+    db::Banco &b = bt.banco();
+    {
+        // The column as older databases have it, with a reading in it.
+        db::Transacao t(b);
+        db::executar(t, "ALTER TABLE TBFL_LEITURAS DROP HPTOTAL");
+        t.commit();
+        t.iniciar();
+        db::executar(t, "ALTER TABLE TBFL_LEITURAS ADD HPTOTAL INTEIRO");
+        t.commit();
+        t.iniciar();
+        db::executar(t, "Insert Into TBFL_LEITURAS (Id, HpTotal) Values (1, 123)");
+        t.commit();
+    }
+    const QStringList feitas = esquema::atualizar(b, {});
+    EXPECT_TRUE(feitas.contains("TBFL_LEITURAS: mudar coluna HPTOTAL para NUMERO2")) << feitas.join(" | ").toStdString();
+    EXPECT_EQ(esquema::Metadados::ler(b).colunas["TBFL_LEITURAS"]["HPTOTAL"], "NUMERO2");
+    db::Transacao t(b);
+    db::executar(t, "Insert Into TBFL_LEITURAS (Id, HpTotal) Values (2, :V)", {{"V", dec("8.56")}});
+    db::Consulta q(t, "Select HpTotal From TBFL_LEITURAS Order By Id");
+    q.executar();
+    ASSERT_TRUE(q.proxima());
+    EXPECT_EQ(q.valor(0).value<Decimal>().texto(), "123.00");
+    ASSERT_TRUE(q.proxima());
+    EXPECT_EQ(q.valor(0).value<Decimal>().texto(), "8.56");
+    q.fechar();
+    t.commit();
+    EXPECT_FALSE(esquema::atualizar(b, {}).contains("TBFL_LEITURAS: mudar coluna HPTOTAL para NUMERO2"));
+}
+
+} // namespace
