@@ -98,11 +98,10 @@ void TLeituras86::montarBarra()
     btBarra_->setObjectName("BtBarra");
     btBarra_->setToolTip(QStringLiteral("Recolher ou mostrar a barra"));
     btBarra_->setFocusPolicy(Qt::NoFocus);
+    btBarra_->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     connect(btBarra_, &QPushButton::clicked, this, &TLeituras86::BtBarraClick);
     l->addWidget(btBarra_);
-    botoesBarra_ = new QWidget(barra_);
-    auto *lb = new QHBoxLayout(botoesBarra_);
-    lb->setContentsMargins(0, 0, 0, 0);
+    auto *lb = new QHBoxLayout;
     auto *antiga = static_cast<QBoxLayout *>(layout()->itemAt(0)->layout());
     for (const QString &n : kBotoes) {
         QPushButton *b = botao(n);
@@ -112,7 +111,7 @@ void TLeituras86::montarBarra()
         lb->addWidget(b);
     }
     lb->addStretch();
-    l->addWidget(botoesBarra_, 1);
+    l->addLayout(lb, 1);
     static_cast<QVBoxLayout *>(layout())->insertWidget(0, barra_);
 }
 
@@ -435,16 +434,24 @@ void TLeituras86::definirFiltroRota(int id) { fRota_->setCurrentIndex(std::max(0
 void TLeituras86::BtBarraClick()
 {
     Tabs->Deb("procedure TLeituras86.BtBarraClick(Sender: TObject)");
-    const bool mostrar = botoesBarra_->isHidden();
-    botoesBarra_->setVisible(mostrar);
-    filtros_->setVisible(mostrar);
-    btBarra_->setText(mostrar ? QStringLiteral("☰") : QStringLiteral("☰  Mostrar botões e filtros"));
+    recolhida_ = !recolhida_;
+    btBarra_->setText(recolhida_ ? QStringLiteral("☰  Mostrar botões e filtros") : QStringLiteral("☰"));
+    mostrarBarra();
+}
+
+void TLeituras86::mostrarBarra()
+{
+    // Folded, the bar keeps only what ends the reading being typed: Salvar and Cancelar.
+    const bool editando = estado() != Estado::Navegando;
+    filtros_->setVisible(!recolhida_);
+    for (const QString &n : kBotoes) botao(n)->setVisible(!recolhida_ || (editando && (n == "Salvar" || n == "Cancelar")));
 }
 
 void TLeituras86::estadoMudou()
 {
     const bool navegando = estado() == Estado::Navegando;
     filtros_->setEnabled(navegando);
+    mostrarBarra();
     // Counters answer a finger while the reading is being typed; otherwise the panel takes the swipe.
     for (QLineEdit *e : std::as_const(contadores_)) e->setAttribute(Qt::WA_AcceptTouchEvents, !navegando);
 }
