@@ -381,8 +381,7 @@ void TLeituras86::mostrarValores()
 int TLeituras86::gravar(db::Transacao &t, int id)
 {
     // Salvar by key leaves no field: the seal or counter being typed counts as left.
-    if (auto *e = qobject_cast<QLineEdit *>(focusWidget()); e && contadores_.values().contains(e))
-        EdContadorExit(contadores_.key(e));
+    if (QWidget *e = focusWidget(); e && e->property("papel") == "contador") EdContadorExit(e->objectName());
     if (selo_->currentText().trimmed() != de(copiados_, "Z_MAQ").toString()) EdSeloExit();
     Valores v;
     for (const auto &[k, x] : copiados_)
@@ -487,20 +486,19 @@ bool TLeituras86::gesto(QWidget *w, QEvent *e)
     e->accept();
     if (tipo != QEvent::TouchEnd) return true;
     const QPointF d = aqui - inicioToque_;
-    auto *campo = qobject_cast<QLineEdit *>(w);
-    if (campo && contadores_.values().contains(campo)) {
-        if (d.manhattanLength() <= kToque && estado() != Estado::Navegando) abrirTeclado(contadores_.key(campo));
+    if (w != painel_) {  // a counter
+        if (d.manhattanLength() <= kToque && estado() != Estado::Navegando) abrirTeclado(w->objectName());
         return true;
     }
     // Leftwards to the next reading (older, further down the list), rightwards back.
-    if (w == painel_ && std::abs(d.x()) >= kArrasto && std::abs(d.x()) > 2 * std::abs(d.y()))
+    if (std::abs(d.x()) >= kArrasto && std::abs(d.x()) > 2 * std::abs(d.y()))
         navegar(d.x() < 0 ? 1 : -1);
     return true;
 }
 
 bool TLeituras86::eventFilter(QObject *o, QEvent *e)
 {
-    if (auto *w = qobject_cast<QWidget *>(o); w && (w == painel_ || contadores_.values().contains(qobject_cast<QLineEdit *>(w))))
+    if (auto *w = qobject_cast<QWidget *>(o); w && (w == painel_ || w->property("papel") == "contador"))
         if (gesto(w, e)) return true;
     return FormCadastro::eventFilter(o, e);
 }
