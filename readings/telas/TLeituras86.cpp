@@ -405,7 +405,7 @@ void TLeituras86::apagar(db::Transacao &t, int id)
 
 bool TLeituras86::montarBusca(const QString &, const QString &, Busca, QString &sql, std::map<QString, QVariant> &p)
 {
-    sql = sqlLeituras(filtro_, p) + " Order By L.Data Desc, L.Id Desc";
+    sql = sqlLeituras(filtro_, p);
     return true;
 }
 

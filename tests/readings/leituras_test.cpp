@@ -243,6 +243,19 @@ TEST_F(LeiturasTest, ListFiltersByDateMachineOperatorAndRoute)
     EXPECT_EQ(contar({{}, {}, maquina, operador, rota}), 4);
     EXPECT_EQ(contar({{}, {}, maquina + 1, 0, 0}), 0);
     EXPECT_EQ(contar({{}, {}, 0, operador + 1, 0}), 0);
+    // Newest first, and on one day the last typed first, with the names of each row.
+    ler(QDate(2026, 2, 9), 1800, 100, 520, 10);
+    std::map<QString, QVariant> p;
+    db::Consulta q(*tr, sqlLeituras({}, p));
+    q.executar();
+    QStringList ordem;
+    while (q.proxima()) {
+        ordem << q["DATA"].toDate().toString("dd/MM") + "#" + q["LEEF"].toString();
+        EXPECT_EQ(q["Z_MAQ"].toString(), "S-001");
+        EXPECT_EQ(q["Z_PONTO"].toString(), "Bar do Zé");
+    }
+    EXPECT_EQ(ordem, (QStringList{"09/02#1800", "09/02#1600", "02/02#1500", "26/01#1400", "19/01#1300", "12/01#1200",
+                                  "05/01#1100"}));
 }
 
 // ------------------------------------------------------------------ registries
