@@ -199,6 +199,22 @@ TEST_F(LeiturasTest, SaveStoresTheMoneyOfTheCountersStampedAndInCents)
     EXPECT_EQ(q["IDAREA"].toInt(), area);
 }
 
+TEST_F(LeiturasTest, ChangingAReadingRecomputesItsMoneyAndKeepsItsStamp)
+{
+    const int id = ler(QDate(2026, 3, 2), 2000, 1000, 700, 200);
+    Valores v = {{"IDMAQ", maquina}, {"DATA", QDate(2026, 3, 2)}, {"LEEI", 1000}, {"LEEF", 1500}, {"DIFEE", 500},
+                 {"LESI", 500}, {"LESF", 600}, {"DIFES", 100}, {"PERCCOMPONTO", dec("30")}, {"PERCCOMOPER", dec("10")},
+                 {"HPTOTAL", dec("999.99")}, {"EMISSAO", QDateTime(QDate(2030, 1, 1), QTime(0, 0))}};
+    EXPECT_EQ(salvarLeitura(*tr, id, v, QDateTime(QDate(2026, 4, 1), QTime(8, 0)), sessaoLeituras()), id);
+    db::Consulta q(*tr, "Select HpTotal, Liquido, Emissao From TBFL_LEITURAS Where Id = :ID");
+    q.bind("ID", id);
+    q.executar();
+    ASSERT_TRUE(q.proxima());
+    EXPECT_EQ(q["HPTOTAL"].value<Decimal>().texto(), "4.00");
+    EXPECT_EQ(q["LIQUIDO"].value<Decimal>().texto(), "2.52");
+    EXPECT_EQ(q["EMISSAO"].toDateTime(), QDateTime(QDate(2026, 3, 2), QTime(10, 0)));
+}
+
 TEST_F(LeiturasTest, SaveAsksForTheMachineThenTheDate)
 {
     const Sessao quem = sessaoLeituras();
