@@ -90,7 +90,7 @@ void grade(const orb::FiltroLeituras &f, benchmark::State &st)
 {
     db::Banco &b = banco();
     std::map<QString, QVariant> p;
-    const QString sql = orb::sqlLeituras(f, p) + " Order By L.Data Desc, L.Id Desc";
+    const QString sql = orb::sqlLeituras(f, p);
     for (auto _ : st) {
         orb::ModeloConsulta m(b);
         m.consultar(sql, p);

@@ -181,43 +181,52 @@ void excluirLeitura(db::Transacao &t, int id, const Sessao &quem)
 
 // ------------------------------------------------------------------ the list
 
+namespace {
+
+// The names a reading shows, joined to the rows of `origem` (aliased L).
+QString comNomes(const QString &origem, const QString &extra = {})
+{
+    return "Select L.*, M.Selo Z_Maq, M.Moeda Z_Moeda, P.Nome Z_Ponto, R.Rota Z_Rota, OL.Nome Z_OperL" + extra + " From "
+           + origem + " Left Join TBFL_MAQ M On (M.Id = L.IdMaq) Left Join TBFL_PONTOS P On (P.Id = L.IdPonto) "
+           "Left Join TBFL_ROTAS R On (R.Id = L.IdRota) Left Join TBFL_OPER OL On (OL.Id = L.IdOperL)";
+}
+
+} // namespace
+
 QString sqlLeituras(const FiltroLeituras &f, std::map<QString, QVariant> &p)
 {
     QStringList onde;
     if (f.de.isValid()) {
-        onde << "L.Data >= :DE";
+        onde << "Data >= :DE";
         p["DE"] = f.de;
     }
     if (f.ate.isValid()) {
-        onde << "L.Data <= :ATE";
+        onde << "Data <= :ATE";
         p["ATE"] = f.ate;
     }
     if (f.idMaq) {
-        onde << "L.IdMaq = :MAQ";
+        onde << "IdMaq = :MAQ";
         p["MAQ"] = f.idMaq;
     }
     if (f.idOper) {
-        onde << "L.IdOperL = :OPER";
+        onde << "IdOperL = :OPER";
         p["OPER"] = f.idOper;
     }
     if (f.idRota) {
-        onde << "L.IdRota = :ROTA";
+        onde << "IdRota = :ROTA";
         p["ROTA"] = f.idRota;
     }
-    // Only the names the list shows are joined: every filtered row is joined before the sort.
-    return "Select L.*, M.Selo Z_Maq, M.Moeda Z_Moeda, P.Nome Z_Ponto, R.Rota Z_Rota, OL.Nome Z_OperL "
-           "From TBFL_LEITURAS L Left Join TBFL_MAQ M On (M.Id = L.IdMaq) "
-           "Left Join TBFL_PONTOS P On (P.Id = L.IdPonto) Left Join TBFL_ROTAS R On (R.Id = L.IdRota) "
-           "Left Join TBFL_OPER OL On (OL.Id = L.IdOperL)"
-           + (onde.isEmpty() ? QString() : " Where " + onde.join(" and "));
+    // Sorted before the names are joined, so that a page joins only its own rows: the left joins
+    // run as nested loops over the sorted readings and keep their order.
+    return comNomes("(Select * From TBFL_LEITURAS" + (onde.isEmpty() ? QString() : " Where " + onde.join(" and "))
+                    + " Order By Data Desc, Id Desc) L");
 }
 
 QString sqlLeitura()
 {
-    std::map<QString, QVariant> p;
-    return "Select X.*, (Select A.Area From TBFL_AREAS A Where A.Id = X.IdArea) Z_Area, "
-           "(Select O.Nome From TBFL_OPER O Where O.Id = X.IdOper) Z_Oper From (" + sqlLeituras({}, p) + ") X "
-           "Where X.ID = :LEITURA";
+    return comNomes("TBFL_LEITURAS L", ", (Select A.Area From TBFL_AREAS A Where A.Id = L.IdArea) Z_Area, "
+                                       "(Select O.Nome From TBFL_OPER O Where O.Id = L.IdOper) Z_Oper")
+           + " Where L.Id = :LEITURA";
 }
 
 } // namespace orb

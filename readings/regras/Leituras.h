@@ -68,7 +68,7 @@ struct FiltroLeituras {
     QDate de, ate;            // reading date, inclusive; null = open
     int idMaq = 0, idOper = 0, idRota = 0;  // 0 = any; the operator is the one who read
 };
-// The browse query (latest first) with its parameters.
+// The browse query, latest first, with its parameters.
 QString sqlLeituras(const FiltroLeituras &f, std::map<QString, QVariant> &p);
 // One reading (:LEITURA) with every name the screen shows.
 QString sqlLeitura();

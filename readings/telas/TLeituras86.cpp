@@ -98,11 +98,10 @@ void TLeituras86::montarBarra()
     btBarra_->setObjectName("BtBarra");
     btBarra_->setToolTip(QStringLiteral("Recolher ou mostrar a barra"));
     btBarra_->setFocusPolicy(Qt::NoFocus);
+    btBarra_->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     connect(btBarra_, &QPushButton::clicked, this, &TLeituras86::BtBarraClick);
     l->addWidget(btBarra_);
-    botoesBarra_ = new QWidget(barra_);
-    auto *lb = new QHBoxLayout(botoesBarra_);
-    lb->setContentsMargins(0, 0, 0, 0);
+    auto *lb = new QHBoxLayout;
     auto *antiga = static_cast<QBoxLayout *>(layout()->itemAt(0)->layout());
     for (const QString &n : kBotoes) {
         QPushButton *b = botao(n);
@@ -112,7 +111,7 @@ void TLeituras86::montarBarra()
         lb->addWidget(b);
     }
     lb->addStretch();
-    l->addWidget(botoesBarra_, 1);
+    l->addLayout(lb, 1);
     static_cast<QVBoxLayout *>(layout())->insertWidget(0, barra_);
 }
 
@@ -382,8 +381,7 @@ void TLeituras86::mostrarValores()
 int TLeituras86::gravar(db::Transacao &t, int id)
 {
     // Salvar by key leaves no field: the seal or counter being typed counts as left.
-    if (auto *e = qobject_cast<QLineEdit *>(focusWidget()); e && contadores_.values().contains(e))
-        EdContadorExit(contadores_.key(e));
+    if (QWidget *e = focusWidget(); e && e->property("papel") == "contador") EdContadorExit(e->objectName());
     if (selo_->currentText().trimmed() != de(copiados_, "Z_MAQ").toString()) EdSeloExit();
     Valores v;
     for (const auto &[k, x] : copiados_)
@@ -407,7 +405,7 @@ void TLeituras86::apagar(db::Transacao &t, int id)
 
 bool TLeituras86::montarBusca(const QString &, const QString &, Busca, QString &sql, std::map<QString, QVariant> &p)
 {
-    sql = sqlLeituras(filtro_, p) + " Order By L.Data Desc, L.Id Desc";
+    sql = sqlLeituras(filtro_, p);
     return true;
 }
 
@@ -435,16 +433,24 @@ void TLeituras86::definirFiltroRota(int id) { fRota_->setCurrentIndex(std::max(0
 void TLeituras86::BtBarraClick()
 {
     Tabs->Deb("procedure TLeituras86.BtBarraClick(Sender: TObject)");
-    const bool mostrar = botoesBarra_->isHidden();
-    botoesBarra_->setVisible(mostrar);
-    filtros_->setVisible(mostrar);
-    btBarra_->setText(mostrar ? QStringLiteral("☰") : QStringLiteral("☰  Mostrar botões e filtros"));
+    recolhida_ = !recolhida_;
+    btBarra_->setText(recolhida_ ? QStringLiteral("☰  Mostrar botões e filtros") : QStringLiteral("☰"));
+    mostrarBarra();
+}
+
+void TLeituras86::mostrarBarra()
+{
+    // Folded, the bar keeps only what ends the reading being typed: Salvar and Cancelar.
+    const bool editando = estado() != Estado::Navegando;
+    filtros_->setVisible(!recolhida_);
+    for (const QString &n : kBotoes) botao(n)->setVisible(!recolhida_ || (editando && (n == "Salvar" || n == "Cancelar")));
 }
 
 void TLeituras86::estadoMudou()
 {
     const bool navegando = estado() == Estado::Navegando;
     filtros_->setEnabled(navegando);
+    mostrarBarra();
     // Counters answer a finger while the reading is being typed; otherwise the panel takes the swipe.
     for (QLineEdit *e : std::as_const(contadores_)) e->setAttribute(Qt::WA_AcceptTouchEvents, !navegando);
 }
@@ -480,20 +486,19 @@ bool TLeituras86::gesto(QWidget *w, QEvent *e)
     e->accept();
     if (tipo != QEvent::TouchEnd) return true;
     const QPointF d = aqui - inicioToque_;
-    auto *campo = qobject_cast<QLineEdit *>(w);
-    if (campo && contadores_.values().contains(campo)) {
-        if (d.manhattanLength() <= kToque && estado() != Estado::Navegando) abrirTeclado(contadores_.key(campo));
+    if (w != painel_) {  // a counter
+        if (d.manhattanLength() <= kToque && estado() != Estado::Navegando) abrirTeclado(w->objectName());
         return true;
     }
     // Leftwards to the next reading (older, further down the list), rightwards back.
-    if (w == painel_ && std::abs(d.x()) >= kArrasto && std::abs(d.x()) > 2 * std::abs(d.y()))
+    if (std::abs(d.x()) >= kArrasto && std::abs(d.x()) > 2 * std::abs(d.y()))
         navegar(d.x() < 0 ? 1 : -1);
     return true;
 }
 
 bool TLeituras86::eventFilter(QObject *o, QEvent *e)
 {
-    if (auto *w = qobject_cast<QWidget *>(o); w && (w == painel_ || contadores_.values().contains(qobject_cast<QLineEdit *>(w))))
+    if (auto *w = qobject_cast<QWidget *>(o); w && (w == painel_ || w->property("papel") == "contador"))
         if (gesto(w, e)) return true;
     return FormCadastro::eventFilter(o, e);
 }

@@ -64,13 +64,15 @@ private:
     void preencherListas();
     void mostrarCopiados();
     void mostrarValores();
+    void mostrarBarra();
     void abrirTeclado(const QString &campo);
     bool gesto(QWidget *w, QEvent *e);  // a swipe or a tap on a counter; true when it was one
 
     Valores copiados_;  // what the reading took from its machine, with the display names
     bool calculando_ = false;
+    bool recolhida_ = false;
     FiltroLeituras filtro_;
-    QWidget *barra_ = nullptr, *botoesBarra_ = nullptr, *filtros_ = nullptr, *painel_ = nullptr;
+    QWidget *barra_ = nullptr, *filtros_ = nullptr, *painel_ = nullptr;
     QPushButton *btBarra_ = nullptr;
     QComboBox *selo_ = nullptr, *operador_ = nullptr;
     CampoData *data_ = nullptr, *de_ = nullptr, *ate_ = nullptr;

@@ -199,6 +199,22 @@ TEST_F(LeiturasTest, SaveStoresTheMoneyOfTheCountersStampedAndInCents)
     EXPECT_EQ(q["IDAREA"].toInt(), area);
 }
 
+TEST_F(LeiturasTest, ChangingAReadingRecomputesItsMoneyAndKeepsItsStamp)
+{
+    const int id = ler(QDate(2026, 3, 2), 2000, 1000, 700, 200);
+    Valores v = {{"IDMAQ", maquina}, {"DATA", QDate(2026, 3, 2)}, {"LEEI", 1000}, {"LEEF", 1500}, {"DIFEE", 500},
+                 {"LESI", 500}, {"LESF", 600}, {"DIFES", 100}, {"PERCCOMPONTO", dec("30")}, {"PERCCOMOPER", dec("10")},
+                 {"HPTOTAL", dec("999.99")}, {"EMISSAO", QDateTime(QDate(2030, 1, 1), QTime(0, 0))}};
+    EXPECT_EQ(salvarLeitura(*tr, id, v, QDateTime(QDate(2026, 4, 1), QTime(8, 0)), sessaoLeituras()), id);
+    db::Consulta q(*tr, "Select HpTotal, Liquido, Emissao From TBFL_LEITURAS Where Id = :ID");
+    q.bind("ID", id);
+    q.executar();
+    ASSERT_TRUE(q.proxima());
+    EXPECT_EQ(q["HPTOTAL"].value<Decimal>().texto(), "4.00");
+    EXPECT_EQ(q["LIQUIDO"].value<Decimal>().texto(), "2.52");
+    EXPECT_EQ(q["EMISSAO"].toDateTime(), QDateTime(QDate(2026, 3, 2), QTime(10, 0)));
+}
+
 TEST_F(LeiturasTest, SaveAsksForTheMachineThenTheDate)
 {
     const Sessao quem = sessaoLeituras();
@@ -243,6 +259,19 @@ TEST_F(LeiturasTest, ListFiltersByDateMachineOperatorAndRoute)
     EXPECT_EQ(contar({{}, {}, maquina, operador, rota}), 4);
     EXPECT_EQ(contar({{}, {}, maquina + 1, 0, 0}), 0);
     EXPECT_EQ(contar({{}, {}, 0, operador + 1, 0}), 0);
+    // Newest first, and on one day the last typed first, with the names of each row.
+    ler(QDate(2026, 2, 9), 1800, 100, 520, 10);
+    std::map<QString, QVariant> p;
+    db::Consulta q(*tr, sqlLeituras({}, p));
+    q.executar();
+    QStringList ordem;
+    while (q.proxima()) {
+        ordem << q["DATA"].toDate().toString("dd/MM") + "#" + q["LEEF"].toString();
+        EXPECT_EQ(q["Z_MAQ"].toString(), "S-001");
+        EXPECT_EQ(q["Z_PONTO"].toString(), "Bar do Zé");
+    }
+    EXPECT_EQ(ordem, (QStringList{"09/02#1800", "09/02#1600", "02/02#1500", "26/01#1400", "19/01#1300", "12/01#1200",
+                                  "05/01#1100"}));
 }
 
 // ------------------------------------------------------------------ registries
