@@ -17,6 +17,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <cstdio>
 #include <unistd.h>
@@ -26,7 +27,6 @@ namespace {
 QTemporaryDir pasta;
 db::Conexao conexao;
 qint64 bytesBanco = 0;
-std::map<std::string, double> megabytesPorSegundo;
 
 const db::Conexao &banco()
 {
@@ -112,10 +112,38 @@ void RestauracaoVerificada(benchmark::State &st)
     registrarVelocidade(st);
 }
 
+// For comparison only: the same backup by the gbak program (embedded), with and without the
+// per-table output the verification reads.
+void Gbak(benchmark::State &st, bool detalhado)
+{
+    const db::Conexao &c = banco();
+    const QString destino = pasta.filePath("gbak.fbk");
+    if (!QFileInfo::exists("/usr/bin/gbak")) {
+        st.SkipWithError("gbak não instalado");
+        return;
+    }
+    for (auto _ : st) {
+        QFile::remove(destino);
+        QProcess p;
+        p.setStandardOutputFile(QProcess::nullDevice());
+        p.setStandardErrorFile(QProcess::nullDevice());
+        QStringList args{"-b", "-user", c.usuario, c.banco, destino};
+        if (detalhado) args.prepend("-v");
+        p.start("/usr/bin/gbak", args);
+        p.waitForFinished(-1);
+        gravarNoDisco(destino);
+    }
+    registrarVelocidade(st);
+}
+void GbakDetalhado(benchmark::State &st) { Gbak(st, true); }
+void GbakSimples(benchmark::State &st) { Gbak(st, false); }
+
 } // namespace
 
 BENCHMARK(PisoCopiaArquivo)->Unit(benchmark::kSecond)->Iterations(3);
 BENCHMARK(Backup)->Unit(benchmark::kSecond)->Iterations(2);
+BENCHMARK(GbakDetalhado)->Unit(benchmark::kSecond)->Iterations(1);
+BENCHMARK(GbakSimples)->Unit(benchmark::kSecond)->Iterations(1);
 BENCHMARK(CopiaVerificada)->Unit(benchmark::kSecond)->Iterations(1);
 BENCHMARK(RestauracaoVerificada)->Unit(benchmark::kSecond)->Iterations(1);
 
@@ -126,7 +154,12 @@ int main(int argc, char **argv)
     bench::Coletor c;
     benchmark::RunSpecifiedBenchmarks(&c);
     std::printf("\nrazões (tempo / piso medido nesta execução; meta do backup: até 2,00)\n");
+    const double mb = double(bytesBanco) / 1048576.0;
+    for (const auto &[nome, segundos] : c.tempos)
+        if (segundos > 0) std::printf("%-40s %8.2f s %10.1f MB/s\n", nome.c_str(), segundos, mb / segundos);
     c.razao("Backup/iterations:2", "PisoCopiaArquivo/iterations:3");
+    c.razao("GbakDetalhado/iterations:1", "PisoCopiaArquivo/iterations:3");
+    c.razao("GbakSimples/iterations:1", "PisoCopiaArquivo/iterations:3");
     c.razao("CopiaVerificada/iterations:1", "PisoCopiaArquivo/iterations:3");
     c.razao("RestauracaoVerificada/iterations:1", "PisoCopiaArquivo/iterations:3");
     return 0;

@@ -4,6 +4,7 @@
 #include "copias/TCopiaSeguranca.h"
 
 #include <QDir>
+#include <QFile>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -57,6 +58,28 @@ TEST_F(TelaCopias, CopyNowThenRestoreAfterAQuestionNamingTheDate)
     db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
     EXPECT_NE(db::escalar(t, "select NOME from TBCAD where ID = 1").toString(), "DEPOIS DA CÓPIA");
     EXPECT_TRUE(msg.avisos.last().startsWith("Cópia de ")) << msg.avisos.last().toStdString();
+}
+
+// On closing, one automatic copy a day, where the settings say, then the retention of that folder.
+TEST_F(TelaCopias, DailyCopyOnClosingAtMostOnceADay)
+{
+    QFile ini(programa.filePath("ORBManager.ini"));
+    ASSERT_TRUE(ini.open(QIODevice::WriteOnly));
+    ini.write("[Backup]\nPasta=copias\nDiarias=3\nMensais=0\n");
+    ini.close();
+    orb::copiaAoFechar(programa.path(), tabs.DbORB().conexao());
+    orb::copiaAoFechar(programa.path(), tabs.DbORB().conexao());
+    const QList<copias::Copia> l = copias::listar(programa.filePath("copias"));
+    ASSERT_EQ(l.size(), 1);
+    EXPECT_TRUE(l[0].automatica);
+    EXPECT_EQ(l[0].verificacao, copias::Verificacao::Verificada);
+    EXPECT_TRUE(msg.avisos.isEmpty()) << msg.avisos.join(" | ").toStdString();
+
+    ini.open(QIODevice::WriteOnly);
+    ini.write("[Backup]\nPasta=outra\nAutomatica=0\n");
+    ini.close();
+    orb::copiaAoFechar(programa.path(), tabs.DbORB().conexao());
+    EXPECT_FALSE(QDir(programa.filePath("outra")).exists());
 }
 
 } // namespace
