@@ -123,7 +123,8 @@ void restaurarConferido(const db::Conexao &c, const Copia &copia, const QString 
         restaurarBackup(c, copia.arquivo, destino, std::ref(leitor));
     } catch (const db::ErroBanco &e) {
         QFile::remove(destino);
-        throw orb::Recusa("A cópia não pôde ser restaurada: " + e.mensagem());
+        throw orb::Recusa("A cópia não pôde ser restaurada: o arquivo está danificado, incompleto ou não é uma cópia "
+                          "de segurança, ou faltou espaço em disco.\n\nFirebird: " + e.tecnico());
     }
     // A copy made elsewhere has no record of its own: the rows the restore wrote are all we know.
     const QMap<QString, qint64> esperadas = copia.linhas.isEmpty() ? leitor.linhas : copia.linhas;
@@ -177,7 +178,7 @@ QMap<QString, qint64> contarLinhas(db::Banco &b)
     QStringList nomes;
     {
         db::Consulta q(t, "SELECT TRIM(RDB$RELATION_NAME) FROM RDB$RELATIONS "
-                          "WHERE COALESCE(RDB$SYSTEM_FLAG, 0) = 0 AND RDB$VIEW_BLR IS NULL ORDER BY 1");
+                          "WHERE COALESCE(RDB$SYSTEM_FLAG, 0) = 0 AND COALESCE(RDB$RELATION_TYPE, 0) = 0 ORDER BY 1");
         q.executar();
         while (q.proxima()) nomes << q.valor(0).toString();
     }
@@ -219,9 +220,8 @@ Copia fazerCopia(const db::Conexao &c, const QString &pasta, const QDateTime &ag
     copia.linhas = leitor.linhas;
     copia.tamanho = QFileInfo(copia.arquivo).size();
     gravarRegistro(copia);
-    return verificar(c, copia, [&](int feito, int, const QString &etapa) {
+    return verificar(c, copia, [&](int feito, int, const QString &) {
         if (progresso) progresso(total / 2 + std::min(feito, total / 2), total, "Verificando a cópia...");
-        (void)etapa;
     });
 }
 

@@ -59,7 +59,7 @@ Copia copiaDe(const QString &arquivo);
 // The copies of pasta, newest first; a backup file without its record is listed as not verified.
 QList<Copia> listar(const QString &pasta);
 
-// Rows of every table of an open database (user tables only).
+// Rows of every table of an open database (the program's own tables, no views or temporary ones).
 QMap<QString, qint64> contarLinhas(db::Banco &b);
 
 // Options of the [Backup] section of ORBManager.ini.

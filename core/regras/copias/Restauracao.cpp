@@ -106,9 +106,8 @@ std::unique_ptr<db::Banco> restaurar(const Restauracao &r, db::Banco *atual, con
     QString falha;
     try {
         auto b = db::Banco::abrir(c);
-        const QStringList feitas = esquema::concluir(*b, [&](int f, int t, const QString &d) {
+        const QStringList feitas = esquema::concluir(*b, [&](int f, int t, const QString &) {
             if (progresso) progresso(f, t, "Atualizando a estrutura do banco de dados...");
-            (void)d;
         });
         if (const QStringList faltam = esquema::faltando(*b); !faltam.isEmpty()) throw esquema::BancoIncompleto(faltam);
         if (aplicadas) *aplicadas = feitas;

@@ -4,6 +4,10 @@
 #include <ibase.h>
 
 #include <vector>
+#ifdef Q_OS_UNIX
+#include <cstdio>
+#include <unistd.h>
+#endif
 
 using namespace Firebird;
 
@@ -48,10 +52,22 @@ private:
     IXpbBuilder *b_;
 };
 
+// The engine in this process, meeting a backup file that ends too early, asks on the terminal for
+// its next volume and waits for an answer; the program reads nothing from there, so the question
+// meets the end of the input and the restore fails, as it should.
+void semTerminal()
+{
+#ifdef Q_OS_UNIX
+    static const bool feito = [] { return isatty(STDIN_FILENO) ? std::freopen("/dev/null", "r", stdin) != nullptr : true; }();
+    (void)feito;
+#endif
+}
+
 // Starts the action on the manager and hands each output line over until the service is done;
 // an action that failed throws when its output ends.
 void executar(const db::Conexao &c, const std::function<void(Bloco &)> &acao, const Linha &linha)
 {
+    semTerminal();
     try {
         Status s;
         Bloco anexo(IXpbBuilder::SPB_ATTACH);

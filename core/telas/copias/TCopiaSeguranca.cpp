@@ -281,6 +281,12 @@ void TCopiaSeguranca::BtRestaurarClick()
         Atencao("Escolha uma cópia na lista.");
         return;
     }
+    // The screens hold transactions and lists of the database about to be closed.
+    for (QWidget *w = parentWidget(); w; w = w->parentWidget())
+        if (auto *abas = qobject_cast<QTabWidget *>(w); abas && abas->count() > 2) {
+            Atencao("Feche as outras telas antes de restaurar uma cópia de segurança.");
+            return;
+        }
     const copias::Copia copia = *s;
     const db::Conexao c = Tabs->DbORB().conexao();
     try {
@@ -307,8 +313,9 @@ void TCopiaSeguranca::BtRestaurarClick()
             nova = copias::restaurar(r, atual, [tela] { naTela(tela, [] { Tabs->desconectar(); }); }, p);
         });
     } catch (const Recusa &e) {
-        if (!Tabs->conectado()) Tabs->conectar(db::Banco::abrir(c));
         Atencao(e.texto);
+        // The previous database is back in place: the work goes on with it.
+        if (!Tabs->conectado()) Tabs->conectar(db::Banco::abrir(c));
         return;
     }
     Tabs->conectar(std::move(nova));
