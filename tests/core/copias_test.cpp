@@ -5,6 +5,7 @@
 #include "apoio/ServidorFirebird.h"
 #include "copias/Copias.h"
 #include "copias/Restauracao.h"
+#include "copias/Servico.h"
 #include "schema/Criacao.h"
 
 #include <QCryptographicHash>
@@ -12,6 +13,7 @@
 #include <QFile>
 #include <QProcess>
 #include <QTest>
+#include <QThread>
 #include <atomic>
 #include <gtest/gtest.h>
 #include <thread>
@@ -251,6 +253,29 @@ TEST(Restauracao, InterruptedSwitchPutsThePreviousDatabaseBack)
     EXPECT_FALSE(QFile::exists(bt.caminho() + ".restauracao"));
 }
 
+// Which services manager reaches a database, and the file as that manager sees it.
+TEST(Servico, ManagerAndPathOfEachKindOfDatabaseName)
+{
+    struct Caso {
+        const char *banco, *gerenciador, *caminho;
+        bool alcancavel;
+    };
+    const Caso casos[] = {
+        {"/dados/ORBManager.fdb", "service_mgr", "/dados/ORBManager.fdb", true},
+        {"C:\\ORB\\ORBManager.fdb", "service_mgr", "C:\\ORB\\ORBManager.fdb", true},
+        {"servidor/3051:/var/lib/firebird/ORBManager.fdb", "servidor/3051:service_mgr", "/var/lib/firebird/ORBManager.fdb", false},
+        {"servidor:D:\\Dados\\ORBManager.fdb", "servidor:service_mgr", "D:\\Dados\\ORBManager.fdb", false},
+        {"localhost:/dados/ORBManager.fdb", "localhost:service_mgr", "/dados/ORBManager.fdb", true},
+        {"127.0.0.1/3050:/dados/ORBManager.fdb", "127.0.0.1/3050:service_mgr", "/dados/ORBManager.fdb", true},
+    };
+    for (const Caso &k : casos) {
+        SCOPED_TRACE(k.banco);
+        EXPECT_EQ(gerenciador(k.banco), k.gerenciador);
+        EXPECT_EQ(caminhoNoServidor(k.banco), k.caminho);
+        EXPECT_EQ(alcancavel(k.banco), k.alcancavel);
+    }
+}
+
 Copia copiaEm(const QDateTime &quando, bool automatica = true, Verificacao v = Verificacao::Verificada)
 {
     Copia c;
@@ -384,34 +409,76 @@ TEST_F(CopiaNoServidor, BackupWhileAnotherWorkstationWritesIsConsistent)
     EXPECT_EQ(db::escalar(t, "select count(*) from TBCOM").toLongLong(), c.linhas.value("TBCOM"));
 }
 
-// The program killed in the middle of a restore: the previous database is still there and opens.
-TEST(Restauracao, ProgramKilledInTheMiddleLeavesThePreviousDatabase)
+// On a server of this computer: refused while other workstations are attached, naming how many;
+// alone, the copy replaces the database and the server serves the restored one.
+TEST_F(CopiaNoServidor, RestoreWaitsForTheOtherWorkstations)
 {
-    teste::BancoTemporario bt;
-    popular(bt.banco(), 3000);
-    const Copia c = fazerCopia(bt.conexao(), pastaCopias(bt), kAgora, false);
-    ASSERT_EQ(c.verificacao, Verificacao::Verificada);
+    auto estacao = db::Banco::abrir(conexao);
+    const Copia c = fazerCopia(conexao, servidor->pasta() + "/Backup", kAgora.addSecs(60), false);
+    ASSERT_EQ(c.verificacao, Verificacao::Verificada) << c.motivo.toStdString();
     {
-        db::Transacao t(bt.banco());
-        db::executar(t, "delete from TBCOMITENS where ID < 10");  // the database no longer equals the copy
+        auto outra1 = db::Banco::abrir(conexao);
+        auto outra2 = db::Banco::abrir(conexao);
+        Restauracao r{conexao, c, kAgora, 0};
+        try {
+            restaurar(r, estacao.get(), [] {});
+            FAIL() << "outras estações estão conectadas";
+        } catch (const orb::Recusa &e) {
+            EXPECT_TRUE(e.texto.startsWith("Existem 2 outras conexões ao banco de dados")) << e.texto.toStdString();
+        }
+    }
+    {
+        db::Transacao t(*estacao);
+        db::executar(t, "update TBCAD set NOME = 'DEPOIS DA CÓPIA' where ID = 1");
         t.commit();
     }
-    const auto antes = impressao(bt.banco());
-    bt.fechar();
+    Restauracao r{conexao, c, kAgora, 0};
+    auto b = restaurar(r, estacao.get(), [&] { estacao.reset(); });
+    b.reset();
+    auto depois = db::Banco::abrir(conexao);
+    db::Transacao t(*depois, db::Modo::Leitura);
+    EXPECT_NE(db::escalar(t, "select NOME from TBCAD where ID = 1").toString(), "DEPOIS DA CÓPIA");
+}
 
-    QProcess p;
-    p.start(ORB_PROGRAMA, {"--restore", c.arquivo, "--database", bt.caminho()});
-    ASSERT_TRUE(p.waitForStarted(5000));
-    // Killed as soon as the copy is being restored beside the database.
-    for (int i = 0; i < 2000 && !QFile::exists(bt.caminho() + ".restaurando") && p.state() != QProcess::NotRunning; ++i)
-        QThread::msleep(2);
-    ASSERT_EQ(p.state(), QProcess::Running) << "a restauração terminou antes de ser interrompida";
-    p.kill();
-    p.waitForFinished(5000);
+// The program killed in the middle of a restore: after the copy was proven beside the database, and
+// between taking the database aside and putting the copy in its place. The previous database is
+// still there and opens.
+TEST(Restauracao, ProgramKilledInTheMiddleLeavesThePreviousDatabase)
+{
+    for (const char *etapa : {"provada", "troca"}) {
+        SCOPED_TRACE(etapa);
+        teste::BancoTemporario bt;
+        popular(bt.banco(), 30);
+        const Copia c = fazerCopia(bt.conexao(), pastaCopias(bt), kAgora, false);
+        ASSERT_EQ(c.verificacao, Verificacao::Verificada);
+        {
+            db::Transacao t(bt.banco());
+            db::executar(t, "delete from TBCOMITENS where ID < 10");  // the database no longer equals the copy
+            t.commit();
+        }
+        const auto antes = impressao(bt.banco());
+        bt.fechar();
 
-    QStringList aplicadas;
-    auto b = esquema::abrirAtualizado(bt.conexao(), aplicadas);
-    EXPECT_EQ(impressao(*b), antes);
+        QProcess p;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("ORB_PAUSA_RESTAURACAO", etapa);
+        p.setProcessEnvironment(env);
+        p.setReadChannel(QProcess::StandardError);
+        p.start(ORB_PROGRAMA, {"--restore", c.arquivo, "--database", bt.caminho()});
+        ASSERT_TRUE(p.waitForStarted(5000));
+        QByteArray erros;
+        while (!erros.contains("pausa:") && p.state() == QProcess::Running && p.waitForReadyRead(60000)) erros += p.readAllStandardError();
+        ASSERT_TRUE(erros.contains(QByteArray("pausa: ") + etapa)) << erros.toStdString();
+        if (QByteArray(etapa) == "troca") EXPECT_FALSE(QFile::exists(bt.caminho()));  // the moment with no database in place
+        p.kill();
+        p.waitForFinished(5000);
+
+        QStringList aplicadas;
+        auto b = esquema::abrirAtualizado(bt.conexao(), aplicadas);
+        EXPECT_EQ(impressao(*b), antes);
+        EXPECT_TRUE(aplicadas.isEmpty()) << aplicadas.join(" | ").toStdString();
+        EXPECT_FALSE(QFile::exists(bt.caminho() + ".restaurando"));
+    }
 }
 
 // The command lines: exit codes, and the copy made by one restored by the other.

@@ -27,14 +27,6 @@ const QString kRegistro = QStringLiteral(".json");
 
 QString registroDe(const QString &arquivo) { return arquivo + kRegistro; }
 
-// "host/port:" of a database on a server, empty for a local file: a path made here is given to the
-// same engine with it.
-QString prefixo(const QString &banco)
-{
-    const int dp = int(banco.indexOf(':'));
-    return dp <= 1 ? QString() : banco.left(dp + 1);
-}
-
 QString textoVerificacao(Verificacao v)
 {
     switch (v) {
@@ -131,7 +123,7 @@ void restaurarConferido(const db::Conexao &c, const Copia &copia, const QString 
     QMap<QString, qint64> restauradas;
     try {
         db::Conexao r = c;
-        r.banco = prefixo(c.banco) + destino;
+        r.banco = prefixoServidor(c.banco) + destino;
         auto b = db::Banco::abrir(r);
         restauradas = contarLinhas(*b);
     } catch (const db::ErroBanco &e) {
@@ -166,7 +158,7 @@ QString nomeCopia(const QString &pasta, const QString &banco, const QDateTime &q
 
 bool alcancavel(const QString &banco)
 {
-    const QString p = prefixo(banco);
+    const QString p = prefixoServidor(banco);
     if (p.isEmpty()) return true;
     const QString host = p.chopped(1).section('/', 0, 0).toLower();
     return host == "localhost" || host == "127.0.0.1" || host == "::1" || host == QSysInfo::machineHostName().toLower();

@@ -9,6 +9,8 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QThread>
+#include <cstdio>
 
 namespace copias {
 
@@ -16,6 +18,16 @@ namespace {
 
 QString nota(const QString &banco) { return banco + ".restauracao"; }
 QString emRestauracao(const QString &banco) { return banco + ".restaurando"; }
+
+// Tests stop the command line at a named step to kill it there, where the engine is between calls
+// (killing it inside one may leave the engine's shared locks of this computer held).
+void pausaDeTeste(const char *etapa)
+{
+    if (qEnvironmentVariable("ORB_PAUSA_RESTAURACAO") != QLatin1String(etapa)) return;
+    std::fprintf(stderr, "pausa: %s\n", etapa);
+    std::fflush(stderr);
+    for (;;) QThread::sleep(1);
+}
 
 // Puts the previous file back in place of the restored one.
 void desfazer(const QString &banco, const QString &anterior, bool existia)
@@ -82,6 +94,7 @@ std::unique_ptr<db::Banco> restaurar(const Restauracao &r, db::Banco *atual, con
         }
         if (fecharAtual) fecharAtual();
     }
+    pausaDeTeste("provada");
 
     const bool existia = QFileInfo::exists(banco);
     const QString anterior = nomeAnterior(banco, r.agora);
@@ -97,6 +110,7 @@ std::unique_ptr<db::Banco> restaurar(const Restauracao &r, db::Banco *atual, con
         QFile::remove(nota(banco));
         throw orb::Recusa(QString("Não foi possível renomear %1 para %2.").arg(QDir::toNativeSeparators(banco), QDir::toNativeSeparators(anterior)));
     }
+    pausaDeTeste("troca");
     if (!QFile::rename(temp, banco)) {
         QFile::remove(temp);
         desfazer(banco, anterior, existia);
@@ -128,6 +142,8 @@ std::unique_ptr<db::Banco> restaurar(const Restauracao &r, db::Banco *atual, con
 
 bool recuperarRestauracao(const QString &banco)
 {
+    // A copy restored beside the database by a run that stopped is only a leftover.
+    QFile::remove(emRestauracao(banco));
     QFile f(nota(banco));
     if (!f.open(QIODevice::ReadOnly)) return false;
     const QString anterior = QString::fromUtf8(f.readAll()).trimmed();
@@ -137,7 +153,6 @@ bool recuperarRestauracao(const QString &banco)
         QFile::remove(banco);
         devolvido = QFile::rename(anterior, banco);
     }
-    QFile::remove(emRestauracao(banco));
     if (devolvido || !QFileInfo::exists(anterior)) QFile::remove(nota(banco));
     return devolvido;
 }

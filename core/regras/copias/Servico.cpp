@@ -122,18 +122,15 @@ void texto(Bloco &b, unsigned char tag, const QString &v) { b->insertString(&b.s
 
 } // namespace
 
-QString gerenciador(const QString &banco)
+QString prefixoServidor(const QString &banco)
 {
     const int dp = int(banco.indexOf(':'));
-    if (dp <= 1) return QStringLiteral("service_mgr");  // a local file (a drive letter is one character)
-    return banco.left(dp) + QStringLiteral(":service_mgr");
+    return dp <= 1 ? QString() : banco.left(dp + 1);
 }
 
-QString caminhoNoServidor(const QString &banco)
-{
-    const int dp = int(banco.indexOf(':'));
-    return dp <= 1 ? banco : banco.mid(dp + 1);
-}
+QString gerenciador(const QString &banco) { return prefixoServidor(banco) + QStringLiteral("service_mgr"); }
+
+QString caminhoNoServidor(const QString &banco) { return banco.mid(prefixoServidor(banco).size()); }
 
 void gerarBackup(const db::Conexao &c, const QString &arquivo, const Linha &linha)
 {

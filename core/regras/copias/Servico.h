@@ -13,6 +13,8 @@ namespace copias {
 // One line of the engine's verbose output ("gbak: writing data for table TBCAD", …).
 using Linha = std::function<void(const QString &linha)>;
 
+// "host[/port]:" of a database on a server, empty for a local file (a drive letter is one character).
+QString prefixoServidor(const QString &banco);
 // The services manager that reaches a database: "service_mgr" for a local file,
 // "host[/port]:service_mgr" for one on a server.
 QString gerenciador(const QString &banco);
