@@ -4,6 +4,7 @@
 #include "acesso/Acesso.h"
 #include "acesso/Sessao.h"
 #include "copias/Restauracao.h"
+#include "copias/Servico.h"
 #include "dados/Tabs.h"
 #include "schema/Criacao.h"
 #include "ui/Mensagens.h"
@@ -173,7 +174,18 @@ TCopiaSeguranca::TCopiaSeguranca(const QString &pastaPrograma, QWidget *parent) 
                       : QString("A cópia automática ao fechar o programa está desligada (ORBManager.ini, seção [Backup])."));
     l->addWidget(nota);
 
-    edPasta_->setText(QDir::toNativeSeparators(pastaDasCopias(pastaPrograma_, Tabs->DbORB().conexao().banco)));
+    const QString banco = Tabs->DbORB().conexao().banco;
+    edPasta_->setText(QDir::toNativeSeparators(pastaDasCopias(pastaPrograma_, banco)));
+    if (!copias::alcancavel(banco)) {
+        // The server writes the copies into its own folders, which this computer does not see.
+        nota->setText(QString("O banco de dados está no servidor %1: as cópias de segurança são feitas no próprio servidor, "
+                              "pelo comando orbmanager --backup agendado nele, ou por esta tela aberta no servidor.")
+                          .arg(copias::prefixoServidor(banco).chopped(1)));
+        for (QPushButton *b : std::as_const(botoes_)) b->setEnabled(false);
+        edPasta_->setEnabled(false);
+        escolher->setEnabled(false);
+        return;
+    }
     FormShow();
 }
 
