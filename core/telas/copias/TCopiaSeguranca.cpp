@@ -279,6 +279,7 @@ void TCopiaSeguranca::BtVerificarClick()
         comProgresso([&](const copias::Progresso &p) { copia = copias::verificar(c, copia, p); });
     } catch (const Recusa &r) {
         Atencao(r.texto);
+        return;
     }
     FormShow();
     if (copia.verificacao == copias::Verificacao::Falhou) Atencao(copias::avisoFalha(copia));
