@@ -5,10 +5,12 @@
 #include "FormsEstoque.h"
 #include "FormsLeituras.h"
 #include "acesso/TLogin.h"
+#include "copias/Comandos.h"
 #include "dados/Cep.h"
 #include "dados/Monitor.h"
 #include "dados/Tabs.h"
 #include "db/Banco.h"
+#include "copias/TCopiaSeguranca.h"
 #include "principal/InstanciaUnica.h"
 #include "principal/TConfig.h"
 #include "principal/TMain.h"
@@ -30,6 +32,7 @@
 #include <QUrl>
 #include <QIcon>
 #include <QStyleFactory>
+#include <QTextStream>
 #include <QTimer>
 #include <QTranslator>
 #include <cstdio>
@@ -39,6 +42,9 @@ namespace {
 struct Opcoes {
     QString banco;  // --database: a local file instead of the settings
     bool atualizar = false;
+    bool backup = false;    // --backup [PASTA]
+    QString pastaBackup;
+    QString restore;        // --restore ARQUIVO
 };
 
 Opcoes lerOpcoes(const QStringList &args)
@@ -48,8 +54,11 @@ Opcoes lerOpcoes(const QStringList &args)
     p.addHelpOption();
     p.addOption({"database", "Usa este arquivo de banco de dados local em vez da configuração.", "arquivo"});
     p.addOption({"upgrade", "Cria o banco se não existir, atualiza sua estrutura, mostra o que mudou e sai."});
+    p.addOption({"backup", "Faz uma cópia de segurança verificada do banco (na pasta dada, ou na configurada) e sai."});
+    p.addOption({"restore", "Restaura esta cópia de segurança no lugar do banco de dados, depois de verificá-la, e sai.", "arquivo"});
+    p.addPositionalArgument("pasta", "Pasta da cópia de segurança (com --backup).", "[pasta]");
     p.process(args);
-    return {p.value("database"), p.isSet("upgrade")};
+    return {p.value("database"), p.isSet("upgrade"), p.isSet("backup"), p.positionalArguments().value(0), p.value("restore")};
 }
 
 db::Conexao conexao(const Opcoes &o, const QString &pasta)
@@ -105,9 +114,15 @@ int main(int argc, char *argv[])
     relogio.start();
     QStringList args;
     for (int i = 0; i < argc; ++i) args << QString::fromLocal8Bit(argv[i]);
-    if (args.contains("--upgrade") || args.contains("--help") || args.contains("-h")) {
+    if (args.contains("--upgrade") || args.contains("--help") || args.contains("-h") || args.contains("--backup")
+        || args.contains("--restore")) {
         QCoreApplication app(argc, argv);
-        return modoAtualizacao(conexao(lerOpcoes(app.arguments()), QCoreApplication::applicationDirPath()));
+        const Opcoes o = lerOpcoes(app.arguments());
+        const QString pasta = QCoreApplication::applicationDirPath();
+        QTextStream saida(stdout), erros(stderr);
+        if (o.backup) return copias::comandoBackup(conexao(o, pasta), pasta, o.pastaBackup, saida, erros);
+        if (!o.restore.isEmpty()) return copias::comandoRestore(conexao(o, pasta), o.restore, saida, erros);
+        return modoAtualizacao(conexao(o, pasta));
     }
 
     orb::Aplicacao app(argc, argv);
@@ -210,6 +225,7 @@ int main(int argc, char *argv[])
     janela = &principal;
     principal.FormShow();
     const int r = app.exec();
+    if (tabs.conectado()) orb::copiaAoFechar(pasta, tabs.DbORB().conexao());
     orb::Tabs = nullptr;
     return r;
 }

@@ -93,4 +93,39 @@ QList<int> gerarItens(db::Banco &b, int quantos, int empresas, unsigned semente)
     return ids;
 }
 
+int gerarDocumentos(db::Banco &b, int quantos, unsigned semente)
+{
+    std::mt19937 g(semente);
+    db::Transacao t(b);
+    QList<int> pessoas, itens;
+    {
+        db::Consulta q(t, "Select Id From TbCad Where Cl = 'S' Order By Id");
+        q.executar();
+        while (q.proxima()) pessoas << q.valor(0).toInt();
+        db::Consulta i(t, "Select Id From TbItens Order By Id");
+        i.executar();
+        while (i.proxima()) itens << i.valor(0).toInt();
+    }
+    if (pessoas.isEmpty() || itens.isEmpty()) return 0;
+    db::Consulta cab(t, "insert into TbCom (Op, Emissao, Data, IdCad, Total) values (1, :DATA, :DATA, :CAD, :TOTAL) returning Id");
+    db::Consulta lin(t, "insert into TbComItens (Fk, IdItem, Descricao, Qtd, PrUnitario, Total) values (:FK, :ITEM, :D, :QTD, :PR, :TOTAL)");
+    const QDateTime inicio(QDate(2024, 1, 1), QTime(8, 0));
+    for (int n = 0; n < quantos; ++n) {
+        const qint64 qtd[2] = {qint64(1 + g() % 9), qint64(1 + g() % 9)};
+        const qint64 preco[2] = {qint64(100 + g() % 90000), qint64(100 + g() % 90000)};
+        cab.bind("DATA", inicio.addSecs(qint64(n) * 600)).bind("CAD", pessoas[int(g() % unsigned(pessoas.size()))]);
+        cab.bind("TOTAL", QVariant::fromValue(db::Decimal::bruto(qtd[0] * preco[0] + qtd[1] * preco[1], 2)));
+        const int id = cab.escalar().toInt();
+        for (int i = 0; i < 2; ++i) {
+            lin.bind("FK", id).bind("ITEM", itens[int(g() % unsigned(itens.size()))]).bind("D", QString("Item %1 do pedido %2").arg(i + 1).arg(n));
+            lin.bind("QTD", QVariant::fromValue(db::Decimal::bruto(qtd[i] * 10000, 4)));
+            lin.bind("PR", QVariant::fromValue(db::Decimal::bruto(preco[i] * 100, 4)));
+            lin.bind("TOTAL", QVariant::fromValue(db::Decimal::bruto(qtd[i] * preco[i], 2)));
+            lin.executar();
+        }
+    }
+    t.commit();
+    return quantos;
+}
+
 } // namespace bench

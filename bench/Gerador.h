@@ -14,4 +14,8 @@ void gerarCadastros(db::Banco &b, int quantos, unsigned semente = 20261122);
 // stock row for each of `empresas` companies (created when missing). Returns the companies' IDs.
 QList<int> gerarItens(db::Banco &b, int quantos, int empresas = 3, unsigned semente = 20261122);
 
+// Sale documents: a header for one of the registry's people and two lines of stock items each
+// (people and items generated first). Returns the headers written.
+int gerarDocumentos(db::Banco &b, int quantos, unsigned semente = 20261122);
+
 } // namespace bench

@@ -1,5 +1,8 @@
 #include "schema/Criacao.h"
 
+#include "copias/Restauracao.h"
+#include "copias/Servico.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -135,6 +138,8 @@ QStringList criarLocal(const db::Conexao &c, const Progresso &progresso, const s
 std::unique_ptr<Banco> abrirAtualizado(const db::Conexao &c, QStringList &aplicadas, const Progresso &progresso,
                                        const std::function<void()> &aposAbrir)
 {
+    // A restore cut short puts the previous file back before anything looks for it.
+    if (copias::alcancavel(c.banco)) copias::recuperarRestauracao(copias::caminhoNoServidor(c.banco));
     bool criado = false;
     if (arquivoLocal(c) && !QFileInfo::exists(c.banco)) {
         aplicadas << QString("Banco de dados criado: %1").arg(c.banco);

@@ -22,7 +22,8 @@ G sistema()
             {{"Usuarios1", "&Usuários...", "TUsuarios"},
              {"Niveis1", "&Níveis de Acesso...", "TNiveis"},
              {"Empresas1", "&Empresas...", "TEmpresas"},
-             {"Config1", "&Configuração do Banco de Dados...", "TConfig"}}};
+             {"Config1", "&Configuração do Banco de Dados...", "TConfig"},
+             {"CopiaSeguranca1", "Cópia de Se&gurança...", "TCopiaSeguranca"}}};
 }
 
 G fichario(const QString &nome, const QString &caption)

@@ -1,6 +1,7 @@
 #include "principal/TMain.h"
 
 #include "acesso/FormsAcesso.h"
+#include "copias/TCopiaSeguranca.h"
 #include "dados/Tabs.h"
 #include "principal/ClinicaPadrao.h"
 #include "principal/Menus.h"
@@ -341,6 +342,7 @@ void registrarFormulariosNucleo(const QString &pastaPrograma)
 {
     registrarFormulariosAcesso();
     registrarFormulario("TConfig", [pastaPrograma](QWidget *p) { return new TConfig(pastaPrograma, p); });
+    registrarFormulario("TCopiaSeguranca", [pastaPrograma](QWidget *p) { return new TCopiaSeguranca(pastaPrograma, p); });
 }
 
 } // namespace orb
