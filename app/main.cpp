@@ -3,6 +3,7 @@
 #include "Configuracao.h"
 #include "FormsCadastros.h"
 #include "FormsEstoque.h"
+#include "FormsFinanceiro.h"
 #include "acesso/TLogin.h"
 #include "dados/Cep.h"
 #include "dados/Monitor.h"
@@ -126,6 +127,7 @@ int main(int argc, char *argv[])
     orb::registrarComercial();
     orb::registrarEstoque();
     orb::registrarInventario();
+    orb::registrarFinanceiro();
     {
         // The activity monitor's address, when this installation has one.
         QSettings ini(pasta + "/ORBManager.ini", QSettings::IniFormat);
