@@ -88,6 +88,7 @@ QList<G> comercial()
               {"Vendas1", "&Vendas...", "TVendas"},
               {"VendaExp1", "Venda &Expressa...", "TVendaExp"},
               {"Compras1", "&Compras...", "TCompras"},
+              {"EtapasCom1", "&Etapas das Operações...", "TEtapasCom"},
               {"StatusCom1", "&Status das Operações...", "TStatusCom"},
               {"Cfop1", "CF&OP...", "TCfop"},
               {"Icms1", "&ICMS...", "TIcms"}}},
