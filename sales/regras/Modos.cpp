@@ -69,17 +69,18 @@ QString sqlConsultaOperacoes(const ModoOperacao &m, const QString &ordem)
             orderBy = o.second;
     // The op is a constant of the mode, never typed; the order comes from the fixed list above.
     return QString(
-               "Select C.*, Cf.Id Z_IdFat, Ca1.Nome Z_ClienteFor, Ci.Cidade Z_Cidade, Ci.Uf Z_Uf, Ca1.Telefone1 Z_Telefone1, "
+               // The computed TotalFrete, DataEntrega and DataAprovacao come before the header's own columns of the
+               // same names, so that a lookup by name finds them.
+               "Select (Select Sum(F.TotalFrete) From TbComFat F Where F.Fk = C.Id) TotalFrete, "
+               "St.Status Status, Case When St.Status = 'EN' Then St.Data End DataEntrega, "
+               "Case When St.Status = 'AP' Then St.Data End DataAprovacao, C.*, Cf.Id Z_IdFat, Ca1.Nome Z_ClienteFor, Ci.Cidade Z_Cidade, Ci.Uf Z_Uf, Ca1.Telefone1 Z_Telefone1, "
                "Ca1.Telefone2 Z_Telefone2, Ca1.Telefone3 Z_Telefone3, Ca1.Radio Z_Radio, Ca1.Email Z_Email, "
                "Case When Ca1.Pessoa = 'F' Then Ca1.Cpf When Ca1.Pessoa = 'J' Then Ca1.Cnpj End Z_CpfCnpj, "
                "Rep.Nome Z_Representante, Fu1.Nome Z_Atendente, Fu2.Nome Z_Tecnico, Emp.Apelido Z_Empresa, Ac.Nome Z_Acond, "
-               "(Select Sum(F.TotalFrete) From TbComFat F Where F.Fk = C.Id) TotalFrete, "
                "(Select Sum(F.ValorBr) From TbComFat F Where F.Fk = C.Id) Z_TotalFatBr, "
                "C.Total - Coalesce((Select Sum(F.ValorBr) From TbComFat F Where F.Fk = C.Id), 0) Z_TotalAFatBr, "
                "(Select Sum(Ct.Valor) From TbContas Ct Join TbComFat F On (F.Id = Ct.Fk) Where F.Fk = C.Id and Ct.Fks = C.Op "
-               "and Ct.NaoQuitado > 0) Z_APagar, "
-               "St.Status Status, Case When St.Status = 'EN' Then St.Data End DataEntrega, "
-               "Case When St.Status = 'AP' Then St.Data End DataAprovacao "
+               "and Ct.NaoQuitado > 0) Z_APagar "
                "From TbCom C "
                "Join TbComFat Cf On (Cf.Fk = C.Id) "
                "Left Join TbComSt St On (St.Id = (Select Max(S.Id) From TbComSt S Where S.Fk = C.Id)) "
