@@ -139,15 +139,19 @@ QDate vencimentoParcela(const QDate &dataFat, int i, bool entrada, int primVenc,
     return intVenc == 30 ? base.addMonths(k) : base.addDays(qint64(intVenc) * k);
 }
 
-void ratearParcela(db::Transacao &t, int idConta, const QString &modulo, int idDocumento)
-{
-    const ModuloContas &m = moduloContas(modulo);
-    const bool en = ramo(t) == "EN";
-    const Decimal valor = dec(db::escalar(t, "Select Valor From TbContas Where Id = :ID", {{"ID", idConta}}));
+namespace {
 
-    QList<Rateio> alvo;
+// The keys an instalment is apportioned over, each with its share of the document: the document's
+// lines grouped by key for sales and purchases, else the module's default key, whole.
+struct Partilha {
+    QList<Rateio> chaves;  // valor: the share, as the database divides it
+    bool inteira = false;  // one key takes the whole value
+};
+
+Partilha partilhar(db::Transacao &t, const ModuloContas &m, int idDocumento, bool en)
+{
+    Partilha p;
     if (m.codigo == "1" || m.codigo == "4") {
-        // Split over the document's lines by their share of the subtotal, key by key.
         db::Consulta q(t, en ? "Select IdCCusto, IdCategoria, Cast(Null As Integer) IdSubcategoria, Subtotal From TbComItens "
                                "Where Fk = :FK Order By IdCCusto, IdCategoria, Id"
                              : "Select Cast(Null As Integer) IdCCusto, IdCategoria, IdSubcategoria, Subtotal From TbComItens "
@@ -163,29 +167,51 @@ void ratearParcela(db::Transacao &t, int idConta, const QString &modulo, int idD
         }
         for (const L &l : linhas) {
             Rateio *r = nullptr;
-            for (Rateio &a : alvo)
+            for (Rateio &a : p.chaves)
                 if (mesmaChave(a.cCusto, l.cc) && mesmaChave(a.categoria, l.cat) && mesmaChave(a.subcategoria, l.sub))
                     r = &a;
             if (!r) {
-                alvo.append({l.cc, l.cat, l.sub, Decimal::bruto(0, 4)});
-                r = &alvo.last();
+                p.chaves.append({l.cc, l.cat, l.sub, Decimal::bruto(0, 4)});
+                r = &p.chaves.last();
             }
-            // Each line's share as the database divides it; a document without values goes whole to its first key.
+            // Each line's share as the database divides it.
             if (!soma.zero())
                 r->valor += l.sub2.dividirComoBanco(soma);
         }
-        for (Rateio &r : alvo)
-            r.valor = soma.zero() ? Decimal::bruto(0, 2) : n2(r.valor * valor);
-        if (soma.zero() && !alvo.isEmpty())
-            alvo.first().valor = valor;
+        // A document without values goes whole to its first key.
+        if (soma.zero() && !p.chaves.isEmpty()) {
+            p.chaves = {p.chaves.first()};
+            p.inteira = true;
+        }
     }
-    if (alvo.isEmpty()) {
-        const QVariant cat = db::escalar(t, QString("Select First 1 IdCategoria From %1 Order By Data Desc, Id Desc").arg(m.parametros));
-        const QVariant sub = en ? QVariant() : db::escalar(t, QString("Select First 1 IdSubcategoria From %1 Order By Data Desc, Id Desc").arg(m.parametros));
-        alvo.append({en ? QVariant(idDocumento) : QVariant(), cat, sub, valor});
+    if (p.chaves.isEmpty()) {
+        const Valores par = [&] {
+            db::Consulta q(t, QString("Select First 1 IdCategoria, IdSubcategoria From %1 Order By Data Desc, Id Desc").arg(m.parametros));
+            q.executar();
+            Valores v;
+            if (q.proxima()) {
+                v["CAT"] = q[0];
+                v["SUB"] = q[1];
+            }
+            return v;
+        }();
+        auto de = [&](const char *k) { const auto it = par.find(k); return it == par.end() ? QVariant() : it->second; };
+        p.chaves.append({en ? QVariant(idDocumento) : QVariant(), de("CAT"), en ? QVariant() : de("SUB"), {}});
+        p.inteira = true;
     }
+    return p;
+}
 
-    // Rows of other keys go; rows of the keys take their values; the remainder goes to the newest row.
+// Rows of other keys go; rows of the keys take their values; the remainder goes to the newest row.
+void aplicarRateio(db::Transacao &t, int idConta, const Partilha &p)
+{
+    const Decimal valor = dec(db::escalar(t, "Select Valor From TbContas Where Id = :ID", {{"ID", idConta}}));
+    QList<Rateio> alvo = p.chaves;
+    Decimal soma = Decimal::bruto(0, 2);
+    for (Rateio &r : alvo) {
+        r.valor = p.inteira ? valor : n2(r.valor * valor);
+        soma += r.valor;
+    }
     db::Consulta atuais(t, "Select Id, IdCCusto, IdCategoria, IdSubcategoria From TbContasRat Where Fk = :FK Order By Id");
     atuais.bind("FK", idConta);
     atuais.executar();
@@ -195,29 +221,40 @@ void ratearParcela(db::Transacao &t, int idConta, const QString &modulo, int idD
         existentes.append({atuais[1], atuais[2], atuais[3], {}});
         ids.append(atuais[0].toInt());
     }
-    QList<bool> usado(alvo.size(), false);
+    atuais.fechar();
+    QList<int> destino(alvo.size(), 0);  // the row of each key
     for (int i = 0; i < existentes.size(); ++i) {
         int achou = -1;
         for (int j = 0; j < alvo.size() && achou < 0; ++j)
-            if (!usado[j] && mesmaChave(alvo[j].cCusto, existentes[i].cCusto) && mesmaChave(alvo[j].categoria, existentes[i].categoria)
+            if (!destino[j] && mesmaChave(alvo[j].cCusto, existentes[i].cCusto) && mesmaChave(alvo[j].categoria, existentes[i].categoria)
                 && mesmaChave(alvo[j].subcategoria, existentes[i].subcategoria))
                 achou = j;
-        if (achou < 0) {
+        if (achou < 0)
             db::executar(t, "Delete From TbContasRat Where Id = :ID", {{"ID", ids[i]}});
-        } else {
-            usado[achou] = true;
-            db::executar(t, "Update TbContasRat Set Valor = :V Where Id = :ID", {{"V", qv(alvo[achou].valor)}, {"ID", ids[i]}});
-        }
+        else
+            destino[achou] = ids[i];
     }
     for (int j = 0; j < alvo.size(); ++j)
-        if (!usado[j])
-            db::executar(t, "Insert Into TbContasRat (IdCCusto, IdCategoria, IdSubcategoria, Valor, Fk) Values (:CC, :CAT, :SUB, :V, :FK)",
-                         {{"CC", alvo[j].cCusto}, {"CAT", alvo[j].categoria}, {"SUB", alvo[j].subcategoria}, {"V", qv(alvo[j].valor)},
-                          {"FK", idConta}});
-    const Decimal soma = dec(db::escalar(t, "Select Sum(Valor) From TbContasRat Where Fk = :FK", {{"FK", idConta}}));
-    if (soma != valor)
-        db::executar(t, "Update TbContasRat Set Valor = Valor + :DIF Where Id = (Select Max(Id) From TbContasRat Where Fk = :FK)",
-                     {{"DIF", qv(valor - soma)}, {"FK", idConta}});
+        if (!destino[j])
+            destino[j] = db::escalar(t, "Insert Into TbContasRat (IdCCusto, IdCategoria, IdSubcategoria, Fk) Values (:CC, :CAT, :SUB, :FK) "
+                                        "Returning Id",
+                                     {{"CC", alvo[j].cCusto}, {"CAT", alvo[j].categoria}, {"SUB", alvo[j].subcategoria}, {"FK", idConta}})
+                             .toInt();
+    int ultima = 0;
+    for (int j = 0; j < alvo.size(); ++j)
+        if (destino[j] > ultima)
+            ultima = destino[j];
+    for (int j = 0; j < alvo.size(); ++j)
+        db::executar(t, "Update TbContasRat Set Valor = :V Where Id = :ID",
+                     {{"V", qv(destino[j] == ultima ? alvo[j].valor + (valor - soma) : alvo[j].valor)}, {"ID", destino[j]}});
+}
+
+} // namespace
+
+void ratearParcela(db::Transacao &t, int idConta, const QString &modulo, int idDocumento)
+{
+    const ModuloContas &m = moduloContas(modulo);
+    aplicarRateio(t, idConta, partilhar(t, m, idDocumento, ramo(t) == "EN"));
 }
 
 void GeraContas(db::Transacao &t, const QString &modulo, const QString &id, const QString &acao,
@@ -238,6 +275,7 @@ void GeraContas(db::Transacao &t, const QString &modulo, const QString &id, cons
     const Fat f = lerFat(t, m, idFat);
     if (f.id == 0)
         return;
+    const Partilha partilha = partilhar(t, m, f.fk, segmento == "EN");
 
     // Surplus instalments of a smaller count go.
     const QString surplus = QString(" and C.Parcela > :N and %1").arg(f.entrada ? "C.Parcela <> 'EN'" : "C.Prazo > 0");
@@ -295,7 +333,7 @@ void GeraContas(db::Transacao &t, const QString &modulo, const QString &id, cons
         }
 
         // The update pass: the instalment as it stands, its payments and its card brand.
-        db::Consulta c(t, "Select C.TipoDoc, C.Numero, C.IdBandeira, C.IdCCor, C.IdBanco, B.PercDesconto Z_PercBand, "
+        db::Consulta c(t, "Select C.Valor, C.TipoDoc, C.Numero, C.IdBandeira, C.IdCCor, C.IdBanco, B.PercDesconto Z_PercBand, "
                           "(Select Sum(P.Valor) From TbContasPagtos P Where P.Fk = C.Id) Z_Pago From TbContas C "
                           "Left Join TbBandeiras B On (B.Id = C.IdBandeira) Where C.Id = :ID");
         c.bind("ID", idConta);
@@ -310,11 +348,12 @@ void GeraContas(db::Transacao &t, const QString &modulo, const QString &id, cons
         const QVariant band = cartao ? (c["IDBANDEIRA"].isNull() ? QVariant(0) : c["IDBANDEIRA"]) : QVariant();
         const QVariant ccor = doc2 == "BOLETO" || doc2 == "TRANSFERÊNCIA" ? (c["IDCCOR"].isNull() ? QVariant(idCaixa) : c["IDCCOR"]) : QVariant();
         const QVariant banco = doc2 == "CHEQUE" ? c["IDBANCO"] : QVariant();
+        const Decimal pago = limparPagamentos ? Decimal::bruto(0, 2) : dec(c["Z_PAGO"]);
+        const bool temPagamentos = !c["Z_PAGO"].isNull();
+        Decimal valorFinal = dec(c["VALOR"]);
         c.fechar();
-        if (limparPagamentos)
+        if (limparPagamentos && temPagamentos)
             db::executar(t, "Delete From TbContasPagtos Where Fk = :ID", {{"ID", idConta}});
-        const Decimal pago = limparPagamentos ? Decimal::bruto(0, 2)
-                                              : dec(db::escalar(t, "Select Sum(Valor) From TbContasPagtos Where Fk = :ID", {{"ID", idConta}}));
 
         QStringList sets = {"Data = :DATA", "Parcela = :PARC", "Numero = :NUMERO", "IdBandeira = :BAND", "IdCCor = :CCOR",
                             "IdBanco = :BANCO", "TipoDoc = :DOC", "IdCad = :IDCAD", "Historico = :HIST", "Observacoes = :OBS",
@@ -332,7 +371,8 @@ void GeraContas(db::Transacao &t, const QString &modulo, const QString &id, cons
                  << "IdCidadeCh = Null";
         if (acao == "P" || acao == "I") {
             sets << "Valor = :VALOR" << "ValorBruto = :BRUTO";
-            p["VALOR"] = qv(cartao ? liquidoCartao(parte, percBand) : parte);
+            valorFinal = cartao ? liquidoCartao(parte, percBand) : parte;
+            p["VALOR"] = qv(valorFinal);
             p["BRUTO"] = qv(parte);
         }
         if (acao == "V" || acao == "I") {
@@ -347,22 +387,18 @@ void GeraContas(db::Transacao &t, const QString &modulo, const QString &id, cons
         QString situacao;
         if (momento || segmento == "ME")
             situacao = doc2 == "CHEQUE" ? "NÃO COMPENSADO" : doc2 == "BOLETO" ? "NÃO QUITADO" : (pago > Decimal::inteiro(0) ? "QUITADO" : "NÃO QUITADO");
-        sets << "Situacao = :SIT";
+        sets << "Situacao = :SIT" << "Quitado = :PAGO" << "NaoQuitado = :NAOPAGO" << "ValorTotal = :VALORTOTAL";
         p["SIT"] = situacao.isEmpty() ? QVariant() : QVariant(situacao);
+        p["PAGO"] = qv(pago);
+        p["NAOPAGO"] = qv(valorFinal - pago);
+        p["VALORTOTAL"] = qv(valorFinal);
         db::executar(t, "Update TbContas Set " + sets.join(", ") + " Where Id = :ID", p);
-        if (i == f.n && f.n >= 2 && (acao == "P" || acao == "I"))
+        if (i == f.n && f.n >= 2 && (acao == "P" || acao == "I")) {
             arredondarUltima(t, m, f, idConta);
-        // Paid and unpaid follow the value the instalment ends with.
-        db::executar(t, "Update TbContas Set Quitado = :PAGO, NaoQuitado = Valor - :PAGO, ValorTotal = Valor Where Id = :ID",
-                     {{"PAGO", qv(pago)}, {"ID", idConta}});
-        ratearParcela(t, idConta, m.codigo, f.fk);
-    }
-    // The last instalment's rounding may have moved after the others' update: its fields follow.
-    if (f.n >= 2) {
-        const int ultima = db::escalar(t, "Select First 1 Id From TbContas Where Fks = :FKS and Fk = :FK Order By Prazo Desc, Parcela Desc",
-                                       {{"FKS", fks}, {"FK", idFat}}).toInt();
-        db::executar(t, "Update TbContas Set NaoQuitado = Valor - Coalesce(Quitado, 0), ValorTotal = Valor Where Id = :ID", {{"ID", ultima}});
-        ratearParcela(t, ultima, m.codigo, f.fk);
+            // Paid and unpaid follow the value the last instalment ends with.
+            db::executar(t, "Update TbContas Set NaoQuitado = Valor - Quitado, ValorTotal = Valor Where Id = :ID", {{"ID", idConta}});
+        }
+        aplicarRateio(t, idConta, partilha);
     }
 }
 
@@ -432,11 +468,12 @@ void DefineParcelas(db::Transacao &t, int idFat)
                                          {{"FKS", modulo.toInt()}, {"FK", idFat}}));
     if (soma != v)
         db::executar(t, "Update TbContas Set ValorBruto = ValorBruto + :DIF Where Id = :ID", {{"DIF", qv(v - soma)}, {"ID", ids.last()}});
+    const Partilha partilha = partilhar(t, moduloContas(modulo), idDoc, ramo(t) == "EN");
     for (int id : ids) {
         db::executar(t, "Update TbContas Set Descontos = ValorBruto * Coalesce(PercDescontos, 0) / 100 Where Id = :ID", {{"ID", id}});
         db::executar(t, "Update TbContas Set Valor = ValorBruto - Descontos, NaoQuitado = ValorBruto - Descontos, Quitado = 0, "
                         "ValorTotal = ValorBruto - Descontos Where Id = :ID", {{"ID", id}});
-        ratearParcela(t, id, modulo, idDoc);
+        aplicarRateio(t, id, partilha);
     }
 }
 
