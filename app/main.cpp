@@ -4,6 +4,7 @@
 #include "FormsCadastros.h"
 #include "FormsEstoque.h"
 #include "FormsFinanceiro.h"
+#include "FormsVendas.h"
 #include "acesso/TLogin.h"
 #include "dados/Cep.h"
 #include "dados/Monitor.h"
@@ -128,6 +129,7 @@ int main(int argc, char *argv[])
     orb::registrarEstoque();
     orb::registrarInventario();
     orb::registrarFinanceiro();
+    orb::registrarVendas();
     {
         // The activity monitor's address, when this installation has one.
         QSettings ini(pasta + "/ORBManager.ini", QSettings::IniFormat);

@@ -417,6 +417,10 @@ int salvarDocumento(db::Transacao &t, Documento &d, const Sessao &quem, const QD
     d.cabecalho["TROCO"] = QVariant::fromValue(troco > kZero ? troco : kZero);
     db::executar(t, "Update TbCom Set TotalPago = :P, Troco = :T Where Id = :ID",
                  {{"P", d.cabecalho["TOTALPAGO"]}, {"T", d.cabecalho["TROCO"]}, {"ID", d.id}});
+    // A purchase effects the supply order it serves (engineering keeps its own steps for them).
+    if (m.op == 4 && !vazio(valor(d.cabecalho, "PEDFORN")) && ramo(t) != "EN")
+        db::executar(t, "Insert Into TbPedFornSt (Data, Status, IdResp, Fk) Values (:D, 'EFETUADA', :R, :FK)",
+                     {{"D", agora}, {"R", resp}, {"FK", valor(d.cabecalho, "PEDFORN")}});
     logRegistro(t, "TBCOM", "ID", d.id, novo ? kInclusao : kAlteracao);
     return d.id;
 }

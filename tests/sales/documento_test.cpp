@@ -203,6 +203,20 @@ TEST_F(DocumentoTest, BillingAndInstalmentsFollowTheLines)
     verificar();
 }
 
+TEST_F(DocumentoTest, APurchaseEffectsItsSupplyOrderOutsideEngineering)
+{
+    for (const char *ramo : {"CO", "EN"}) {
+        db::executar(t, "Update TbParGlobais Set Ramo = :R", {{"R", ramo}});
+        const int pedido = db::escalar(t, "Insert Into TbPedForn (Data) Values ('2026-03-01') Returning Id").toInt();
+        Documento d = venda();
+        d.op = 4;
+        d.cabecalho["PEDFORN"] = pedido;
+        salvarDocumento(t, d, adm, kAgora);
+        EXPECT_EQ(db::escalar(t, "Select List(Status) From TbPedFornSt Where Fk = :P", {{"P", pedido}}).toString(),
+                  QString(ramo) == "EN" ? "" : "EFETUADA") << ramo;
+    }
+}
+
 TEST_F(DocumentoTest, DeletionIsRefusedOnceApprovedDeliveredOrCancelled)
 {
     struct { const char *modo, *status, *mensagem; } casos[] = {
