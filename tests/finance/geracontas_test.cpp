@@ -237,6 +237,26 @@ TEST_F(GeraContasTest, ApportionmentAddsUpToEachInstalment)
     }
 }
 
+TEST_F(GeraContasTest, CardInstalmentsTakeTheBrandsDiscount)
+{
+    const int bandeira = db::escalar(t, "Insert Into TbBandeiras (Bandeira, PercDesconto) Values ('CARTAO X', 3.33) Returning Id").toInt();
+    db::executar(t, "Insert Into TbParVendas (Data, FormaPagto) Values ('2026-01-01', 'CARTÃO')");
+    const int fat = faturamento(1, "100.00", 2, false, 30, 30);
+    GeraContas(t, "1", QString::number(fat), "I", {});
+    db::executar(t, "Update TbContas Set IdBandeira = :B Where Fk = :F", {{"B", bandeira}, {"F", fat}});
+    GeraContas(t, "1", QString::number(fat), "P", {});
+    db::Consulta q(t, "Select TipoDoc, ValorBruto, Valor, PercDescontos From TbContas Where Fk = :F Order By Parcela");
+    q.bind("F", fat);
+    q.executar();
+    // 50.00 × (1 − 3.33 / 100): the percentage divided as the database does (0.03), then the product.
+    const Decimal liquido = servidor("Cast(Cast(50.00 As Numeric(18,2)) * (1 - (Cast(3.33 As Numeric(18,2)) / 100)) As Numeric(18,2))");
+    ASSERT_TRUE(q.proxima());
+    EXPECT_EQ(q[0].toString(), "CARTÃO");
+    EXPECT_EQ(q[1].value<Decimal>(), Decimal("50.00"));
+    EXPECT_EQ(q[2].value<Decimal>(), liquido);
+    EXPECT_EQ(q[3].value<Decimal>(), Decimal("3.33"));
+}
+
 TEST_F(GeraContasTest, CashAccountIsEnsured)
 {
     db::executar(t, "Delete From TbCCor");

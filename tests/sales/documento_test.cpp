@@ -203,6 +203,21 @@ TEST_F(DocumentoTest, BillingAndInstalmentsFollowTheLines)
     verificar();
 }
 
+TEST_F(DocumentoTest, PaidAndChangeFollowThePaymentsOfTheInstalments)
+{
+    Documento d = venda({{"010", "1.0000"}});
+    const int id = salvarDocumento(t, d, adm, kAgora);
+    const Decimal total = decimal(d.cabecalho, "TOTAL");
+    // Approved: the payments recorded stay through the next save.
+    db::executar(t, "Update TbComFat Set DataAprovacao = :D Where Fk = :ID", {{"D", kAgora}, {"ID", id}});
+    d.faturamento["DATAAPROVACAO"] = kAgora;
+    db::executar(t, "Insert Into TbContasPagtos (Data, Valor, Fk) Select '2026-03-10', :V, Id From TbContas Where Fks = 1 and Fk = :F",
+                 {{"V", QVariant::fromValue(total + Decimal("7.50"))}, {"F", d.faturamento["ID"]}});
+    salvarDocumento(t, d, adm, kAgora);
+    EXPECT_EQ(db::escalar(t, "Select TotalPago From TbCom Where Id = :ID", {{"ID", id}}).value<Decimal>(), total + Decimal("7.50"));
+    EXPECT_EQ(db::escalar(t, "Select Troco From TbCom Where Id = :ID", {{"ID", id}}).value<Decimal>(), Decimal("7.50"));
+}
+
 TEST_F(DocumentoTest, APurchaseEffectsItsSupplyOrderOutsideEngineering)
 {
     for (const char *ramo : {"CO", "EN"}) {
