@@ -26,8 +26,9 @@ bool vazio(const QVariant &v) { return v.isNull() || v.toString().trimmed().isEm
 // The columns of a table as the database has them: only those are written.
 const QSet<QString> &colunasDe(db::Transacao &t, const QString &tabela)
 {
-    static QHash<QString, QSet<QString>> cache;
-    auto it = cache.find(tabela);
+    static QHash<QString, QSet<QString>> cache;  // by database and table: an older database may lack columns
+    const QString chave = t.banco().conexao().banco + '|' + tabela;
+    auto it = cache.find(chave);
     if (it == cache.end()) {
         QSet<QString> s;
         db::Consulta q(t, "Select Trim(Rdb$Field_Name) From Rdb$Relation_Fields Where Rdb$Relation_Name = :T");
@@ -35,7 +36,7 @@ const QSet<QString> &colunasDe(db::Transacao &t, const QString &tabela)
         q.executar();
         while (q.proxima())
             s.insert(q[0].toString());
-        it = cache.insert(tabela, s);
+        it = cache.insert(chave, s);
     }
     return *it;
 }

@@ -39,6 +39,7 @@ TEST_F(TVendasTest, ASaleTypedAndSavedShowsInTheBrowse)
     TVendas f("Ven");
     f.definirMenu("&Comercial", "TVendas");
     f.show();
+    EXPECT_LE(f.minimumSizeHint().width(), 1366 - 24);  // fits the main window's tab area on a 1366×768 screen
     f.BtIncluirClick();
     ASSERT_EQ(f.estado(), FormCadastro::Estado::Incluindo) << msg.avisos.join(" | ").toStdString();
     escolher(f.findChild<ComboConsulta *>("CbCliente"), cliente);
