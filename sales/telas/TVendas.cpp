@@ -1,6 +1,7 @@
 #include "TVendas.h"
 
 #include "Recusa.h"
+#include "Faturamento.h"
 #include "dados/Tabs.h"
 #include "ui/Campos.h"
 #include "ui/ComboConsulta.h"
@@ -14,6 +15,7 @@
 #include <QPushButton>
 #include <QStandardItemModel>
 #include <QTableView>
+#include <QScopedValueRollback>
 #include <QVBoxLayout>
 
 namespace orb {
@@ -67,6 +69,9 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     edIntVenc_ = new CampoNumero(C{"INTVENC", "Interv. Venc.", C::Inteiro}, this);
     adicionarCampo("TBCOMFAT.INTVENC", "Interv. Venc.", edIntVenc_, "Faturamento");
 
+    cbCondPagto_->setObjectName("CbCondPagto");
+    cbParcelas_->setObjectName("CbParcelas");
+
     // The lines: an entry row over their grid, and the total under it.
     auto *painel = new QWidget(this);
     auto *v = new QVBoxLayout(painel);
@@ -116,6 +121,8 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     adicionarPainel(painel, 3);
     connect(btIncluir, &QPushButton::clicked, this, &TVendas::BtIncluirLinhaClick);
     connect(btExcluir, &QPushButton::clicked, this, &TVendas::BtExcluirLinhaClick);
+    connect(cbCondPagto_, &QComboBox::currentIndexChanged, this, &TVendas::CbParcelasChange);
+    connect(cbParcelas_, &QComboBox::currentIndexChanged, this, &TVendas::CbParcelasChange);
     // The browse last: showing its first record fills the fields made above.
     QString base = sqlConsultaOperacoes(modo_, {});
     base = base.left(base.lastIndexOf(" Order By "));
@@ -183,6 +190,7 @@ void TVendas::lerCampos()
 
 void TVendas::mostrarDocumento()
 {
+    const QScopedValueRollback<bool> ocupado(mostrando_, true);
     const Valores &h = doc_.cabecalho, &f = doc_.faturamento;
     auto valor = [](const Valores &v, const char *c) { const auto it = v.find(c); return it == v.end() ? QVariant() : it->second; };
     edData_->definir(valor(h, "DATA").toDateTime().date());
@@ -265,6 +273,20 @@ void TVendas::BtExcluirLinhaClick()
     if (id) doc_.linhasExcluidas << id;
     doc_.linhas.removeAt(i);
     recalcularTela();
+}
+
+void TVendas::CbParcelasChange()
+{
+    if (mostrando_ || estado() == Estado::Navegando) return;
+    Tabs->Deb("procedure " + classeDo(modo_) + ".CbParcelasChange(Sender: TObject)");
+    try {
+        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+        mudarCondicao(t, doc_.faturamento, modo_, cbCondPagto_->currentData().toString(),
+                      sender() == cbParcelas_ ? cbParcelas_->currentData().toString() : QString());
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+    }
+    mostrarDocumento();  // what the condition left, or the terms as they were after a refusal
 }
 
 int TVendas::gravar(db::Transacao &t, int)

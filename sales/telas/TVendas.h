@@ -25,6 +25,8 @@ public:
     // Line entry, public so that tests drive it as the buttons do.
     void BtIncluirLinhaClick();
     void BtExcluirLinhaClick();
+    // The payment condition or the number of instalments changed.
+    void CbParcelasChange();
     ComboConsulta *comboItem() const { return cbItem_; }
     CampoNumero *campoQtd() const { return edQtd_; }
     QTableView *gradeLinhas() const { return gradeLinhas_; }
@@ -54,6 +56,7 @@ private:
     QStandardItemModel *linhas_ = nullptr;
     QTableView *gradeLinhas_ = nullptr;
     QLabel *lbTotal_ = nullptr;
+    bool mostrando_ = false;  // fields being filled from the document: their signals are not the user's
 };
 
 } // namespace orb

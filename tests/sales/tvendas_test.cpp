@@ -57,6 +57,11 @@ TEST_F(TVendasTest, ASaleTypedAndSavedShowsInTheBrowse)
     f.campoQtd()->setText("1");
     f.BtIncluirLinhaClick();
     EXPECT_EQ(f.gradeLinhas()->model()->rowCount(), 2);
+    // Term sale in three: the condition takes the parameters' terms, the count is then chosen.
+    auto *cond = f.findChild<QComboBox *>("CbCondPagto");
+    cond->setCurrentIndex(cond->findData("P"));
+    auto *parcelas = f.findChild<QComboBox *>("CbParcelas");
+    parcelas->setCurrentIndex(parcelas->findData("03"));
 
     f.BtSalvarClick();
     ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
@@ -66,6 +71,8 @@ TEST_F(TVendasTest, ASaleTypedAndSavedShowsInTheBrowse)
     EXPECT_EQ(db::escalar(t, "Select Total From TbCom Where Id = :ID", {{"ID", id}}).value<db::Decimal>(),
               f.documento().cabecalho.at("TOTAL").value<db::Decimal>());
     EXPECT_GE(f.modelo()->linhaDoId(id), 0);
+    EXPECT_EQ(db::escalar(t, "Select Count(*) From TbContas C Join TbComFat F On (F.Id = C.Fk) Where C.Fks = 1 and F.Fk = :ID",
+                          {{"ID", id}}).toInt(), 3);
 }
 
 } // namespace
