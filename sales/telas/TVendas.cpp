@@ -70,6 +70,7 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     adicionarCampo("TBCOMFAT.INTVENC", "Interv. Venc.", edIntVenc_, "Faturamento");
 
     cbCondPagto_->setObjectName("CbCondPagto");
+    edDataFat_->setObjectName("EdDataFat");
     cbParcelas_->setObjectName("CbParcelas");
 
     // The lines: an entry row over their grid, and the total under it.
@@ -123,6 +124,8 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     connect(btExcluir, &QPushButton::clicked, this, &TVendas::BtExcluirLinhaClick);
     connect(cbCondPagto_, &QComboBox::currentIndexChanged, this, &TVendas::CbParcelasChange);
     connect(cbParcelas_, &QComboBox::currentIndexChanged, this, &TVendas::CbParcelasChange);
+    connect(edDataFat_, &QLineEdit::editingFinished, this, &TVendas::EditDataFatExit);
+    connect(edPrimVenc_, &QLineEdit::editingFinished, this, &TVendas::EditPrazoExit);
     // The browse last: showing its first record fills the fields made above.
     QString base = sqlConsultaOperacoes(modo_, {});
     base = base.left(base.lastIndexOf(" Order By "));
@@ -287,6 +290,36 @@ void TVendas::CbParcelasChange()
         Atencao(r.texto);
     }
     mostrarDocumento();  // what the condition left, or the terms as they were after a refusal
+}
+
+void TVendas::EditDataFatExit()
+{
+    if (mostrando_ || estado() == Estado::Navegando) return;
+    Tabs->Deb("procedure " + classeDo(modo_) + ".EditDataFatExit(Sender: TObject)");
+    try {
+        const QVariant data = edDataFat_->valor("TBCOMFAT.DATA");
+        if (data.toDate() == doc_.faturamento["DATA"].toDate()) return;
+        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+        const QVariant op = edData_->valor("DATA");
+        mudarDataFaturamento(t, doc_.faturamento, modo_.op, QDateTime(op.toDate(), QTime(0, 0)), data.toDate());
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+    }
+    mostrarDocumento();
+}
+
+void TVendas::EditPrazoExit()
+{
+    if (mostrando_ || estado() == Estado::Navegando) return;
+    Tabs->Deb("procedure " + classeDo(modo_) + ".EditPrazoExit(Sender: TObject)");
+    try {
+        const QVariant dias = edPrimVenc_->valor();
+        if (dias == doc_.faturamento["PRIMVENC"]) return;
+        mudarPrimVenc(doc_.faturamento, dias);
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+    }
+    mostrarDocumento();
 }
 
 int TVendas::gravar(db::Transacao &t, int)

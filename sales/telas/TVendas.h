@@ -27,6 +27,9 @@ public:
     void BtExcluirLinhaClick();
     // The payment condition or the number of instalments changed.
     void CbParcelasChange();
+    // The billing date or the days to the first due date typed.
+    void EditDataFatExit();
+    void EditPrazoExit();
     ComboConsulta *comboItem() const { return cbItem_; }
     CampoNumero *campoQtd() const { return edQtd_; }
     QTableView *gradeLinhas() const { return gradeLinhas_; }

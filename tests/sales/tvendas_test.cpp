@@ -62,6 +62,13 @@ TEST_F(TVendasTest, ASaleTypedAndSavedShowsInTheBrowse)
     cond->setCurrentIndex(cond->findData("P"));
     auto *parcelas = f.findChild<QComboBox *>("CbParcelas");
     parcelas->setCurrentIndex(parcelas->findData("03"));
+    // A billing date before the operation's is refused as it is left, and the date typed goes back.
+    auto *dataFat = f.findChild<CampoData *>("EdDataFat");
+    const QString antes = dataFat->text();
+    dataFat->setText("01/01/2020");
+    emit dataFat->editingFinished();
+    EXPECT_EQ(msg.avisos.last(), "A Data do Faturamento deve ser maior ou igual a Data da Operação!");
+    EXPECT_EQ(dataFat->text(), antes);
 
     f.BtSalvarClick();
     ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
