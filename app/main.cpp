@@ -4,6 +4,8 @@
 #include "FormsCadastros.h"
 #include "FormsEstoque.h"
 #include "FormsLeituras.h"
+#include "FormsFinanceiro.h"
+#include "FormsVendas.h"
 #include "acesso/TLogin.h"
 #include "copias/Comandos.h"
 #include "dados/Cep.h"
@@ -143,6 +145,8 @@ int main(int argc, char *argv[])
     orb::registrarEstoque();
     orb::registrarInventario();
     orb::registrarLeituras();
+    orb::registrarFinanceiro();
+    orb::registrarVendas();
     {
         // The activity monitor's address, when this installation has one.
         QSettings ini(pasta + "/ORBManager.ini", QSettings::IniFormat);

@@ -230,6 +230,21 @@ QList<DeclaracaoRegistro> montar()
                          "Tem certeza que deseja excluir este Salário/Cidade?", "Salário/Cidade Excluído ("}};
     r << funcoes;
 
+    const QList<QPair<QString, QString>> operacoes = {{"1", "1 - Venda"}, {"2", "2 - Ordem de serviço"}, {"3", "3 - Contrato"},
+                                                       {"4", "4 - Compra"}, {"5", "5 - Aluguel"}, {"6", "6 - Projeto"},
+                                                       {"8", "8 - Agenda da clínica"}};
+    DeclaracaoRegistro etapas = declararRegistro("TEtapasCom", "Etapas das Operações", "TrEtapasCom", "TBETAPASCOM");
+    etapas.colunas = {{"OP", "Operação"}, {"ORDEM", "Ordem"}, {"ETAPA", "Etapa"}};
+    etapas.ordens = {{"Operação", "OP,ORDEM"}, {"Etapa", "ETAPA"}};
+    etapas.campos = {{"OP", "Tipo de operação", C::Lista, "Defina o tipo de operação primeiro!", 0, 2, operacoes},
+                     {"ORDEM", "Ordem", C::Texto, "Digite a ordem sequencial da Etapa primeiro!", 20},
+                     {"ETAPA", "Etapa", C::Texto, "Digite o nome da Etapa primeiro!", 30},
+                     {"OBSERVACOES", "Observações", C::Texto, {}, 100}};
+    etapas.perguntaExclusao = "Tem certeza que deseja excluir esta Etapa?";
+    etapas.traco = "Etapa Excluída (";
+    etapas.impedem = {{"TBSTATUSCOM", "FK"}};
+    r << etapas;
+
     DeclaracaoRegistro status = declararRegistro("TStatusCom", "Status das Operações", "TrStatusCom", "TBSTATUSCOM");
     status.sqlGrade = "Select S.*, E.Etapa Z_Etapa From TbStatusCom S Left Join TbEtapasCom E On (E.Id = S.Fk)";
     status.colunas = {{"Z_ETAPA", "Etapa"}, {"ORDEM", "Ordem"}, {"STATUS", "Status"}, {"OP", "Operação"}};
@@ -237,11 +252,20 @@ QList<DeclaracaoRegistro> montar()
     status.ordens = {{"Etapa", "Z_ETAPA,ORDEM"}, {"Status", "STATUS"}};
     status.campos = {{"FK", "Etapa", C::Consulta, "Selecione a Etapa primeiro!", 0, 2, {},
                       "Select Id, Etapa || ' (' || Coalesce(Op, 0) || ')' From TbEtapasCom Order By Op, Ordem"},
-                     {"OP", "Tipo de operação", C::Lista, "Defina o tipo de operação primeiro!", 0, 2,
-                      {{"1", "1 - Venda"}, {"2", "2 - Ordem de serviço"}, {"3", "3 - Contrato"}, {"4", "4 - Compra"},
-                       {"5", "5 - Aluguel"}, {"6", "6 - Projeto"}, {"8", "8 - Agenda da clínica"}}},
+                     {"OP", "Tipo de operação", C::Lista, "Defina o tipo de operação primeiro!", 0, 2, operacoes},
                      {"STATUS", "Status", C::Texto, "Digite o texto do Status primeiro!", 30},
-                     {"ORDEM", "Ordem", C::Texto, "Digite a ordem sequencial do Status primeiro!", 20}};
+                     {"ORDEM", "Ordem", C::Texto, "Digite a ordem sequencial do Status primeiro!", 20},
+                     {"STATUSRED", "Código", C::Lista, {}, 0, 2,
+                      {{"AO", "AO - AGUARDANDO ORÇAMENTO"}, {"AA", "AA - AGUARDANDO APROVAÇÃO"}, {"AP", "AP - APROVADA"},
+                       {"IN", "IN - INICIADA"}, {"FI", "FI - FINALIZADA"}, {"CA", "CA - CANCELADA"}, {"EN", "EN - ENTREGUE"},
+                       {"DE", "DE - DEVOLVIDA"}}},
+                     {"CORFUNDO", "Cor de fundo", C::Inteiro},
+                     {"CORFONTE", "Cor da fonte", C::Inteiro},
+                     {"GERAFIN", "Gera financeiro", C::Marca},
+                     {"GERAEST", "Movimenta estoque", C::Marca},
+                     {"OBR", "Obrigatório", C::Marca},
+                     {"FINAL", "Final", C::Marca},
+                     {"OBSERVACOES", "Observações", C::Texto, {}, 100}};
     status.perguntaExclusao = "Tem certeza que deseja excluir este Status?";
     status.traco = "Status Excluído (";
     r << status;

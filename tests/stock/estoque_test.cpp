@@ -95,6 +95,21 @@ TEST(ComposicaoPreco, PercentagesOfAHundredOrMore)
     }
 }
 
+// Costs far past 9.2 billion, as NUMERIC(18,4) holds them: the products on the way pass 64 bits,
+// and the price still comes out, the same multiple of the cost as for a cost of 100.
+TEST(ComposicaoPreco, CostsOfBillions)
+{
+    for (const char *custo : {"9300000000.0000", "900000000000.0000", "92233720368547.0000"}) {
+        SCOPED_TRACE(custo);
+        Valores v = {{"CUSTO", dec(custo)}, {"PERCLUCROMINAT", dec("30")}, {"PERCCOMAT", dec("5")}, {"PERCICMS", dec("18")},
+                     {"REGTRIBFEDERAL", "S"}, {"PERCSIMPLES", dec("6")}};
+        EXPECT_NO_THROW(comporPreco(v));
+        ASSERT_TRUE(preenchido(v.at("PRVENDAMINAT")));
+        EXPECT_GT(lido(v, "PRVENDAMINAT"), D(custo));
+        EXPECT_EQ(lido(v, "MARKUPAT").comEscala(2), lido(v, "PRVENDAMINAT").dividir(D(custo), 2, db::Arredonda::MeioLonge));
+    }
+}
+
 TEST(ComposicaoPreco, CommissionTotalsLeaveTheTechnicianOut)
 {
     Valores v = {{"PERCCOMATVAT", dec("1")},  {"PERCCOMREPVAT", dec("2")},  {"PERCCOMEMPVAT", dec("0.5")}, {"PERCCOMOUTVAT", {}},

@@ -2,6 +2,8 @@
 
 #include "FormsCadastros.h"
 #include "FormsEstoque.h"
+#include "FormsFinanceiro.h"
+#include "FormsVendas.h"
 #include "apoio/TabsTeste.h"
 #include "principal/Menus.h"
 #include "principal/TMain.h"
@@ -27,6 +29,8 @@ TEST_F(FormulariosTest, EveryMenuFormOpensAndFitsTheScreen)
     registrarComercial();
     registrarEstoque();
     registrarInventario();
+    registrarFinanceiro();
+    registrarVendas();
     QSet<QString> abertos;
     for (const QString &ramo : kRamos)
         for (const GrupoCatalogo &g : menuDoRamo(ramo))
@@ -40,7 +44,8 @@ TEST_F(FormulariosTest, EveryMenuFormOpensAndFitsTheScreen)
                 abertos.insert(m.classe);
             }
     // The stock forms are among them, in the segments that keep stock.
-    for (const char *c : {"TEstoque", "TInventario", "TGrades", "TAcondic", "TKits", "TMedicamentos", "TMateriais"})
+    for (const char *c : {"TEstoque", "TInventario", "TGrades", "TAcondic", "TKits", "TMedicamentos", "TMateriais", "TVendas",
+                          "TCompras", "TCondPagto", "TEtapasCom"})
         EXPECT_TRUE(abertos.contains(c)) << c;
     EXPECT_TRUE(msg.avisos.isEmpty()) << msg.avisos.join(" | ").toStdString();
 }

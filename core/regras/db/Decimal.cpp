@@ -253,7 +253,32 @@ Decimal Decimal::dividir(const Decimal &o, int escala, Arredonda a) const
 
 Decimal Decimal::dividirComoBanco(const Decimal &o) const
 {
-    return dividir(o, std::min(e_ + o.e_, kEscalaMax), Arredonda::Trunca);
+    if (o.m_ == 0)
+        throw std::domain_error("Divisão por zero");
+    if (e_ + o.e_ > kEscalaMax)
+        return dividir(o, kEscalaMax, Arredonda::Trunca);
+    // The server's own steps: it needs the divisor's scale twice more in the dividend, moves the
+    // dividend up one decimal at a time while it stays below a tenth of the 64-bit maximum, then
+    // drops trailing zeros of the divisor, divides, and pads the quotient with zeros for what is
+    // left. Past the first step digits are lost exactly where the server loses them.
+    constexpr i128 limite = INT64_MAX / 10;
+    i128 n = m_, d = o.m_;
+    int falta = 2 * o.e_;
+    while (falta > 0 && (n >= 0 ? n <= limite : n >= -limite)) {
+        n *= 10;
+        --falta;
+    }
+    while (falta > 0 && d % 10 == 0) {
+        d /= 10;
+        --falta;
+    }
+    i128 q = n / d;
+    for (; falta > 0; --falta) {
+        if (q > limite || q < -limite)
+            estouro();
+        q *= 10;
+    }
+    return de(q, e_ + o.e_);
 }
 
 bool Decimal::operator==(const Decimal &o) const

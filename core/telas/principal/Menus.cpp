@@ -91,6 +91,7 @@ QList<G> comercial()
               {"Contratos1", "C&ontratos...", "TContratos"},
               {"VendaExp1", "Venda &Expressa...", "TVendaExp"},
               {"Compras1", "&Compras...", "TCompras"},
+              {"EtapasCom1", "&Etapas das Operações...", "TEtapasCom"},
               {"StatusCom1", "&Status das Operações...", "TStatusCom"},
               {"Cfop1", "CF&OP...", "TCfop"},
               {"Icms1", "&ICMS...", "TIcms"}}},

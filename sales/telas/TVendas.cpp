@@ -1,0 +1,340 @@
+#include "TVendas.h"
+
+#include "Recusa.h"
+#include "Faturamento.h"
+#include "dados/Tabs.h"
+#include "ui/Campos.h"
+#include "ui/ComboConsulta.h"
+#include "ui/Mensagens.h"
+
+#include <QComboBox>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QStandardItemModel>
+#include <QTableView>
+#include <QScopedValueRollback>
+#include <QVBoxLayout>
+
+namespace orb {
+
+namespace {
+
+using C = CampoForm;
+
+QString classeDo(const ModoOperacao &m) { return m.op == 4 ? QStringLiteral("TCompras") : QStringLiteral("TVendas"); }
+
+void escolher(QComboBox *cb, const QVariant &v) { cb->setCurrentIndex(std::max(0, cb->findData(v))); }
+
+QVariant escolhido(QComboBox *cb) { return cb->currentData(); }
+
+QString dinheiro(const Valores &v, const QString &c) { return decimal(v, c).textoBR(2); }
+
+} // namespace
+
+TVendas::TVendas(const QString &modo, QWidget *parent)
+    : FormCadastro(classeDo(modoOperacao(modo)), modoOperacao(modo).titulo, "TrVendas", parent), modo_(modoOperacao(modo))
+{
+    edData_ = new CampoData(CampoData::Data, this);
+    adicionarCampo("DATA", "Data", edData_);
+    cbCliente_ = new ComboConsulta(modo_.op == 4 ? "Select Id, Nome From TbCad Where Fo = 'S' Order By Nome"
+                                                 : "Select Id, Nome From TbCad Where Cl = 'S' Order By Nome", {}, this);
+    adicionarCampo("IDCAD", modo_.op == 4 ? "Fornecedor" : "Cliente", cbCliente_);
+    cbAtendente_ = new ComboConsulta("Select Id, Nome From TbCad Where Fu = 'S' Order By Nome", {}, this);
+    adicionarCampo("IDATENDENTE", modo_.op == 4 ? "Comprador" : "Atendente", cbAtendente_);
+    cbEmpresa_ = new ComboConsulta("Select Id, Apelido From TbCad Where Em = 'S' Order By Apelido", {}, this);
+    adicionarCampo("IDEMPRESA", "Empresa", cbEmpresa_);
+    cbCliente_->setObjectName("CbCliente");
+    cbAtendente_->setObjectName("CbAtendente");
+    cbEmpresa_->setObjectName("CbEmpresa");
+    cbTipoDesconto_ = new QComboBox(this);
+    cbTipoDesconto_->addItem("ITEM", "I");
+    cbTipoDesconto_->addItem("SUBTOTAL", "S");
+    adicionarCampo("TIPODESCONTO", "Desconto", cbTipoDesconto_, "Faturamento");
+    edDescontoM_ = new CampoNumero(C{"DESCONTOM", "Desconto (R$)", C::Decimal}, this);
+    adicionarCampo("DESCONTOM", "Desconto no subtotal", edDescontoM_, "Faturamento");
+    edDataFat_ = new CampoData(CampoData::Data, this);
+    adicionarCampo("TBCOMFAT.DATA", "Data do faturamento", edDataFat_, "Faturamento");
+    cbCondPagto_ = new QComboBox(this);
+    cbCondPagto_->addItem("A VISTA", "V");
+    cbCondPagto_->addItem("A PRAZO", "P");
+    adicionarCampo("TBCOMFAT.CONDPAGTO", "Condição", cbCondPagto_, "Faturamento");
+    cbParcelas_ = new QComboBox(this);
+    for (int i = 1; i <= 60; ++i) cbParcelas_->addItem(QString::asprintf("%02d", i), QString::asprintf("%02d", i));
+    adicionarCampo("TBCOMFAT.PARCELAS", "Parcelas", cbParcelas_, "Faturamento");
+    edPrimVenc_ = new CampoNumero(C{"PRIMVENC", "1° Vencimento", C::Inteiro}, this);
+    adicionarCampo("TBCOMFAT.PRIMVENC", "1° Vencimento (dias)", edPrimVenc_, "Faturamento");
+    edIntVenc_ = new CampoNumero(C{"INTVENC", "Interv. Venc.", C::Inteiro}, this);
+    adicionarCampo("TBCOMFAT.INTVENC", "Interv. Venc.", edIntVenc_, "Faturamento");
+
+    cbCondPagto_->setObjectName("CbCondPagto");
+    edDataFat_->setObjectName("EdDataFat");
+    cbParcelas_->setObjectName("CbParcelas");
+
+    // The lines: an entry row over their grid, and the total under it.
+    auto *painel = new QWidget(this);
+    auto *v = new QVBoxLayout(painel);
+    v->setContentsMargins(0, 0, 0, 0);
+    auto *entrada = new QHBoxLayout;
+    cbItem_ = new ComboConsulta("Select Id, Codigo || ' - ' || Descricao From TbItens Where Tipo In ('M', 'S') Order By Descricao", {}, this);
+    cbItem_->setEditable(true);
+    cbItem_->setMinimumWidth(280);
+    edQtd_ = new CampoNumero(C{"QTD", "Qtd", C::Decimal, {}, 0, 4}, this);
+    edPreco_ = new CampoNumero(C{"PRUNITARIO", "Preço", C::Decimal, {}, 0, 4}, this);
+    edPercDesc_ = new CampoNumero(C{"PERCDESCONTO", "% Desc.", C::Decimal, {}, 0, 4}, this);
+    for (auto *w : {edQtd_, edPreco_, edPercDesc_}) w->setMaximumWidth(110);
+    auto *btIncluir = new QPushButton("Incluir item", this);
+    btIncluir->setObjectName("BtIncluirLinha");
+    auto *btExcluir = new QPushButton("Excluir item", this);
+    btExcluir->setObjectName("BtExcluirLinha");
+    entrada->addWidget(new QLabel(modo_.op == 4 ? "Mercadoria" : "Mercadoria / serviço", this));
+    entrada->addWidget(cbItem_, 1);
+    entrada->addWidget(new QLabel("Qtd", this));
+    entrada->addWidget(edQtd_);
+    entrada->addWidget(new QLabel("Preço", this));
+    entrada->addWidget(edPreco_);
+    entrada->addWidget(new QLabel("% Desc.", this));
+    entrada->addWidget(edPercDesc_);
+    entrada->addWidget(btIncluir);
+    entrada->addWidget(btExcluir);
+    v->addLayout(entrada);
+    linhas_ = new QStandardItemModel(0, 7, this);
+    linhas_->setHorizontalHeaderLabels({"Código", "Descrição", "Qtd", "Preço unitário", "Desconto", "Subtotal", "Total"});
+    gradeLinhas_ = new QTableView(this);
+    gradeLinhas_->setModel(linhas_);
+    prepararGrade(gradeLinhas_);
+    gradeLinhas_->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
+    v->addWidget(gradeLinhas_, 1);
+    lbTotal_ = new QLabel(this);
+    lbTotal_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    QFont f = lbTotal_->font();
+    f.setPointSizeF(f.pointSizeF() * 1.4);
+    f.setBold(true);
+    lbTotal_->setFont(f);
+    v->addWidget(lbTotal_);
+    registrarCampo("TBCOMITENS", cbItem_);
+    registrarCampo("IDITEM", cbItem_);
+    registrarCampo("QTD", edQtd_);
+    registrarCampo("PRUNITARIO", edPreco_);
+    registrarCampo("PERCDESCONTO", edPercDesc_);
+    adicionarPainel(painel, 3);
+    connect(btIncluir, &QPushButton::clicked, this, &TVendas::BtIncluirLinhaClick);
+    connect(btExcluir, &QPushButton::clicked, this, &TVendas::BtExcluirLinhaClick);
+    connect(cbCondPagto_, &QComboBox::currentIndexChanged, this, &TVendas::CbParcelasChange);
+    connect(cbParcelas_, &QComboBox::currentIndexChanged, this, &TVendas::CbParcelasChange);
+    connect(edDataFat_, &QLineEdit::editingFinished, this, &TVendas::EditDataFatExit);
+    connect(edPrimVenc_, &QLineEdit::editingFinished, this, &TVendas::EditPrazoExit);
+    // The browse last: showing its first record fills the fields made above.
+    QString base = sqlConsultaOperacoes(modo_, {});
+    base = base.left(base.lastIndexOf(" Order By "));
+    QList<QPair<QString, QString>> ordens;
+    for (const auto &o : modo_.ordens) ordens.append({o.first, o.first});
+    definirConsulta(base,
+                    {{"ID", "Código"}, {"EMISSAO", "Emissão"}, {"Z_CLIENTEFOR", modo_.op == 4 ? "Fornecedor" : "Cliente"},
+                     {"TOTAL", modo_.rotuloTotal.isEmpty() ? "Total" : modo_.rotuloTotal}, {"STATUS", "Status"}},
+                    ordens);
+
+    recarregar();
+}
+
+bool TVendas::montarBusca(const QString &ordem, const QString &texto, Busca busca, QString &sql, std::map<QString, QVariant> &p)
+{
+    QString s = sqlConsultaOperacoes(modo_, ordem);
+    const int corte = int(s.lastIndexOf(" Order By "));
+    QString filtro;
+    const QString t = texto.trimmed();
+    if (!t.isEmpty()) {
+        bool numero = false;
+        const int id = t.toInt(&numero);
+        if ((ordem == "CÓDIGO" || ordem.isEmpty()) && numero) {
+            filtro = " and C.Id = :ID";
+            p["ID"] = id;
+        } else {
+            filtro = busca == Busca::Inicio ? " and Upper(Ca1.Nome) Starting With :T" : " and Upper(Ca1.Nome) Containing :T";
+            p["T"] = t.toUpper();
+        }
+    }
+    sql = s.left(corte) + filtro + s.mid(corte);
+    return true;
+}
+
+void TVendas::limpar()
+{
+    doc_ = estado() == Estado::Incluindo ? incluirDocumento(transacao(), modo_, quem(), QDateTime::currentDateTime()) : Documento{};
+    doc_.op = modo_.op;
+    mostrarDocumento();
+}
+
+void TVendas::carregar(db::Transacao &t, int id)
+{
+    doc_ = lerDocumento(t, id);
+    mostrarDocumento();
+}
+
+void TVendas::lerCampos()
+{
+    Valores &h = doc_.cabecalho;
+    const QVariant data = edData_->valor("DATA");
+    h["DATA"] = data.isNull() ? QVariant() : QVariant(QDateTime(data.toDate(), QTime(0, 0)));
+    h["IDCAD"] = escolhido(cbCliente_);
+    h["IDATENDENTE"] = escolhido(cbAtendente_);
+    h["IDEMPRESA"] = escolhido(cbEmpresa_);
+    h["TIPODESCONTO"] = cbTipoDesconto_->currentData();
+    h["DESCONTOM"] = edDescontoM_->valor();
+    Valores &f = doc_.faturamento;
+    f["DATA"] = edDataFat_->valor("TBCOMFAT.DATA");
+    f["CONDPAGTO"] = cbCondPagto_->currentData();
+    f["PARCELAS"] = cbParcelas_->currentData();
+    f["PRIMVENC"] = edPrimVenc_->valor();
+    f["INTVENC"] = edIntVenc_->valor();
+}
+
+void TVendas::mostrarDocumento()
+{
+    const QScopedValueRollback<bool> ocupado(mostrando_, true);
+    const Valores &h = doc_.cabecalho, &f = doc_.faturamento;
+    auto valor = [](const Valores &v, const char *c) { const auto it = v.find(c); return it == v.end() ? QVariant() : it->second; };
+    edData_->definir(valor(h, "DATA").toDateTime().date());
+    escolher(cbCliente_, valor(h, "IDCAD"));
+    escolher(cbAtendente_, valor(h, "IDATENDENTE"));
+    escolher(cbEmpresa_, valor(h, "IDEMPRESA"));
+    escolher(cbTipoDesconto_, valor(h, "TIPODESCONTO").isNull() ? QVariant("I") : valor(h, "TIPODESCONTO"));
+    edDescontoM_->definir(valor(h, "DESCONTOM"));
+    edDataFat_->definir(valor(f, "DATA"));
+    escolher(cbCondPagto_, valor(f, "CONDPAGTO").isNull() ? QVariant("V") : valor(f, "CONDPAGTO"));
+    escolher(cbParcelas_, valor(f, "PARCELAS").toString().trimmed().isEmpty() ? QVariant("01") : QVariant(valor(f, "PARCELAS").toString().trimmed()));
+    edPrimVenc_->definir(valor(f, "PRIMVENC"));
+    edIntVenc_->definir(valor(f, "INTVENC"));
+    linhas_->removeRows(0, linhas_->rowCount());
+    for (const Valores &l : doc_.linhas) {
+        auto celula = [](const QString &s, bool numero) {
+            auto *i = new QStandardItem(s);
+            if (numero) i->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+            return i;
+        };
+        const auto cod = l.find("Z_CODIGO");
+        linhas_->appendRow({celula(cod == l.end() ? QString() : cod->second.toString(), false),
+                            celula(valor(l, "DESCRICAO").toString(), false), celula(decimal(l, "QTD").textoBR(4), true),
+                            celula(decimal(l, "PRUNITARIO").textoBR(4), true), celula(dinheiro(l, "DESCONTO"), true),
+                            celula(dinheiro(l, "SUBTOTAL"), true), celula(dinheiro(l, "TOTAL"), true)});
+    }
+    lbTotal_->setText((modo_.rotuloTotal.isEmpty() ? QStringLiteral("Total") : modo_.rotuloTotal) + ": R$ " + dinheiro(h, "TOTAL"));
+}
+
+void TVendas::recalcularTela()
+{
+    lerCampos();
+    db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+    recalcularDocumento(t, doc_);
+    mostrarDocumento();
+}
+
+void TVendas::BtIncluirLinhaClick()
+{
+    Tabs->Deb("procedure " + classeDo(modo_) + ".BtIncluirLinhaClick(Sender: TObject)");
+    if (estado() == Estado::Navegando) return;
+    try {
+        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+        Valores l;
+        // An entry of the list, or a line typed free whose text is the description.
+        const int i = cbItem_->currentIndex();
+        const QVariant item = i >= 0 && cbItem_->currentText() == cbItem_->itemText(i) ? cbItem_->itemData(i) : QVariant();
+        if (!item.isNull()) {
+            l = linhaDoItem(t, item.toInt(), doc_.cabecalho["TIPO"].toString());
+            l["Z_CODIGO"] = db::escalar(t, "Select Codigo From TbItens Where Id = :ID", {{"ID", item}});
+        } else {
+            l["TIPO"] = "M";
+            l["DESCRICAO"] = cbItem_->currentText().trimmed();
+        }
+        l["QTD"] = edQtd_->valor();
+        if (!edPreco_->valor().isNull()) l["PRUNITARIO"] = edPreco_->valor();
+        l["PERCDESCONTO"] = edPercDesc_->valor();
+        conferirLinha(l);
+        lerCampos();
+        doc_.linhas.append(l);
+        recalcularDocumento(t, doc_);
+        mostrarDocumento();
+        cbItem_->setCurrentIndex(-1);
+        cbItem_->setEditText({});
+        for (auto *w : {edQtd_, edPreco_, edPercDesc_}) w->definir({});
+        cbItem_->setFocus();
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+        if (QWidget *w = campo(r.campo)) w->setFocus();
+    }
+}
+
+void TVendas::BtExcluirLinhaClick()
+{
+    Tabs->Deb("procedure " + classeDo(modo_) + ".BtExcluirLinhaClick(Sender: TObject)");
+    const int i = gradeLinhas_->currentIndex().row();
+    if (estado() == Estado::Navegando || i < 0 || i >= doc_.linhas.size()) return;
+    if (!Pergunta("Tem certeza que deseja excluir este item?")) return;
+    const int id = doc_.linhas[i].count("ID") ? doc_.linhas[i].at("ID").toInt() : 0;
+    if (id) doc_.linhasExcluidas << id;
+    doc_.linhas.removeAt(i);
+    recalcularTela();
+}
+
+void TVendas::CbParcelasChange()
+{
+    if (mostrando_ || estado() == Estado::Navegando) return;
+    Tabs->Deb("procedure " + classeDo(modo_) + ".CbParcelasChange(Sender: TObject)");
+    try {
+        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+        mudarCondicao(t, doc_.faturamento, modo_, cbCondPagto_->currentData().toString(),
+                      sender() == cbParcelas_ ? cbParcelas_->currentData().toString() : QString());
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+    }
+    mostrarDocumento();  // what the condition left, or the terms as they were after a refusal
+}
+
+void TVendas::EditDataFatExit()
+{
+    if (mostrando_ || estado() == Estado::Navegando) return;
+    Tabs->Deb("procedure " + classeDo(modo_) + ".EditDataFatExit(Sender: TObject)");
+    try {
+        const QVariant data = edDataFat_->valor("TBCOMFAT.DATA");
+        if (data.toDate() == doc_.faturamento["DATA"].toDate()) return;
+        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+        const QVariant op = edData_->valor("DATA");
+        mudarDataFaturamento(t, doc_.faturamento, modo_.op, QDateTime(op.toDate(), QTime(0, 0)), data.toDate());
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+    }
+    mostrarDocumento();
+}
+
+void TVendas::EditPrazoExit()
+{
+    if (mostrando_ || estado() == Estado::Navegando) return;
+    Tabs->Deb("procedure " + classeDo(modo_) + ".EditPrazoExit(Sender: TObject)");
+    try {
+        const QVariant dias = edPrimVenc_->valor();
+        if (dias == doc_.faturamento["PRIMVENC"]) return;
+        mudarPrimVenc(doc_.faturamento, dias);
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+    }
+    mostrarDocumento();
+}
+
+int TVendas::gravar(db::Transacao &t, int)
+{
+    lerCampos();
+    // The edit keeps its own copy until the save went through: a failed attempt leaves it as typed.
+    Documento d = doc_;
+    const int id = salvarDocumento(t, d, quem(), QDateTime::currentDateTime());
+    doc_ = d;
+    return id;
+}
+
+void TVendas::apagar(db::Transacao &t, int id)
+{
+    excluirDocumento(t, id, quem());
+}
+
+} // namespace orb

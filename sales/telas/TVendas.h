@@ -1,0 +1,65 @@
+#pragma once
+// The operation form of every kind of commercial document: a short screen over the sales rules.
+// The mode ("Ven", "Com", ...) is fixed when the form is opened.
+
+#include "Vendas.h"
+#include "ui/FormCadastro.h"
+
+class QComboBox;
+class QLabel;
+class QStandardItemModel;
+class QTableView;
+
+namespace orb {
+
+class ComboConsulta;
+class CampoData;
+class CampoNumero;
+
+class TVendas : public FormCadastro {
+    Q_OBJECT
+public:
+    explicit TVendas(const QString &modo, QWidget *parent = nullptr);
+
+    const Documento &documento() const { return doc_; }
+    // Line entry, public so that tests drive it as the buttons do.
+    void BtIncluirLinhaClick();
+    void BtExcluirLinhaClick();
+    // The payment condition or the number of instalments changed.
+    void CbParcelasChange();
+    // The billing date or the days to the first due date typed.
+    void EditDataFatExit();
+    void EditPrazoExit();
+    ComboConsulta *comboItem() const { return cbItem_; }
+    CampoNumero *campoQtd() const { return edQtd_; }
+    QTableView *gradeLinhas() const { return gradeLinhas_; }
+
+protected:
+    void limpar() override;
+    void carregar(db::Transacao &t, int id) override;
+    int gravar(db::Transacao &t, int id) override;
+    void apagar(db::Transacao &t, int id) override;
+    QString tabela() const override { return QStringLiteral("TBCOM"); }
+    QString perguntaExclusao() const override { return QStringLiteral("Tem certeza que deseja excluir esta operação?"); }
+    QStringList tabelasEscritas() const override { return {"TBCOM", "TBCOMITENS", "TBCOMFAT", "TBCOMST", "TBCONTAS"}; }
+    bool montarBusca(const QString &ordem, const QString &texto, Busca busca, QString &sql, std::map<QString, QVariant> &p) override;
+
+private:
+    void lerCampos();
+    void mostrarDocumento();
+    void recalcularTela();
+
+    const ModoOperacao &modo_;
+    Documento doc_;
+    CampoData *edData_ = nullptr, *edDataFat_ = nullptr;
+    ComboConsulta *cbCliente_ = nullptr, *cbAtendente_ = nullptr, *cbEmpresa_ = nullptr, *cbItem_ = nullptr;
+    QComboBox *cbTipoDesconto_ = nullptr, *cbCondPagto_ = nullptr, *cbParcelas_ = nullptr;
+    CampoNumero *edDescontoM_ = nullptr, *edPrimVenc_ = nullptr, *edIntVenc_ = nullptr;
+    CampoNumero *edQtd_ = nullptr, *edPreco_ = nullptr, *edPercDesc_ = nullptr;
+    QStandardItemModel *linhas_ = nullptr;
+    QTableView *gradeLinhas_ = nullptr;
+    QLabel *lbTotal_ = nullptr;
+    bool mostrando_ = false;  // fields being filled from the document: their signals are not the user's
+};
+
+} // namespace orb

@@ -1,0 +1,124 @@
+// The status table and history, a move two workstations race for, and the modes' browse.
+
+#include "Cenario.h"
+#include "Status.h"
+#include "Vendas.h"
+
+#include <gtest/gtest.h>
+
+using db::Decimal;
+using namespace orb;
+
+namespace {
+
+const QDateTime kAgora(QDate(2026, 3, 10), QTime(14, 30));
+
+TEST(Transicoes, OnlyTheMovesOfTheTable)
+{
+    struct { const char *de, *para; int op; bool permitido; } casos[] = {
+        {"AO", "AA", 1, true},  {"AA", "AO", 1, true},  {"AA", "AP", 1, true},  {"AP", "EN", 1, true},  {"EN", "AP", 1, true},
+        {"AP", "AA", 4, true},  {"AP", "IN", 2, true},  {"IN", "FI", 2, true},  {"FI", "EN", 2, true},  {"CA", "AA", 1, true},
+        {"AP", "IN", 1, false}, {"FI", "EN", 1, false}, {"EN", "AO", 1, false}, {"CA", "EN", 1, false}, {"AO", "EN", 2, false},
+        {"EN", "CA", 1, false}, {"DE", "AP", 1, false},
+    };
+    for (const auto &c : casos)
+        EXPECT_EQ(movimentoPermitido(c.de, c.para, c.op), c.permitido) << c.de << " -> " << c.para << " op " << c.op;
+    for (const auto &s : statusOperacoes()) EXPECT_FALSE(nomeStatus(s.codigo).isEmpty());
+    EXPECT_EQ(nomeStatus("AO"), "AGUARDANDO ORÇAMENTO");
+}
+
+struct StatusTest : ::testing::Test {
+    teste::BancoTemporario bt;
+    int id = 0;
+
+    void SetUp() override
+    {
+        db::Transacao t(bt.banco());
+        teste::CenarioVendas c(t);
+        const Sessao adm = teste::administrador(t, "&Comercial", "TVendas");
+        Documento d = incluirDocumento(t, modoOperacao("Ven"), adm, kAgora);
+        d.cabecalho["IDCAD"] = c.cliente;
+        d.cabecalho["IDATENDENTE"] = c.atendente;
+        d.cabecalho["IDEMPRESA"] = c.empresa;
+        // No IPI nor freight: the billing, which sums the lines' subtotals, is the whole total.
+        Valores l = linhaDoItem(t, c.itens["010"], "V");
+        l["QTD"] = QVariant::fromValue(Decimal("2"));
+        d.linhas << l;
+        id = salvarDocumento(t, d, adm, kAgora);
+        t.commit();
+    }
+};
+
+TEST_F(StatusTest, TheHistoryOnlyGrowsAndTheNewestRowIsTheStatus)
+{
+    db::Transacao t(bt.banco());
+    EXPECT_EQ(statusAtual(t, id), "AA");
+    EXPECT_EQ(mudarStatus(t, id, "Aprovar", {{}, "Aguardando entrega.", kAgora, {}}), "AP");
+    EXPECT_EQ(mudarStatus(t, id, "Entregar", {{}, {}, kAgora, {}}), "EN");
+    EXPECT_THROW(mudarStatus(t, id, "Aprovar", {{}, {}, kAgora, {}}), Recusa);
+    EXPECT_EQ(db::escalar(t, "Select List(Status, '>') From (Select Status From TbComSt Where Fk = :ID Order By Id)", {{"ID", id}}).toString(),
+              "AO>AA>AP>EN");
+}
+
+TEST_F(StatusTest, TwoWorkstationsApprovingAtOnce)
+{
+    db::Transacao a(bt.banco()), b(bt.banco());
+    EXPECT_EQ(mudarStatus(a, id, "Aprovar", {{}, {}, kAgora, {}}), "AP");
+    // The second is refused at once, not after the first commits.
+    EXPECT_ANY_THROW(mudarStatus(b, id, "Aprovar", {{}, {}, kAgora, {}}));
+    a.commit();
+    b.rollback();
+    b.iniciar();
+    EXPECT_THROW(mudarStatus(b, id, "Aprovar", {{}, {}, kAgora, {}}), Recusa);  // already approved
+}
+
+TEST_F(StatusTest, BrowseOfEveryModeAndOrder)
+{
+    db::Transacao t(bt.banco());
+    db::executar(t, "Insert Into TbParVendas (Data, Consulta) Values ('2026-03-01', 'CLIENTE')");
+    db::executar(t, "Insert Into TbParVendas (Data, Consulta) Values ('2026-04-01', 'FUTURO')");
+    EXPECT_EQ(consultaPadrao(t, modoOperacao("Ven"), QDate(2026, 3, 10)), "CLIENTE");
+    EXPECT_EQ(consultaPadrao(t, modoOperacao("Com"), QDate(2026, 3, 10)), "");
+    for (const ModoOperacao &m : modosOperacao())
+        for (const auto &o : m.ordens) {
+            db::Consulta q(t, sqlConsultaOperacoes(m, o.first));
+            EXPECT_NO_THROW(q.executar()) << m.codigo.toStdString() << " " << o.first.toStdString();
+        }
+    mudarStatus(t, id, "Aprovar", {{}, {}, kAgora, {}});
+    db::Consulta q(t, sqlConsultaOperacoes(modoOperacao("Ven"), "CÓDIGO"));
+    q.executar();
+    ASSERT_TRUE(q.proxima());
+    EXPECT_EQ(q["Z_CLIENTEFOR"].toString(), "CLIENTE BOM");
+    EXPECT_EQ(q["STATUS"].toString(), "AP");
+    EXPECT_EQ(q["DATAAPROVACAO"].toDateTime(), kAgora);
+    EXPECT_TRUE(q["DATAENTREGA"].isNull());
+    EXPECT_EQ(q["Z_TOTALFATBR"].value<Decimal>(), q["TOTAL"].value<Decimal>());
+    EXPECT_TRUE(q["Z_TOTALAFATBR"].value<Decimal>().zero());
+    EXPECT_EQ(q["Z_APAGAR"].value<Decimal>(), q["TOTAL"].value<Decimal>());
+    EXPECT_FALSE(q.proxima());
+}
+
+TEST(Modos, EachModeReadsAsData)
+{
+    struct { const char *codigo; int op; const char *titulo, *total, *noventa; int acoes; } casos[] = {
+        {"Ven", 1, "Comercial - Vendas", "Total da Venda", "Nova Venda", 9},
+        {"Ser", 2, "Comercial - Ordens de Serviço", "Total da OS", "Novo Serviço", 11},
+        {"Con", 3, "Comercial - Contratos", "Total do Contrato", "Novo Contrato", 10},
+        {"Com", 4, "Comercial - Compras", "Total da Compra", "Nova Compra", 9},
+        {"Loc", 5, "Comercial - Locações", "", "Nova Locação", 9},
+    };
+    for (const auto &c : casos) {
+        const ModoOperacao &m = modoOperacao(c.codigo);
+        EXPECT_EQ(m.op, c.op);
+        EXPECT_EQ(m.titulo, c.titulo);
+        EXPECT_EQ(m.rotuloTotal, c.total);
+        EXPECT_EQ(m.novo, c.noventa);
+        EXPECT_EQ(m.operacoes.size(), c.acoes) << c.codigo;
+        EXPECT_EQ(m.operacoes.mid(0, 4), QStringList({"Incluir", "Alterar", "Imprimir", "Excluir"}));
+        EXPECT_EQ(&modoDoOp(c.op), &m);
+    }
+    EXPECT_EQ(modoOperacao("Com").incluir, "Incluir Compras");
+    EXPECT_THROW(modoOperacao("Xyz"), std::out_of_range);
+}
+
+} // namespace
