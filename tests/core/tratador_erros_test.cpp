@@ -2,6 +2,7 @@
 // support report, errors escaping event handlers or raised in other threads.
 
 #include "acesso/Sessao.h"
+#include "apoio/MonitorTeste.h"
 #include "dados/Monitor.h"
 #include "dados/Tabs.h"
 #include "db/Erros.h"
@@ -13,10 +14,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QScopeGuard>
 #include <QSignalSpy>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QLineEdit>
 #include <QRegularExpression>
 #include <QTabWidget>
@@ -137,27 +135,14 @@ TEST_F(TratadorErros, AnythingElseGetsTheLongMessageTheScreenshotAndTheReport)
 // With an activity monitor configured the report goes to it, and only then is it said to be sent.
 TEST_F(TratadorErros, TheReportGoesToTheMonitorWhenOneIsConfigured)
 {
-    QTcpServer http;
-    ASSERT_TRUE(http.listen(QHostAddress::LocalHost));
-    QByteArray recebido;
-    QObject::connect(&http, &QTcpServer::newConnection, [&] {
-        QTcpSocket *s = http.nextPendingConnection();
-        QObject::connect(s, &QTcpSocket::readyRead, [&, s] {
-            recebido += s->readAll();
-            const int corpo = int(recebido.indexOf("\r\n\r\n"));
-            const int tamanho = recebido.mid(recebido.indexOf("Content-Length:") + 15).split('\r').first().trimmed().toInt();
-            if (corpo >= 0 && recebido.size() >= corpo + 4 + tamanho)
-                s->write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
-        });
-    });
-    monitor().definirEndereco(QUrl(QString("http://127.0.0.1:%1/atividade").arg(http.serverPort())));
-    const QScopeGuard semMonitor([] { monitor().definirEndereco({}); });
+    teste::MonitorTeste http;
+    ASSERT_TRUE(http.escutando());
     QSignalSpy enviado(&monitor(), &Monitor::enviado);
     Ae1Exception(std::make_exception_ptr(std::runtime_error("falhou")));
     ASSERT_EQ(msg.avisos.size(), 1);
     EXPECT_TRUE(msg.avisos[0].endsWith("\nO erro foi enviado para o suporte técnico. ")) << msg.avisos[0].toStdString();
     ASSERT_TRUE(enviado.wait(5000));
-    const QJsonObject o = QJsonDocument::fromJson(recebido.mid(recebido.indexOf("\r\n\r\n") + 4)).object();
+    const QJsonObject o = http.recebido();
     EXPECT_EQ(o["tabela"].toString(), "ERRO");
     EXPECT_EQ(o["registros"].toArray().at(0).toObject()["RELATORIO"].toString(), relatorio());
 }

@@ -2,6 +2,7 @@
 
 #include "Auxiliares.h"
 #include "ui/FormRegistro.h"
+#include "apoio/MonitorTeste.h"
 #include "apoio/TabsTeste.h"
 #include "acesso/Sessao.h"
 #include "dados/Monitor.h"
@@ -437,20 +438,8 @@ TEST_F(AuxiliaresTest, StatusesListedByStageAndOrder)
 // A save is posted to the activity monitor: a real HTTP endpoint on 127.0.0.1 receives it.
 TEST_F(AuxiliaresTest, SavesArePostedToTheActivityMonitor)
 {
-    QTcpServer http;
-    ASSERT_TRUE(http.listen(QHostAddress::LocalHost));
-    QByteArray recebido;
-    QObject::connect(&http, &QTcpServer::newConnection, [&] {
-        QTcpSocket *s = http.nextPendingConnection();
-        QObject::connect(s, &QTcpSocket::readyRead, [&, s] {
-            recebido += s->readAll();
-            const int corpo = int(recebido.indexOf("\r\n\r\n"));
-            const int tamanho = recebido.mid(recebido.indexOf("Content-Length:") + 15).split('\r').first().trimmed().toInt();
-            if (corpo >= 0 && recebido.size() >= corpo + 4 + tamanho)
-                s->write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
-        });
-    });
-    monitor().definirEndereco(QUrl(QString("http://127.0.0.1:%1/atividade").arg(http.serverPort())));
+    teste::MonitorTeste http;
+    ASSERT_TRUE(http.escutando());
     QSignalSpy enviado(&monitor(), &Monitor::enviado);
     FormRegistro f(*registroAuxiliar("TBancos"));
     f.BtIncluirClick();
@@ -459,9 +448,8 @@ TEST_F(AuxiliaresTest, SavesArePostedToTheActivityMonitor)
     f.BtSalvarClick();
     ASSERT_TRUE(enviado.wait(5000));
     EXPECT_TRUE(enviado.at(0).at(0).toBool());
-    const QJsonObject o = QJsonDocument::fromJson(recebido.mid(recebido.indexOf("\r\n\r\n") + 4)).object();
+    const QJsonObject o = http.recebido();
     EXPECT_EQ(o["tabela"].toString(), "TBBANCOS");
     EXPECT_EQ(o["acao"].toString(), "INCLUSÃO");
     EXPECT_EQ(o["registros"].toArray().at(0).toObject()["BANCO"].toString(), "Banco Itaú");
-    monitor().definirEndereco({});
 }
