@@ -61,31 +61,21 @@ bool TMiniCad::eventFilter(QObject *o, QEvent *e)
     return QDialog::eventFilter(o, e);
 }
 
-void TMiniCad::conferirCpf()
-{
-    Tabs->Deb("procedure TMiniCad.EdCpfExit(Sender: TObject)");
-    const QString cpf = lerWidgetCampo(campos_[2], campo("CPF")).toString();
-    if (cpf.isEmpty()) return;
-    if (!cpfValido(cpf)) {
-        if (Pergunta("CPF inválido! Corrigir?", true)) campo("CPF")->setFocus();
-        return;
-    }
-    db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
-    const QString r = documentoRepetido(t, 0, "CPF", cpf);
-    if (!r.isEmpty()) Atencao(r);
-}
+void TMiniCad::conferirCpf() { conferirDocumento("CPF"); }
+void TMiniCad::conferirCnpj() { conferirDocumento("CNPJ"); }
 
-void TMiniCad::conferirCnpj()
+void TMiniCad::conferirDocumento(const QString &coluna)
 {
-    Tabs->Deb("procedure TMiniCad.EdCnpjExit(Sender: TObject)");
-    const QString cnpj = lerWidgetCampo(campos_[3], campo("CNPJ")).toString();
-    if (cnpj.isEmpty()) return;
-    if (!cnpjValido(cnpj)) {
-        if (Pergunta("CNPJ inválido! Corrigir?", true)) campo("CNPJ")->setFocus();
+    const bool cnpj = coluna == "CNPJ";
+    Tabs->Deb(cnpj ? "procedure TMiniCad.EdCnpjExit(Sender: TObject)" : "procedure TMiniCad.EdCpfExit(Sender: TObject)");
+    const QString numero = lerWidgetCampo(campos_[cnpj ? 3 : 2], campo(coluna)).toString();
+    if (numero.isEmpty()) return;
+    if (!(cnpj ? cnpjValido(numero) : cpfValido(numero))) {
+        if (Pergunta(coluna + " inválido! Corrigir?", true)) campo(coluna)->setFocus();
         return;
     }
     db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
-    const QString r = documentoRepetido(t, 0, "CNPJ", cnpj);
+    const QString r = documentoRepetido(t, 0, coluna, numero);
     if (!r.isEmpty()) Atencao(r);
 }
 

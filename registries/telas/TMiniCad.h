@@ -17,6 +17,7 @@ public:
     void definir(const QString &coluna, const QVariant &v);
     void conferirCpf();
     void conferirCnpj();
+    void conferirDocumento(const QString &coluna);  // "CPF" or "CNPJ": its check digits, then repeated elsewhere
     void BtSalvarClick();
 
 protected:
