@@ -165,6 +165,13 @@ const QList<Mudanca> &mudancas()
         {Mudanca::CriarIndiceUnico, "TBESPECIES", "UNQ_TBESPECIES_CODIGO", {}, "(CODIGO)"},
         {Mudanca::CriarIndiceUnico, "TBRACAS", "UNQ_TBRACAS_CODIGO", {}, "(CODIGO)"},
         {Mudanca::CriarIndiceUnico, "TBSUBCAT", "UNQ_TBSUBCAT_CODIGO", {}, "(CODIGO)"},
+        // One cash session per day and opening responsible; the accounts searched by due date, by
+        // document and by the day of their payments.
+        {Mudanca::CriarIndiceUnico, "TBABENCMOV", "TBABENCMOV_IDDATA", {}, "(DATA, IDRESPAB)"},
+        {Mudanca::CriarIndice, "TBCONTAS", "IDX_TBCONTAS_VENCIMENTO", {}, "(VENCIMENTO)"},
+        {Mudanca::CriarIndice, "TBCONTAS", "IDX_TBCONTAS_FKSFK", {}, "(FKS, FK)"},
+        {Mudanca::CriarIndice, "TBCONTASPAGTOS", "IDX_TBCONTASPAGTOS_FK", {}, "(FK)"},
+        {Mudanca::CriarIndice, "TBCONTASPAGTOS", "IDX_TBCONTASPAGTOS_DATA", {}, "(DATA)"},
     };
     // Lookup tables tell every workstation, by an event of their own name, that their rows changed.
     for (const QString &t : orb::tabelasComAviso()) m << Mudanca{Mudanca::CriarAviso, t, "TG_" + t + "_AVISO", {}, {}};
@@ -379,8 +386,9 @@ bool aplicar(Banco &b, Metadados &m, const Mudanca &mu)
         // stands alone, and the index is tried again at the next start.
         Transacao t(b, db::Modo::Leitura);
         const QString col = QString(mu.extra).remove('(').remove(')');
-        const bool repetidos = !db::escalar(t, QString("Select First 1 %1 From %2 Where %1 Is Not Null Group By %1 "
-                                                       "Having Count(*) > 1").arg(col, mu.tabela)).isNull();
+        const QString preenchidas = col.split(", ").join(" Is Not Null and ") + " Is Not Null";
+        const bool repetidos = !db::escalar(t, QString("Select First 1 1 From %2 Where %3 Group By %1 "
+                                                       "Having Count(*) > 1").arg(col, mu.tabela, preenchidas)).isNull();
         t.rollback();
         if (repetidos) return false;
         ddl(b, {QString("CREATE UNIQUE INDEX %1 ON %2 %3").arg(mu.coluna, mu.tabela, mu.extra)});
