@@ -3,6 +3,8 @@
 #include "GeraContas.h"
 #include "Recusa.h"
 #include "acesso/Permissoes.h"
+#include "dados/Formatos.h"
+#include "relatorios/Relatorio.h"
 
 namespace orb {
 
@@ -224,6 +226,22 @@ ResumoCaixa resumoCaixa(db::Transacao &t, int id, const Sessao &quem)
         r.total = r.total + v;
     }
     return r;
+}
+
+QVariantMap dadosResumo(const ResumoCaixa &r, const QDateTime &agora)
+{
+    auto dinheiro = [](const Decimal &d) { return exibir(QVariant::fromValue(d), "VALOR", TipoCampo::Decimal, 2); };
+    QVariantList formas;
+    for (const auto &[forma, total] : r.formas)
+        formas << QVariantMap{{"forma", forma}, {"total", dinheiro(total)}};
+    return {{"titulo", r.titulo}, {"responsavel", r.responsavel}, {"impresso", agora.toString("dd/MM/yyyy hh:mm")},
+            {"saldoInicial", dinheiro(r.saldoInicial)}, {"formas", formas}, {"total", dinheiro(r.total)},
+            {"saldoFinal", dinheiro(r.saldoInicial + r.total)}};
+}
+
+QString htmlResumoCaixa(db::Transacao &t, int id, const Sessao &quem, const QDateTime &agora)
+{
+    return renderizarRelatorio("RelEncMovim", dadosResumo(resumoCaixa(t, id, quem), agora));
 }
 
 } // namespace orb

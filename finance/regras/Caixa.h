@@ -52,6 +52,10 @@ struct ResumoCaixa {
 };
 // The right "Imprimir", the cash account (refused when missing), the totals per form.
 ResumoCaixa resumoCaixa(db::Transacao &t, int id, const Sessao &quem);
+// The summary as the template "RelEncMovim" takes it, money formatted "1.234,56".
+QVariantMap dadosResumo(const ResumoCaixa &r, const QDateTime &agora);
+// The summary rendered to HTML through the report layer.
+QString htmlResumoCaixa(db::Transacao &t, int id, const Sessao &quem, const QDateTime &agora);
 
 // The list: sessions newest first with the responsibles' nicknames.
 inline const QString kSqlMovimentos = QStringLiteral(

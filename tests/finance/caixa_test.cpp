@@ -4,6 +4,10 @@
 #include "Caixa.h"
 #include "GeraContas.h"
 #include "apoio/Direitos.h"
+#include "relatorios/Relatorio.h"
+#include "relatorios/Relatorios.h"
+
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -149,6 +153,26 @@ TEST_F(CaixaTest, SummaryTotalsTheCashPaymentsOfTheDayPerForm)
     EXPECT_EQ(resumoCaixa(t, id, adm).titulo, "FECHAMENTO DE CAIXA - 10/03/2026");
     db::executar(t, "Update TbCCor Set Conta = 'OUTRA' Where Conta = 'CAIXA'");
     EXPECT_EQ(recusa(t, [&] { resumoCaixa(t, id, adm); }).left(28), "Conta CAIXA não encontrada! ");
+}
+
+} // namespace
+
+namespace {
+
+TEST_F(CaixaTest, TheSummaryIsRenderedFromItsTemplateAndWrittenAsPdf)
+{
+    const int id = abrir();
+    db::executar(t, "Update TbAbEncMov Set SaldoInic = 50 Where Id = :ID", {{"ID", id}});
+    pagamento(kAgora.date(), "DINHEIRO", "1234.50");
+    const QString html = htmlResumoCaixa(t, id, adm, kAgora);
+    EXPECT_TRUE(html.contains("<h1>RESUMO DE CAIXA - 10/03/2026</h1>")) << html.toStdString();
+    EXPECT_TRUE(html.contains("1.234,50"));
+    EXPECT_TRUE(html.contains("1.284,50"));  // the opening balance and the receipts
+    QTemporaryDir dir;
+    EXPECT_TRUE(salvarRelatorioPdf(html, dir.filePath("caixa.pdf")));
+    definirPastaRelatorios(dir.path());
+    EXPECT_TRUE(recusa(t, [&] { htmlResumoCaixa(t, id, adm, kAgora); }).startsWith("Modelo de relatório não encontrado"));
+    definirPastaRelatorios({});
 }
 
 } // namespace
