@@ -83,6 +83,11 @@ void exigirCaixaAberto(db::Transacao &t, const QDate &dia, const QString &acao, 
 Valores abrirMovimento(db::Transacao &t, const Sessao &quem, const QDateTime &agora)
 {
     exigirOperacao(t, quem, "Abrir");
+    return padroesMovimento(t, agora);
+}
+
+Valores padroesMovimento(db::Transacao &t, const QDateTime &agora)
+{
     Valores v{{"DATA", agora.date()}, {"DATAAB", agora}};
     db::Consulta q(t, "Select First 1 IdRespAberturaAE, IdRespEncerramentoAE From TbParContas Where Data <= :HOJE "
                       "Order By Data Desc, Id Desc");

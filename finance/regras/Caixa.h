@@ -26,6 +26,8 @@ void exigirCaixaAberto(db::Transacao &t, const QDate &dia, const QString &acao, 
 // Abrir: the right, then a new session (not written until the save) for today, opened now, with
 // the default responsibles of the finance parameters valid today.
 Valores abrirMovimento(db::Transacao &t, const Sessao &quem, const QDateTime &agora);
+// The same defaults without the right (the closing responsible proposed at F8).
+Valores padroesMovimento(db::Transacao &t, const QDateTime &agora);
 // Alterar: the right; the session is locked for the edit.
 Valores alterarMovimento(db::Transacao &t, int id, const Sessao &quem);
 // The save's checks in order, then the row written and logged. A session whose day has payments

@@ -1,6 +1,8 @@
 #include "FormsFinanceiro.h"
 
 #include "CondPagto.h"
+#include "TAbEncMovimento.h"
+#include "principal/Menus.h"
 #include "ui/FormRegistro.h"
 
 namespace orb {
@@ -9,6 +11,7 @@ void registrarFinanceiro()
 {
     static const DeclaracaoRegistro condPagto = declaracaoCondPagto();
     registrarRegistro(condPagto);
+    registrarFormulario("TAbEncMovimento", [](QWidget *p) { return new TAbEncMovimento(p); });
 }
 
 } // namespace orb
