@@ -123,6 +123,7 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     connect(btExcluir, &QPushButton::clicked, this, &TVendas::BtExcluirLinhaClick);
     connect(cbCondPagto_, &QComboBox::currentIndexChanged, this, &TVendas::CbParcelasChange);
     connect(cbParcelas_, &QComboBox::currentIndexChanged, this, &TVendas::CbParcelasChange);
+    criarBotoesPassos();
     // The browse last: showing its first record fills the fields made above.
     QString base = sqlConsultaOperacoes(modo_, {});
     base = base.left(base.lastIndexOf(" Order By "));

@@ -27,6 +27,9 @@ public:
     void BtExcluirLinhaClick();
     // The payment condition or the number of instalments changed.
     void CbParcelasChange();
+    // Approval and its cancellation; delivery, its cancellation and reactivation (TVendasPassos.cpp).
+    void BtAprovarClick();
+    void BtEntregarClick();
     ComboConsulta *comboItem() const { return cbItem_; }
     CampoNumero *campoQtd() const { return edQtd_; }
     QTableView *gradeLinhas() const { return gradeLinhas_; }
@@ -42,6 +45,7 @@ protected:
     bool montarBusca(const QString &ordem, const QString &texto, Busca busca, QString &sql, std::map<QString, QVariant> &p) override;
 
 private:
+    void criarBotoesPassos();
     void lerCampos();
     void mostrarDocumento();
     void recalcularTela();
