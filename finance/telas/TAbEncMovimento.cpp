@@ -62,16 +62,16 @@ TAbEncMovimento::TAbEncMovimento(QWidget *parent)
     edDataAb_ = new CampoData(CampoData::DataHora, this);
     adicionarCampo("DATAAB", "Data/Hora Abertura", edDataAb_);
     cbRespAb_ = new ComboConsulta("Select Id, Nome From TbCad Where Fu = 'S' Order By Nome", {}, this);
-    cbRespAb_->setObjectName("CbRespAb");
     adicionarCampo("IDRESPAB", "Resp. Abertura", cbRespAb_);
+    cbRespAb_->setObjectName("CbRespAb");
     edSaldoInic_ = new CampoNumero(C{"SALDOINIC", "Saldo inicial", C::Decimal}, this);
     adicionarCampo("SALDOINIC", "Saldo inicial (R$)", edSaldoInic_);
     edDataEnc_ = new CampoData(CampoData::DataHora, this);
     edDataEnc_->setReadOnly(true);
     adicionarCampo("DATAENC", "Data/Hora Encerramento", edDataEnc_);
     cbRespEnc_ = new ComboConsulta("Select Id, Nome From TbCad Where Fu = 'S' Order By Nome", {}, this);
-    cbRespEnc_->setObjectName("CbRespEnc");
     adicionarCampo("IDRESPENC", "Resp. Encerramento", cbRespEnc_);
+    cbRespEnc_->setObjectName("CbRespEnc");
     edSaldoFinal_ = new CampoNumero(C{"SALDOFINAL", "Saldo final", C::Decimal}, this);
     adicionarCampo("SALDOFINAL", "Saldo final (R$)", edSaldoFinal_);
 

@@ -180,8 +180,8 @@ TContas::TContas(const QString &modo, QWidget *parent)
 
     cbTitular_ = new ComboConsulta(tipo_ == "D" ? "Select Id, Nome From TbCad Where Fo = 'S' Order By Nome"
                                                 : "Select Id, Nome From TbCad Where Cl = 'S' Order By Nome", {}, this);
-    cbTitular_->setObjectName("CbTitular");
     adicionarCampo("IDCAD", "Titular", cbTitular_);
+    cbTitular_->setObjectName("CbTitular");
     edHistorico_ = new QLineEdit(this);
     edHistorico_->setMaxLength(240);
     adicionarCampo("HISTORICO", "Histórico", edHistorico_);
