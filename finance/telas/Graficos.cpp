@@ -23,7 +23,7 @@ QChartView *novaVista(QWidget *dono)
     chart->setMargins(QMargins(4, 4, 4, 4));
     auto *v = new QChartView(chart, dono);
     v->setRenderHint(QPainter::Antialiasing);
-    v->setMinimumHeight(160);
+    v->setMinimumHeight(210);
     auto *l = new QVBoxLayout(dono);
     l->setContentsMargins(0, 0, 0, 0);
     l->addWidget(v);
@@ -34,6 +34,9 @@ void eixos(QChart *c, QAbstractSeries *s, const QStringList &categorias)
 {
     auto *x = new QBarCategoryAxis;
     x->append(categorias);
+    QFont pequena = x->labelsFont();
+    pequena.setPointSizeF(pequena.pointSizeF() * 0.8);
+    x->setLabelsFont(pequena);
     c->addAxis(x, Qt::AlignBottom);
     s->attachAxis(x);
     auto *y = new QValueAxis;
@@ -41,6 +44,8 @@ void eixos(QChart *c, QAbstractSeries *s, const QStringList &categorias)
     y->setMin(0);
     c->addAxis(y, Qt::AlignLeft);
     s->attachAxis(y);
+    y->applyNiceNumbers();
+    y->setLabelsFont(pequena);
 }
 
 } // namespace
@@ -87,7 +92,8 @@ void GraficoDias::mostrar(const QList<TotalDia> &dias)
     QChart *c = vista_->chart();
     c->removeAllSeries();
     for (QAbstractAxis *a : c->axes()) c->removeAxis(a);
-    c->setTitle("Próximos 30 dias");
+    c->setTitle(dias.isEmpty() ? QString("Próximos 30 dias")
+                               : "Próximos 30 dias (" + dias.first().dia.toString("dd/MM") + " a " + dias.last().dia.toString("dd/MM") + ")");
     auto *receber = new QBarSet("A receber");
     auto *pagar = new QBarSet("A pagar");
     receber->setColor(QColor("#3c8d5a"));
@@ -96,7 +102,7 @@ void GraficoDias::mostrar(const QList<TotalDia> &dias)
     for (const TotalDia &d : dias) {
         *receber << paraGrafico(d.receber);
         *pagar << paraGrafico(d.pagar);
-        categorias << d.dia.toString("dd/MM");
+        categorias << d.dia.toString("dd");
     }
     auto *serie = new QBarSeries;
     serie->append(receber);

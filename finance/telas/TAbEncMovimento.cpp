@@ -65,6 +65,7 @@ TAbEncMovimento::TAbEncMovimento(QWidget *parent)
     adicionarCampo("IDRESPAB", "Resp. Abertura", cbRespAb_);
     cbRespAb_->setObjectName("CbRespAb");
     edSaldoInic_ = new CampoNumero(C{"SALDOINIC", "Saldo inicial", C::Decimal}, this);
+    edSaldoInic_->setMaximumWidth(160);
     adicionarCampo("SALDOINIC", "Saldo inicial (R$)", edSaldoInic_);
     edDataEnc_ = new CampoData(CampoData::DataHora, this);
     edDataEnc_->setReadOnly(true);
@@ -73,6 +74,7 @@ TAbEncMovimento::TAbEncMovimento(QWidget *parent)
     adicionarCampo("IDRESPENC", "Resp. Encerramento", cbRespEnc_);
     cbRespEnc_->setObjectName("CbRespEnc");
     edSaldoFinal_ = new CampoNumero(C{"SALDOFINAL", "Saldo final", C::Decimal}, this);
+    edSaldoFinal_->setMaximumWidth(160);
     adicionarCampo("SALDOFINAL", "Saldo final (R$)", edSaldoFinal_);
 
     grafico_ = new GraficoFormas("Recebimentos do dia por forma de pagamento", this);

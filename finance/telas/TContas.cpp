@@ -196,6 +196,7 @@ TContas::TContas(const QString &modo, QWidget *parent)
     cbBandeira_ = new ComboConsulta("Select Id, Bandeira From TbBandeiras Order By Bandeira", {}, this);
     adicionarCampo("IDBANDEIRA", "Bandeira", cbBandeira_);
     edValorBruto_ = new CampoNumero(C{"VALORBRUTO", "Valor Bruto", C::Decimal}, this);
+    edValorBruto_->setMaximumWidth(160);
     adicionarCampo("VALORBRUTO", "Valor Bruto", edValorBruto_);
     cbCCor_ = new ComboConsulta("Select Id, Conta From TbCCor Order By Conta", {}, this);
     adicionarCampo("IDCCOR", "Conta Corrente", cbCCor_);
