@@ -96,6 +96,15 @@ void exigirStatus(const Operacao &o, const QString &acao)
         throw Recusa("Esta operação não pode ser alterada pois está " + nomeStatus(o.status) + "!");
 }
 
+// The move of `acao` appended: the operation is locked by this transaction and its status was read
+// under the lock, so the table's answer still holds.
+void mover(db::Transacao &t, const Operacao &o, const QString &acao, NovoStatus s)
+{
+    exigirStatus(o, acao);
+    s.codigo = transicao(acao, o.status, o.op)->para;
+    acrescentarStatus(t, o.id, o.op, s);
+}
+
 // The situation of the customer: blocked or under analysis stop the step.
 void conferirSituacao(db::Transacao &t, const QVariant &idCad)
 {
@@ -202,19 +211,26 @@ QString direitoDoPasso(const QString &passo, int op)
     return passo + " Compras";
 }
 
-void conferirAprovacao(db::Transacao &t, int idCom, const Sessao &quem)
+namespace {
+Operacao conferirAprovacao_(db::Transacao &t, int idCom, const Sessao &quem)
 {
     const Operacao o = travar(t, idCom);
     exigirOperacao(t, quem, direitoDoPasso("Aprovar", o.op));
     exigirStatus(o, "Aprovar");
     if (o.op == 2 && linhas(t, idCom) == 0)
         throw Recusa("Não é possível aprovar Ordens de Serviço sem algum item!");
+    return o;
+}
+} // namespace
+
+void conferirAprovacao(db::Transacao &t, int idCom, const Sessao &quem)
+{
+    conferirAprovacao_(t, idCom, quem);
 }
 
 void aprovarOperacao(db::Transacao &t, int idCom, const QDateTime &data, const QString &geraFin, const Sessao &quem)
 {
-    conferirAprovacao(t, idCom, quem);
-    const Operacao o = travar(t, idCom);
+    const Operacao o = conferirAprovacao_(t, idCom, quem);
     if (!data.isValid())
         throw Recusa(kDataHora, "DATA");
     const int resp = responsavelDoUsuario(
@@ -223,7 +239,7 @@ void aprovarOperacao(db::Transacao &t, int idCom, const QDateTime &data, const Q
     if (geraFin == "A")
         exigirCaixaAberto(t, o.dataFat, "aprovar essa operação");
 
-    mudarStatus(t, idCom, "Aprovar", {{}, kAguardandoEntrega, data, resp});
+    mover(t, o, "Aprovar", {{}, kAguardandoEntrega, data, resp});
     db::executar(t, "Update TbComFat Set DataAprovacao = :D, IdRespAprovacao = :R, GeraFin = :G Where Fk = :ID",
                  {{"D", data}, {"R", resp}, {"G", geraFin}, {"ID", idCom}});
     db::executar(t, "Update TbCom Set DataAprovacao = :D Where Id = :ID", {{"D", data}, {"ID", idCom}});
@@ -233,7 +249,8 @@ void aprovarOperacao(db::Transacao &t, int idCom, const QDateTime &data, const Q
     pedidoFornecedor(t, o, "APROVADA", data, resp);
 }
 
-void conferirCancelamentoAprovacao(db::Transacao &t, int idCom, const Sessao &quem)
+namespace {
+Operacao conferirCancelamentoAprovacao_(db::Transacao &t, int idCom, const Sessao &quem)
 {
     const Operacao o = travar(t, idCom);
     exigirOperacao(t, quem, direitoDoPasso("Cancelar Aprovação", o.op));
@@ -241,16 +258,22 @@ void conferirCancelamentoAprovacao(db::Transacao &t, int idCom, const Sessao &qu
     semParcelaQuitada(t, o, "A aprovação desta operação não pode ser cancelada pois a mesma já possui parcela(s) Quitada(s)!");
     if (o.geraFin == "A")
         exigirCaixaAberto(t, o.dataFat, "cancelar a aprovação dessa operação");
+    return o;
+}
+} // namespace
+
+void conferirCancelamentoAprovacao(db::Transacao &t, int idCom, const Sessao &quem)
+{
+    conferirCancelamentoAprovacao_(t, idCom, quem);
 }
 
 void cancelarAprovacao(db::Transacao &t, int idCom, const Sessao &quem, const QDateTime &agora)
 {
-    conferirCancelamentoAprovacao(t, idCom, quem);
-    const Operacao o = travar(t, idCom);
+    const Operacao o = conferirCancelamentoAprovacao_(t, idCom, quem);
     log(t, o, textoPorKind(o.op, {"Aprovação da Venda Cancelada", "Aprovação de Serviço Cancelada", "Aprocação de Contrato Cancelada",
                                   "Aprovação de Compra Cancelada", "Aprovação de Locação Cancelada"}));
     const QVariant resp = quem.idUsuario ? QVariant(quem.idUsuario) : QVariant();
-    mudarStatus(t, idCom, "Cancelar Aprovação", {{}, "Pronto para aprovação.", agora, resp});
+    mover(t, o, "Cancelar Aprovação", {{}, "Pronto para aprovação.", agora, resp});
     db::executar(t, "Update TbComFat Set DataAprovacao = Null, IdRespAprovacao = Null Where Fk = :ID", {{"ID", idCom}});
     db::executar(t, "Update TbCom Set DataAprovacao = Null Where Id = :ID", {{"ID", idCom}});
     if (o.geraFin == "A" && o.idFat)
@@ -258,7 +281,8 @@ void cancelarAprovacao(db::Transacao &t, int idCom, const Sessao &quem, const QD
     pedidoFornecedor(t, o, "APROVAÇÃO CANCELADA", agora, quem.idUsuario);
 }
 
-void conferirEntrega(db::Transacao &t, int idCom, const Sessao &quem)
+namespace {
+Operacao conferirEntrega_(db::Transacao &t, int idCom, const Sessao &quem)
 {
     const Operacao o = travar(t, idCom);
     const QString direito = direitoDoPasso("Entregar", o.op);
@@ -270,12 +294,18 @@ void conferirEntrega(db::Transacao &t, int idCom, const Sessao &quem)
     if (o.status == "IN")
         throw Recusa("Esta operação não pode ser Entregue pois ainda está em Execução!");
     exigirStatus(o, "Entregar");
+    return o;
+}
+} // namespace
+
+void conferirEntrega(db::Transacao &t, int idCom, const Sessao &quem)
+{
+    conferirEntrega_(t, idCom, quem);
 }
 
 void entregarOperacao(db::Transacao &t, int idCom, const QDateTime &data, const QString &numeroNF, const Sessao &quem)
 {
-    conferirEntrega(t, idCom, quem);
-    const Operacao o = travar(t, idCom);
+    const Operacao o = conferirEntrega_(t, idCom, quem);
     if (!data.isValid())
         throw Recusa(kDataHora, "DATA");
     const int resp = responsavelDoUsuario(
@@ -292,7 +322,8 @@ void entregarOperacao(db::Transacao &t, int idCom, const QDateTime &data, const 
         throw Recusa("Não é possível entregar Ordens de Serviço sem algum item!");
     // Instalments already effective and due by the delivery must be paid first.
     if (o.geraFin == "A" && o.idFat) {
-        const QVariant aberto = db::escalar(t, "Select Sum(NaoQuitado) From TbContas Where Fks = :OP and Fk = :F and Vencimento <= :D",
+        // "+ 0": the document's own index, not a range over every due date up to the delivery.
+        const QVariant aberto = db::escalar(t, "Select Sum(NaoQuitado) From TbContas Where Fks = :OP and Fk = :F and Vencimento + 0 <= :D",
                                             {{"OP", o.op}, {"F", o.idFat}, {"D", data.date()}});
         if (!aberto.isNull() && aberto.value<Decimal>() > Decimal::inteiro(0))
             throw Recusa("Efetue o pagamento primeiro!");
@@ -300,7 +331,7 @@ void entregarOperacao(db::Transacao &t, int idCom, const QDateTime &data, const 
     conferirSeriais(t, o);
 
     moverEstoque(t, idCom, o.idEmpresaFat, o.op == 4 ? 1 : -1);
-    mudarStatus(t, idCom, "Entregar", {{}, {}, data, resp});
+    mover(t, o, "Entregar", {{}, {}, data, resp});
     db::executar(t, "Update TbComFat Set DataEntrega = :D, IdRespEntrega = :R, NumeroNf = Coalesce(:NF, NumeroNf) Where Fk = :ID",
                  {{"D", data}, {"R", resp}, {"NF", nf}, {"ID", idCom}});
     db::executar(t, "Update TbCom Set DataEntrega = :D Where Id = :ID", {{"D", data}, {"ID", idCom}});
@@ -312,25 +343,32 @@ void entregarOperacao(db::Transacao &t, int idCom, const QDateTime &data, const 
     pedidoFornecedor(t, o, "RECEBIDA", data, resp);
 }
 
-void conferirCancelamentoEntrega(db::Transacao &t, int idCom, const Sessao &quem)
+namespace {
+Operacao conferirCancelamentoEntrega_(db::Transacao &t, int idCom, const Sessao &quem)
 {
     const Operacao o = travar(t, idCom);
     exigirOperacao(t, quem, direitoDoPasso("Cancelar Entrega", o.op));
     exigirStatus(o, "Cancelar Entrega");
     semParcelaQuitada(t, o, "A entrega desta operação não pode ser cancelada pois a mesma já possui parcela(s) Quitada(s)!");
     exigirCaixaAberto(t, o.dataFat, "cancelar a entrega dessa operação");
+    return o;
+}
+} // namespace
+
+void conferirCancelamentoEntrega(db::Transacao &t, int idCom, const Sessao &quem)
+{
+    conferirCancelamentoEntrega_(t, idCom, quem);
 }
 
 void cancelarEntrega(db::Transacao &t, int idCom, const Sessao &quem, const QDateTime &agora)
 {
-    conferirCancelamentoEntrega(t, idCom, quem);
-    const Operacao o = travar(t, idCom);
+    const Operacao o = conferirCancelamentoEntrega_(t, idCom, quem);
     log(t, o, textoPorKind(o.op, {"Entrega da Venda Cancelada", "Entrega do Serviço Cancelado", "Entrega Contrato Cancelado",
                                   "Entrega da Compra Cancelada", "Entrega da Locação Cancelado"}));
     const int principal = db::escalar(t, "Select First 1 IdEmpresa From TbParGlobais Order By Id").toInt();
     moverEstoque(t, idCom, principal, o.op == 4 ? -1 : 1);
     const QVariant resp = quem.idUsuario ? QVariant(quem.idUsuario) : QVariant();
-    mudarStatus(t, idCom, "Cancelar Entrega", {{}, kAguardandoEntrega, agora, resp});
+    mover(t, o, "Cancelar Entrega", {{}, kAguardandoEntrega, agora, resp});
     db::executar(t, "Update TbComFat Set DataEntrega = Null, IdRespEntrega = Null Where Fk = :ID", {{"ID", idCom}});
     db::executar(t, "Update TbCom Set DataEntrega = Null Where Id = :ID", {{"ID", idCom}});
     if (o.geraFin == "E" && o.idFat)
@@ -344,7 +382,7 @@ void reativarOperacao(db::Transacao &t, int idCom, const Sessao &quem, const QDa
     exigirOperacao(t, quem, direitoDoPasso("Reativar", o.op));
     exigirStatus(o, "Reativar");
     log(t, o, textoPorKind(o.op, {"Venda Reativada", "Serviço Reativado", "Contrato Reativado", "Compra Reativada", "Locação Reativada"}));
-    mudarStatus(t, idCom, "Reativar", {{}, "Pronto para aprovação.", agora, quem.idUsuario ? QVariant(quem.idUsuario) : QVariant()});
+    mover(t, o, "Reativar", {{}, "Pronto para aprovação.", agora, quem.idUsuario ? QVariant(quem.idUsuario) : QVariant()});
 }
 
 } // namespace orb

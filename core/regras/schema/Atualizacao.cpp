@@ -168,10 +168,16 @@ const QList<Mudanca> &mudancas()
         // One cash session per day and opening responsible; the accounts searched by due date, by
         // document and by the day of their payments.
         {Mudanca::CriarIndiceUnico, "TBABENCMOV", "TBABENCMOV_IDDATA", {}, "(DATA, IDRESPAB)"},
-        {Mudanca::CriarIndice, "TBCONTAS", "IDX_TBCONTAS_VENCIMENTO", {}, "(VENCIMENTO)"},
+        {Mudanca::CriarIndice, "TBCONTAS", "IDX_TBCONTAS_VENCIMENTO", {}, "(VENCIMENTO, ID)"},
         {Mudanca::CriarIndice, "TBCONTAS", "IDX_TBCONTAS_FKSFK", {}, "(FKS, FK)"},
         {Mudanca::CriarIndice, "TBCONTASPAGTOS", "IDX_TBCONTASPAGTOS_FK", {}, "(FK)"},
         {Mudanca::CriarIndice, "TBCONTASPAGTOS", "IDX_TBCONTASPAGTOS_DATA", {}, "(DATA)"},
+        // A document's rows by the document: its status, lines, billings and their lines.
+        {Mudanca::CriarIndice, "TBCOMST", "IDX_TBCOMST_FK", {}, "(FK)"},
+        {Mudanca::CriarIndice, "TBCOMITENS", "IDX_TBCOMITENS_FK", {}, "(FK)"},
+        {Mudanca::CriarIndice, "TBCOMFAT", "IDX_TBCOMFAT_FK", {}, "(FK)"},
+        {Mudanca::CriarIndice, "TBCOMFATITENS", "IDX_TBCOMFATITENS_FK", {}, "(FK)"},
+        {Mudanca::CriarIndice, "TBCOMFATITENSSERIAIS", "IDX_TBCOMFATITENSSERIAIS_FK", {}, "(FK)"},
     };
     // Lookup tables tell every workstation, by an event of their own name, that their rows changed.
     for (const QString &t : orb::tabelasComAviso()) m << Mudanca{Mudanca::CriarAviso, t, "TG_" + t + "_AVISO", {}, {}};
