@@ -54,7 +54,6 @@ TDataRectoContasReceber::TDataRectoContasReceber(const QString &titulo, const db
     setWindowTitle(titulo);
     auto *f = new QFormLayout(this);
     cbCCor = new ComboConsulta("Select Id, Conta From TbCCor Order By Conta", {}, this);
-    escolher(cbCCor, Tabs ? QVariant() : QVariant());
     for (int i = 0; i < cbCCor->count(); ++i)
         if (cbCCor->itemText(i) == "CAIXA") cbCCor->setCurrentIndex(i);
     edData = new CampoData(CampoData::Data, this);
@@ -300,10 +299,14 @@ void TContas::carregar(db::Transacao &t, int id)
     q.fechar();
     mostrar(v);
     rateio_->setRowCount(0);
-    db::Consulta r(t, "Select IdCategoria, Valor From TbContasRat Where Fk = :ID Order By Id");
+    db::Consulta r(t, "Select IdCategoria, Valor, IdSubcategoria, IdCCusto From TbContasRat Where Fk = :ID Order By Id");
     r.bind("ID", id);
     r.executar();
-    while (r.proxima()) adicionarRateio(r[0], r[1]);
+    while (r.proxima()) {
+        adicionarRateio(r[0], r[1]);
+        // What the grid does not show (subcategory, cost centre) goes back as it came.
+        rateio_->cellWidget(rateio_->rowCount() - 1, 0)->setProperty("resto", QVariantMap{{"IDSUBCATEGORIA", r[2]}, {"IDCCUSTO", r[3]}});
+    }
 }
 
 void TContas::adicionarRateio(const QVariant &categoria, const QVariant &v)
@@ -333,7 +336,10 @@ QList<Valores> TContas::rateios() const
     for (int i = 0; i < rateio_->rowCount(); ++i) {
         auto *cb = qobject_cast<QComboBox *>(rateio_->cellWidget(i, 0));
         auto *ed = qobject_cast<CampoNumero *>(rateio_->cellWidget(i, 1));
-        r.append({{"IDCATEGORIA", escolhido(cb)}, {"VALOR", ed->valor()}});
+        Valores linha{{"IDCATEGORIA", escolhido(cb)}, {"VALOR", ed->valor()}};
+        const QVariantMap resto = cb->property("resto").toMap();
+        for (auto it = resto.begin(); it != resto.end(); ++it) linha[it.key()] = it.value();
+        r.append(linha);
     }
     return r;
 }
