@@ -9,11 +9,13 @@
 #include "ui/Campos.h"
 #include "ui/ComboConsulta.h"
 #include "ui/Mensagens.h"
+#include "ui/ModeloConsulta.h"
 
 #include <QBoxLayout>
 #include <QKeySequence>
 #include <QPushButton>
 #include <QShortcut>
+#include <QTableView>
 
 namespace orb {
 
@@ -76,6 +78,16 @@ TAbEncMovimento::TAbEncMovimento(QWidget *parent)
     edSaldoFinal_ = new CampoNumero(C{"SALDOFINAL", "Saldo final", C::Decimal}, this);
     edSaldoFinal_->setMaximumWidth(160);
     adicionarCampo("SALDOFINAL", "Saldo final (R$)", edSaldoFinal_);
+
+    // The session's operations, read only.
+    operacoes_ = new ModeloConsulta(Tabs->DbORB(), this);
+    operacoes_->definirColunas({{"OP", "Operação"}, {"TOTAL", "Total"}});
+    auto *gradeOp = new QTableView(this);
+    gradeOp->setObjectName("GradeMovimentacao");
+    gradeOp->setModel(operacoes_);
+    prepararGrade(gradeOp);
+    gradeOp->setMinimumHeight(90);
+    adicionarLinha({}, gradeOp, "Movimentação");
 
     grafico_ = new GraficoFormas("Recebimentos do dia por forma de pagamento", this);
     adicionarPainel(grafico_, 2);
@@ -160,6 +172,11 @@ void TAbEncMovimento::conferirOperacao(const QString &operacao, int id)
 
 void TAbEncMovimento::registroMudou(int id)
 {
+    try {
+        operacoes_->consultar("Select Id, Ord, Op, Total From TbAbEncMovOp Where (Fk = :ID) Order By Id", {{"ID", id}});
+    } catch (const db::ErroBanco &) {
+        // Read-only rows: the session stays usable without them.
+    }
     QList<QPair<QString, db::Decimal>> formas;
     if (id) {
         try {

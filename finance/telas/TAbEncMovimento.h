@@ -40,6 +40,7 @@ private:
     ComboConsulta *cbRespAb_ = nullptr, *cbRespEnc_ = nullptr;
     CampoNumero *edSaldoInic_ = nullptr, *edSaldoFinal_ = nullptr;
     GraficoFormas *grafico_ = nullptr;
+    ModeloConsulta *operacoes_ = nullptr;  // the session's rows of TbAbEncMovOp
 };
 
 } // namespace orb
