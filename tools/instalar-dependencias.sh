@@ -5,7 +5,7 @@ set -euo pipefail
 
 PACOTES=(
   build-essential cmake ninja-build ccache pkg-config
-  qt6-base-dev qt6-base-dev-tools qt6-translations-l10n libqt6sql6 libgl-dev
+  qt6-base-dev qt6-base-dev-tools qt6-translations-l10n libqt6sql6 libgl-dev qt6-charts-dev libqt6opengl6-dev
   firebird-dev libfbclient2 firebird3.0-server-core firebird3.0-utils firebird3.0-server
   libkainjow-mustache-dev libcurl4-openssl-dev libsodium-dev
   fonts-dejavu-core fonts-dseg breeze-icon-theme

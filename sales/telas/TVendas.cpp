@@ -126,6 +126,7 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     connect(cbParcelas_, &QComboBox::currentIndexChanged, this, &TVendas::CbParcelasChange);
     connect(edDataFat_, &QLineEdit::editingFinished, this, &TVendas::EditDataFatExit);
     connect(edPrimVenc_, &QLineEdit::editingFinished, this, &TVendas::EditPrazoExit);
+    criarBotoesPassos();
     // The browse last: showing its first record fills the fields made above.
     QString base = sqlConsultaOperacoes(modo_, {});
     base = base.left(base.lastIndexOf(" Order By "));

@@ -30,6 +30,9 @@ public:
     // The billing date or the days to the first due date typed.
     void EditDataFatExit();
     void EditPrazoExit();
+    // Approval and its cancellation; delivery, its cancellation and reactivation (TVendasPassos.cpp).
+    void BtAprovarClick();
+    void BtEntregarClick();
     ComboConsulta *comboItem() const { return cbItem_; }
     CampoNumero *campoQtd() const { return edQtd_; }
     QTableView *gradeLinhas() const { return gradeLinhas_; }
@@ -45,6 +48,7 @@ protected:
     bool montarBusca(const QString &ordem, const QString &texto, Busca busca, QString &sql, std::map<QString, QVariant> &p) override;
 
 private:
+    void criarBotoesPassos();
     void lerCampos();
     void mostrarDocumento();
     void recalcularTela();

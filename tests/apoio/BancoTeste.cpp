@@ -1,3 +1,5 @@
+#include <QCoreApplication>
+#include <QDir>
 #include "apoio/BancoTeste.h"
 
 #include "schema/Atualizacao.h"
@@ -52,6 +54,17 @@ void BancoTemporario::reabrir()
 {
     banco_.reset();
     banco_ = db::Banco::abrir(conexao());
+}
+
+QProcessEnvironment ambienteFilho(const QString &pasta)
+{
+    static int n = 0;
+    const QString travas = pasta + QString("/travas-%1-%2").arg(QCoreApplication::applicationPid()).arg(++n);
+    QDir().mkpath(travas);
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("FIREBIRD_LOCK", travas);
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    return env;
 }
 
 orb::Sessao administrador(db::Transacao &t, const QString &menu, const QString &modulo)

@@ -4,6 +4,7 @@
 #include "acesso/Sessao.h"
 #include "db/Banco.h"
 
+#include <QProcessEnvironment>
 #include <QTemporaryDir>
 #include <memory>
 
@@ -42,5 +43,10 @@ private:
 // The installation's administrator (ADMIN, level 999), acting from a screen: passes every right.
 orb::Sessao administrador(db::Transacao &t, const QString &menu = QStringLiteral("Cadastros"),
                           const QString &modulo = QStringLiteral("TCadComerciais"));
+
+// The environment of a child process a test may kill: the engine's shared lock files in a folder
+// of that process's own, inside `pasta`. A process killed while it holds one of the engine's
+// shared mutexes leaves it held for good, and every later process using the same folder waits.
+QProcessEnvironment ambienteFilho(const QString &pasta);
 
 } // namespace teste

@@ -11,6 +11,7 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTest>
 #include <QThread>
@@ -460,7 +461,7 @@ TEST(Restauracao, ProgramKilledInTheMiddleLeavesThePreviousDatabase)
         bt.fechar();
 
         QProcess p;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        QProcessEnvironment env = teste::ambienteFilho(QFileInfo(bt.caminho()).absolutePath());
         env.insert("ORB_PAUSA_RESTAURACAO", etapa);
         p.setProcessEnvironment(env);
         p.setReadChannel(QProcess::StandardError);

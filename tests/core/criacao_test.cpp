@@ -6,6 +6,7 @@
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
@@ -24,9 +25,8 @@ struct Saida {
 
 QProcess *iniciar(QProcess &p, const QString &arquivo)
 {
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("QT_QPA_PLATFORM", "offscreen");
-    p.setProcessEnvironment(env);
+    // Killed at any moment: its engine's shared files apart from everyone else's.
+    p.setProcessEnvironment(teste::ambienteFilho(QFileInfo(arquivo).absolutePath()));
     p.start(ORB_PROGRAMA, {"--database", arquivo, "--upgrade"});
     return &p;
 }

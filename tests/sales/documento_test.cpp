@@ -9,6 +9,7 @@
 #include "dados/Tabs.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QProcess>
 #include <csignal>
 #include <gtest/gtest.h>
@@ -357,7 +358,7 @@ TEST(VendaInterrompida, ASaleKilledBeforeItsCommitIsAbsentWhenReopened)
     }
     bt.fechar();
     QProcess filho;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    QProcessEnvironment env = teste::ambienteFilho(QFileInfo(bt.caminho()).absolutePath());
     env.insert("ORB_TESTE_VENDA_FILHO", bt.caminho());
     filho.setProcessEnvironment(env);
     filho.start(QCoreApplication::applicationFilePath(), {"--gtest_filter=VendaInterrompida.Filho"});

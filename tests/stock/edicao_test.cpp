@@ -13,6 +13,7 @@
 #include <QComboBox>
 #include <QImage>
 #include <QLineEdit>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTabWidget>
 #include <QTableView>
@@ -290,7 +291,7 @@ TEST(EdicaoInterrompida, NothingOfTheItemSurvivesAKillBeforeTheCommit)
     Cenario c(bt.banco());
     bt.fechar();  // the embedded engine opens the file for one process at a time
     QProcess filho;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    QProcessEnvironment env = teste::ambienteFilho(QFileInfo(bt.caminho()).absolutePath());
     env.insert("ORB_TESTE_BANCO_FILHO", bt.caminho());
     filho.setProcessEnvironment(env);
     filho.start(QCoreApplication::applicationFilePath(), {"--gtest_filter=EdicaoInterrompida.Filho"});

@@ -173,6 +173,19 @@ const QList<Mudanca> &mudancas()
         {Mudanca::CriarIndice, "TBFL_LEITURAS", "IDX_TBFL_LEITURAS_DATA", {}, "(DATA)"},
         // A reading's takings are money: older databases kept them in whole reais.
         {Mudanca::MudarDominio, "TBFL_LEITURAS", "HPTOTAL", "NUMERO2", "INTEIRO"},
+        // One cash session per day and opening responsible; the accounts searched by due date, by
+        // document and by the day of their payments.
+        {Mudanca::CriarIndiceUnico, "TBABENCMOV", "TBABENCMOV_IDDATA", {}, "(DATA, IDRESPAB)"},
+        {Mudanca::CriarIndice, "TBCONTAS", "IDX_TBCONTAS_VENCIMENTO", {}, "(VENCIMENTO, ID)"},
+        {Mudanca::CriarIndice, "TBCONTAS", "IDX_TBCONTAS_FKSFK", {}, "(FKS, FK)"},
+        {Mudanca::CriarIndice, "TBCONTASPAGTOS", "IDX_TBCONTASPAGTOS_FK", {}, "(FK)"},
+        {Mudanca::CriarIndice, "TBCONTASPAGTOS", "IDX_TBCONTASPAGTOS_DATA", {}, "(DATA)"},
+        // A document's rows by the document: its status, lines, billings and their lines.
+        {Mudanca::CriarIndice, "TBCOMST", "IDX_TBCOMST_FK", {}, "(FK)"},
+        {Mudanca::CriarIndice, "TBCOMITENS", "IDX_TBCOMITENS_FK", {}, "(FK)"},
+        {Mudanca::CriarIndice, "TBCOMFAT", "IDX_TBCOMFAT_FK", {}, "(FK)"},
+        {Mudanca::CriarIndice, "TBCOMFATITENS", "IDX_TBCOMFATITENS_FK", {}, "(FK)"},
+        {Mudanca::CriarIndice, "TBCOMFATITENSSERIAIS", "IDX_TBCOMFATITENSSERIAIS_FK", {}, "(FK)"},
     };
     // Each item's stock added up over its companies, kept by the database at every change of a
     // stock row (from this program or any other), so that the stock browse and its situation
@@ -431,8 +444,9 @@ bool aplicar(Banco &b, Metadados &m, const Mudanca &mu)
         // stands alone, and the index is tried again at the next start.
         Transacao t(b, db::Modo::Leitura);
         const QString col = QString(mu.extra).remove('(').remove(')');
-        const bool repetidos = !db::escalar(t, QString("Select First 1 %1 From %2 Where %1 Is Not Null Group By %1 "
-                                                       "Having Count(*) > 1").arg(col, mu.tabela)).isNull();
+        const QString preenchidas = col.split(", ").join(" Is Not Null and ") + " Is Not Null";
+        const bool repetidos = !db::escalar(t, QString("Select First 1 1 From %2 Where %3 Group By %1 "
+                                                       "Having Count(*) > 1").arg(col, mu.tabela, preenchidas)).isNull();
         t.rollback();
         if (repetidos) return false;
         ddl(b, {QString("CREATE UNIQUE INDEX %1 ON %2 %3").arg(mu.coluna, mu.tabela, mu.extra)});

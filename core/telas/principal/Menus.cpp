@@ -63,7 +63,8 @@ G inventario()
 G financeiro()
 {
     return {"Financeiro1", "&Financeiro",
-            {{"Contas1", "Contas a &Pagar e Receber...", "TContas"},
+            {{"ContasPagar1", "Contas a &Pagar...", "TContasPagar"},
+             {"ContasReceber1", "Contas a &Receber...", "TContas"},
              {"AbEncMov1", "&Abertura e Encerramento do Movimento...", "TAbEncMovimento"},
              {"CondPagto1", "&Condições de Pagamento...", "TCondPagto"},
              {"Categorias1", "Ca&tegorias...", "TCategorias"},

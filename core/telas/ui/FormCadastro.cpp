@@ -525,7 +525,7 @@ bool FormCadastro::permitido(const QString &operacao)
     Sessao &s = sessao();
     s.menuAtual = menu_;
     s.moduloAtual = classe_;
-    if (AcessoModulos(operacao + sufixoOperacoes_)) return true;
+    if (AcessoModulos(nomeOperacao(operacao) + sufixoOperacoes_)) return true;
     if (s.logado()) SemPermissao();
     return false;
 }

@@ -152,6 +152,8 @@ protected:
 
     // The screen's operation, asked of the database before an action; the refusal told.
     bool permitido(const QString &operacao);
+    // A screen whose rights name the standard actions otherwise ("Abrir" for "Incluir").
+    virtual QString nomeOperacao(const QString &operacao) const { return operacao; }
 
 private:
     void mostrarRegistro();

@@ -1,0 +1,202 @@
+// Approval and delivery over a real database: the checks in their order, the cash session's rule
+// only when the accounts are generated at approval, the stock rows of the billing company and the
+// principal company's on cancellation, paid instalments holding every cancellation back.
+
+#include "Aprovacao.h"
+#include "Contas.h"
+#include "Entregas.h"
+#include "Status.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+
+using db::Decimal;
+using namespace orb;
+using teste::kDia;
+
+namespace {
+
+QString recusa(db::Transacao &t, const std::function<void()> &f)
+{
+    try {
+        db::tentativa(t, f);
+    } catch (const Recusa &r) {
+        return r.texto;
+    }
+    return {};
+}
+
+struct AprovacaoTest : ::testing::Test {
+    teste::BancoTemporario bt;
+    db::Transacao t{bt.banco()};
+    teste::VendaPronta v{t};
+
+    int contar(const QString &sql, int id) { return db::escalar(t, sql, {{"ID", id}}).toInt(); }
+    QList<Decimal> parcelas(int idCom)
+    {
+        db::Consulta q(t, "Select Valor From TbContas Where Fks = 1 and Fk = :F Order By Prazo, Parcela");
+        q.bind("F", v.fat(idCom));
+        q.executar();
+        QList<Decimal> r;
+        while (q.proxima()) r << q[0].value<Decimal>();
+        return r;
+    }
+    void pagarPrimeira(int idCom)
+    {
+        const int conta = db::escalar(t, "Select First 1 Id From TbContas Where Fks = 1 and Fk = :F Order By Prazo", {{"F", v.fat(idCom)}}).toInt();
+        Pagamento p;
+        p.idCCor = db::escalar(t, "Select First 1 Id From TbCCor Where Conta = 'CAIXA'");
+        p.data = kDia.date();
+        p.valor = QVariant::fromValue(Decimal("33.33"));
+        p.formaPagto = "DINHEIRO";
+        Sessao s = v.adm;
+        s.menuAtual = "Financeiro";
+        s.moduloAtual = kModuloContas;
+        quitarConta(t, conta, p, s);
+    }
+};
+
+TEST_F(AprovacaoTest, AHundredInThreeIs3333And3333And3334)
+{
+    const int id = v.salvar();
+    EXPECT_EQ(parcelas(id), (QList<Decimal>{Decimal("33.33"), Decimal("33.33"), Decimal("33.34")}));
+}
+
+TEST_F(AprovacaoTest, ApprovalChecksInOrderAndWritesNothingOnARefusal)
+{
+    const int id = v.salvar();
+    const int linhasSt = contar("Select Count(*) From TbComSt Where Fk = :ID", id);
+    EXPECT_EQ(recusa(t, [&] { aprovarOperacao(t, id, {}, "A", v.adm); }), "Digite a data/hora primeiro!");
+    db::executar(t, "Update TbCad Set Fu = 'N' Where Id = :ID", {{"ID", v.adm.idUsuario}});
+    EXPECT_EQ(recusa(t, [&] { aprovarOperacao(t, id, kDia, "A", v.adm); }),
+              "O funcionário associado ao usuário atual ainda não foi definido para que seja responsável pela aprovação!");
+    db::executar(t, "Update TbCad Set Fu = 'S' Where Id = :ID", {{"ID", v.adm.idUsuario}});
+    db::executar(t, "Insert Into TbCadSit (Situacao, Data, Motivo, Fk) Values ('E', '2026-03-01', 'SEM REFERÊNCIAS', :C)", {{"C", v.c.cliente}});
+    EXPECT_EQ(recusa(t, [&] { aprovarOperacao(t, id, kDia, "A", v.adm); }), "Esse cadastro está em análise! Motivo: SEM REFERÊNCIAS");
+    db::executar(t, "Insert Into TbCadSit (Situacao, Data, Motivo, Fk) Values ('A', '2026-03-02', '', :C)", {{"C", v.c.cliente}});
+    EXPECT_EQ(recusa(t, [&] { aprovarOperacao(t, id, kDia, "A", v.adm); }),
+              "Não é possível aprovar essa operação pois ainda não foi efetuada a abertura do movimento nesta data!");
+    v.abrirCaixa();
+    v.fecharCaixa();
+    EXPECT_EQ(recusa(t, [&] { aprovarOperacao(t, id, kDia, "A", v.adm); }),
+              "Não é possível aprovar essa operação pois já foi efetuado o encerramento do movimento nesta data!");
+    EXPECT_EQ(contar("Select Count(*) From TbComSt Where Fk = :ID", id), linhasSt);
+    EXPECT_TRUE(db::escalar(t, "Select DataAprovacao From TbComFat Where Fk = :ID", {{"ID", id}}).isNull());
+}
+
+TEST_F(AprovacaoTest, AClosedDayBlocksApprovalOnlyWhenAccountsAreGeneratedThen)
+{
+    v.abrirCaixa();
+    v.fecharCaixa();
+    const int porEntrega = v.salvar("2.0000", "03", "E");
+    aprovarOperacao(t, porEntrega, kDia, "E", v.adm);
+    EXPECT_EQ(statusAtual(t, porEntrega), "AP");
+    EXPECT_EQ(db::escalar(t, "Select Observacoes From TbComSt Where Id = (Select Max(Id) From TbComSt Where Fk = :ID)", {{"ID", porEntrega}})
+                  .toString(), kAguardandoEntrega);
+    EXPECT_EQ(db::escalar(t, "Select DataAprovacao From TbComFat Where Fk = :ID", {{"ID", porEntrega}}).toDateTime(), kDia);
+}
+
+TEST_F(AprovacaoTest, ApprovalMakesTheInstalmentsEffectiveAndItsCancellationRemovesThem)
+{
+    v.abrirCaixa();
+    const int id = v.salvar();
+    aprovarOperacao(t, id, kDia, "A", v.adm);
+    EXPECT_EQ(contar("Select Count(*) From TbContas Where Fks = 1 and Fk = :ID and Situacao = 'NÃO QUITADO'", v.fat(id)), 3);
+    // The second approval finds it approved already.
+    EXPECT_EQ(recusa(t, [&] { aprovarOperacao(t, id, kDia, "A", v.adm); }), "Esta operação não pode ser alterada pois está APROVADA!");
+    pagarPrimeira(id);
+    EXPECT_EQ(recusa(t, [&] { cancelarAprovacao(t, id, v.adm, kDia); }),
+              "A aprovação desta operação não pode ser cancelada pois a mesma já possui parcela(s) Quitada(s)!");
+    db::executar(t, "Delete From TbContasPagtos");
+    cancelarAprovacao(t, id, v.adm, kDia);
+    EXPECT_EQ(statusAtual(t, id), "AA");
+    EXPECT_EQ(contar("Select Count(*) From TbContas Where Fks = 1 and Fk = :ID", v.fat(id)), 0);
+    EXPECT_TRUE(db::escalar(t, "Select DataAprovacao From TbComFat Where Fk = :ID", {{"ID", id}}).isNull());
+}
+
+TEST_F(AprovacaoTest, DeliveryMovesTheBillingCompanysStockAndCreatesAMissingRowNegative)
+{
+    v.abrirCaixa();
+    const int id = v.salvar();
+    ASSERT_FALSE(v.temEstoque(v.c.empresa));
+    aprovarOperacao(t, id, kDia, "A", v.adm);
+    EXPECT_EQ(recusa(t, [&] { entregarOperacao(t, id, kDia, "12a", v.adm); }), "Nota Fiscal inválida!");
+    entregarOperacao(t, id, kDia.addSecs(3600), "123", v.adm);
+    EXPECT_EQ(statusAtual(t, id), "EN");
+    EXPECT_EQ(v.estoque(v.c.empresa), Decimal("-2.0000"));
+    EXPECT_EQ(db::escalar(t, "Select NumeroNf From TbComFat Where Fk = :ID", {{"ID", id}}).toInt(), 123);
+    EXPECT_EQ(db::escalar(t, "Select DataEntrega From TbComFat Where Fk = :ID", {{"ID", id}}).toDateTime(), kDia.addSecs(3600));
+
+    // A second sale subtracts from the row now there; a purchase adds to it.
+    const int outra = v.salvar("1.0000", "01", "E");
+    aprovarOperacao(t, outra, kDia, "E", v.adm);
+    entregarOperacao(t, outra, kDia, "", v.adm);
+    EXPECT_EQ(v.estoque(v.c.empresa), Decimal("-3.0000"));
+    const int compra = v.salvar("5.0000", "01", "E", 0, 4);
+    aprovarOperacao(t, compra, kDia, "E", v.adm);
+    entregarOperacao(t, compra, kDia, "", v.adm);
+    EXPECT_EQ(v.estoque(v.c.empresa), Decimal("2.0000"));
+    // The accounts at delivery: generated with the delivery.
+    EXPECT_EQ(db::escalar(t, "Select Count(*) From TbContas Where Fks = 4 and Situacao Is Not Null").toInt(), 1);
+}
+
+TEST_F(AprovacaoTest, CancellingADeliveryPutsTheStockBackOnThePrincipalCompanyUnlessAnInstalmentIsPaid)
+{
+    v.abrirCaixa();
+    const int id = v.salvar();
+    aprovarOperacao(t, id, kDia, "A", v.adm);
+    entregarOperacao(t, id, kDia, "", v.adm);
+    pagarPrimeira(id);
+    EXPECT_EQ(recusa(t, [&] { cancelarEntrega(t, id, v.adm, kDia); }),
+              "A entrega desta operação não pode ser cancelada pois a mesma já possui parcela(s) Quitada(s)!");
+    EXPECT_EQ(statusAtual(t, id), "EN");
+    db::executar(t, "Delete From TbContasPagtos");
+    cancelarEntrega(t, id, v.adm, kDia);
+    EXPECT_EQ(statusAtual(t, id), "AP");
+    EXPECT_EQ(v.estoque(v.c.empresa), Decimal("-2.0000"));   // the billing company keeps its exit
+    EXPECT_EQ(v.estoque(v.principal), Decimal("2.0000"));    // and the principal company gets it back
+    EXPECT_TRUE(db::escalar(t, "Select DataEntrega From TbComFat Where Fk = :ID", {{"ID", id}}).isNull());
+}
+
+TEST_F(AprovacaoTest, SerialsOfAnItemControlledOnEntryAndExitMustHaveComeInByAPurchase)
+{
+    v.abrirCaixa();
+    db::executar(t, "Update TbItens Set ContrSerial = 'SIM' Where Id = :ID", {{"ID", v.item}});
+    auto seriais = [&](int idCom, const QStringList &s) {
+        const int linhaFat = db::escalar(t, "Select First 1 Fi.Id From TbComFatItens Fi Join TbComFat F On (F.Id = Fi.Fk) Where F.Fk = :ID",
+                                         {{"ID", idCom}}).toInt();
+        db::executar(t, "Delete From TbComFatItensSeriais Where Fk = :F", {{"F", linhaFat}});
+        for (const QString &x : s)
+            db::executar(t, "Insert Into TbComFatItensSeriais (Serial, Fk) Values (:S, :F)", {{"S", x}, {"F", linhaFat}});
+    };
+    const int venda = v.salvar("2.0000", "01", "E");
+    aprovarOperacao(t, venda, kDia, "E", v.adm);
+    EXPECT_EQ(recusa(t, [&] { entregarOperacao(t, venda, kDia, "", v.adm); }), "Insira os seriais primeiro!");
+    seriais(venda, {"S1"});
+    EXPECT_EQ(recusa(t, [&] { entregarOperacao(t, venda, kDia, "", v.adm); }), "Insira todos os seriais do item primeiro!");
+    seriais(venda, {"S1", "S2"});
+    EXPECT_EQ(recusa(t, [&] { entregarOperacao(t, venda, kDia, "", v.adm); }),
+              "Serial não cadastrado! (Esse item controla serial na entrada e na saída!)");
+    const int compra = v.salvar("2.0000", "01", "E", 0, 4);
+    seriais(compra, {"S1", "S2"});
+    aprovarOperacao(t, compra, kDia, "E", v.adm);
+    entregarOperacao(t, compra, kDia, "", v.adm);
+    EXPECT_EQ(recusa(t, [&] { entregarOperacao(t, venda, kDia, "", v.adm); }), "");
+    // Sold once, they are no longer in stock.
+    const int outra = v.salvar("1.0000", "01", "E");
+    seriais(outra, {"S2"});
+    aprovarOperacao(t, outra, kDia, "E", v.adm);
+    EXPECT_EQ(recusa(t, [&] { entregarOperacao(t, outra, kDia, "", v.adm); }),
+              "Serial não cadastrado! (Esse item controla serial na entrada e na saída!)");
+}
+
+TEST_F(AprovacaoTest, ACancelledOperationIsReactivated)
+{
+    const int id = v.salvar();
+    mudarStatus(t, id, "Cancelar", {{}, {}, kDia, {}});
+    reativarOperacao(t, id, v.adm, kDia);
+    EXPECT_EQ(statusAtual(t, id), "AA");
+    EXPECT_EQ(recusa(t, [&] { reativarOperacao(t, id, v.adm, kDia); }), "Esta operação não pode ser alterada pois está AGUARDANDO APROVAÇÃO!");
+}
+
+} // namespace
