@@ -29,18 +29,18 @@ const QList<ModoOperacao> &modosOperacao()
     // and finish their work; contracts and projects may be stopped instead of delivered.
     static const QList<ModoOperacao> l = {
         {"Ven", 1, "Comercial - Vendas", "Total da Venda", "Vendas", kLista4.split(';'), "TbParVendas", "Nova Venda", "Esta venda",
-         "Incluir", false, ordens({{"DATA VENDA", "C.Data Desc"}})},
+         "Incluir", false, ordens({{"DATA VENDA", "C.Data Desc"}}), "TVendas"},
         {"Ser", 2, "Comercial - Ordens de Serviço", "Total da OS", "Servicos", kLista2.split(';'), "TbParServicos", "Novo Serviço",
          "Este serviço", "Incluir", true,
-         ordens({{"PLACA", "C.Placa, C.Emissao Desc"}, {"TÉCNICO", "C.Emissao Desc, Fu2.Nome"}})},
+         ordens({{"PLACA", "C.Placa, C.Emissao Desc"}, {"TÉCNICO", "C.Emissao Desc, Fu2.Nome"}}), "TServicos"},
         {"Con", 3, "Comercial - Contratos", "Total do Contrato", "Contratos", kLista3.split(';'), "TbParContratos", "Novo Contrato",
-         "Este contrato", "Incluir", false, ordens({})},
+         "Este contrato", "Incluir", false, ordens({}), "TContratos"},
         {"Com", 4, "Comercial - Compras", "Total da Compra", "Compras", kLista4.split(';'), "TbParCompras", "Nova Compra", "Esta compra",
-         "Incluir Compras", false, ordens({{"DATA COMPRA", "C.Data Desc"}, {"FORNECEDOR", "Ca1.Nome, C.Emissao Desc"}})},
+         "Incluir Compras", false, ordens({{"DATA COMPRA", "C.Data Desc"}, {"FORNECEDOR", "Ca1.Nome, C.Emissao Desc"}}), "TCompras"},
         {"Loc", 5, "Comercial - Locações", "", "Locacoes", kLista4.split(';'), "TbParVendas", "Nova Locação", "Esta locação", "Incluir",
          false, ordens({})},
         {"Pro", 6, "Comercial - Projetos", "Total do Projeto", "Projetos", kLista3.split(';'), "TbParServicos", "Novo Projeto",
-         "Este projeto", "Incluir", false, ordens({{"CATEGORIA", "C.Emissao Desc"}})},
+         "Este projeto", "Incluir", false, ordens({{"CATEGORIA", "C.Emissao Desc"}}), "TProjetos"},
     };
     return l;
 }

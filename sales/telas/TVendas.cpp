@@ -12,6 +12,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QStandardItemModel>
 #include <QTableView>
@@ -24,7 +25,14 @@ namespace {
 
 using C = CampoForm;
 
-QString classeDo(const ModoOperacao &m) { return m.op == 4 ? QStringLiteral("TCompras") : QStringLiteral("TVendas"); }
+// The billing page: the discount, the terms and the instalments side by side, so that it needs no scrolling.
+const QString kDesconto = QStringLiteral("Faturamento|Desconto");
+const QString kCondicoes = QStringLiteral("Faturamento|Condições");
+const QString kParcelas = QStringLiteral("Faturamento|Parcelas");
+const QString kServico = QStringLiteral("Serviço|Responsáveis");
+const QString kEquipamento = QStringLiteral("Serviço|Equipamento / veículo");
+
+QString classeDo(const ModoOperacao &m) { return m.classe.isEmpty() ? QStringLiteral("TVendas") : m.classe; }
 
 void escolher(QComboBox *cb, const QVariant &v) { cb->setCurrentIndex(std::max(0, cb->findData(v))); }
 
@@ -49,25 +57,59 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     cbCliente_->setObjectName("CbCliente");
     cbAtendente_->setObjectName("CbAtendente");
     cbEmpresa_->setObjectName("CbEmpresa");
+    if (modo_.previsaoEntrega) {
+        edPrevEntrega_ = new CampoData(CampoData::Data, this);
+        adicionarCampo("DATAPREVENTREGA", "Previsão de entrega", edPrevEntrega_);
+        edPrevEntrega_->setObjectName("EdPrevEntrega");  // after the field took its column's name
+    }
+    if (modo_.op == 2) {
+        // The service order: who works on it, the equipment or vehicle left and what holds it.
+        cbTecnico_ = new ComboConsulta("Select Id, Nome From TbCad Where Fu = 'S' Order By Nome", {}, this);
+        adicionarCampo("IDTECNICO", "Técnico", cbTecnico_, kServico);
+        cbTecnico_->setObjectName("CbTecnico");  // after the field took its column's name
+        cbAcond_ = new ComboConsulta("Select Id, Nome From TbAcond Order By Nome", {}, this);
+        adicionarCampo("IDACOND", "Acondicionamento", cbAcond_, kServico);
+        cbAcond_->setObjectName("CbAcond");  // after the field took its column's name
+        const struct { const char *coluna, *rotulo; int tamanho; } textos[] = {
+            {"PLACA", "Placa", 7}, {"TIPOMARCA", "Tipo / marca", 100}, {"MODELO", "Modelo", 100}, {"NUMSERIE", "Nº de série", 100}};
+        for (const auto &x : textos) {
+            auto *e = new QLineEdit(this);
+            e->setMaxLength(x.tamanho);
+            textosServico_.append({x.coluna, e});
+            adicionarCampo(x.coluna, x.rotulo, e, kEquipamento);
+        }
+        edKilom_ = new CampoNumero(C{"KILOM", "Quilometragem", C::Inteiro}, this);
+        adicionarCampo("KILOM", "Quilometragem", edKilom_, kEquipamento);
+    }
     cbTipoDesconto_ = new QComboBox(this);
     cbTipoDesconto_->addItem("ITEM", "I");
     cbTipoDesconto_->addItem("SUBTOTAL", "S");
-    adicionarCampo("TIPODESCONTO", "Desconto", cbTipoDesconto_, "Faturamento");
+    adicionarCampo("TIPODESCONTO", "Tipo", cbTipoDesconto_, kDesconto);
     edDescontoM_ = new CampoNumero(C{"DESCONTOM", "Desconto (R$)", C::Decimal}, this);
-    adicionarCampo("DESCONTOM", "Desconto no subtotal", edDescontoM_, "Faturamento");
+    adicionarCampo("DESCONTOM", "No subtotal (R$)", edDescontoM_, kDesconto);
     edDataFat_ = new CampoData(CampoData::Data, this);
-    adicionarCampo("TBCOMFAT.DATA", "Data do faturamento", edDataFat_, "Faturamento");
+    adicionarCampo("TBCOMFAT.DATA", "Data do faturamento", edDataFat_, kCondicoes);
     cbCondPagto_ = new QComboBox(this);
     cbCondPagto_->addItem("A VISTA", "V");
     cbCondPagto_->addItem("A PRAZO", "P");
-    adicionarCampo("TBCOMFAT.CONDPAGTO", "Condição", cbCondPagto_, "Faturamento");
+    adicionarCampo("TBCOMFAT.CONDPAGTO", "Condição", cbCondPagto_, kCondicoes);
     cbParcelas_ = new QComboBox(this);
     for (int i = 1; i <= 60; ++i) cbParcelas_->addItem(QString::asprintf("%02d", i), QString::asprintf("%02d", i));
-    adicionarCampo("TBCOMFAT.PARCELAS", "Parcelas", cbParcelas_, "Faturamento");
+    adicionarCampo("TBCOMFAT.PARCELAS", "Parcelas", cbParcelas_, kCondicoes);
     edPrimVenc_ = new CampoNumero(C{"PRIMVENC", "1° Vencimento", C::Inteiro}, this);
-    adicionarCampo("TBCOMFAT.PRIMVENC", "1° Vencimento (dias)", edPrimVenc_, "Faturamento");
+    adicionarCampo("TBCOMFAT.PRIMVENC", "1° Vencimento (dias)", edPrimVenc_, kCondicoes);
     edIntVenc_ = new CampoNumero(C{"INTVENC", "Interv. Venc.", C::Inteiro}, this);
-    adicionarCampo("TBCOMFAT.INTVENC", "Interv. Venc.", edIntVenc_, "Faturamento");
+    adicionarCampo("TBCOMFAT.INTVENC", "Interv. Venc.", edIntVenc_, kCondicoes);
+
+    parcelas_ = new QStandardItemModel(0, 3, this);
+    parcelas_->setHorizontalHeaderLabels({"Parcela", "Vencimento", "Valor"});
+    gradeParcelas_ = new QTableView(this);
+    gradeParcelas_->setObjectName("GradeParcelas");
+    gradeParcelas_->setModel(parcelas_);
+    prepararGrade(gradeParcelas_);
+    gradeParcelas_->setMinimumWidth(300);
+    gradeParcelas_->setMaximumHeight(150);
+    adicionarLinha({}, gradeParcelas_, kParcelas);
 
     cbCondPagto_->setObjectName("CbCondPagto");
     edDataFat_->setObjectName("EdDataFat");
@@ -108,6 +150,7 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     gradeLinhas_->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
     v->addWidget(gradeLinhas_, 1);
     lbTotal_ = new QLabel(this);
+    lbTotal_->setObjectName("LbTotal");
     lbTotal_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     QFont f = lbTotal_->font();
     f.setPointSizeF(f.pointSizeF() * 1.4);
@@ -165,12 +208,30 @@ void TVendas::limpar()
     doc_ = estado() == Estado::Incluindo ? incluirDocumento(transacao(), modo_, quem(), QDateTime::currentDateTime()) : Documento{};
     doc_.op = modo_.op;
     mostrarDocumento();
+    parcelas_->removeRows(0, parcelas_->rowCount());
 }
 
 void TVendas::carregar(db::Transacao &t, int id)
 {
     doc_ = lerDocumento(t, id);
     mostrarDocumento();
+    mostrarParcelas(t);
+}
+
+void TVendas::mostrarParcelas(db::Transacao &t)
+{
+    parcelas_->removeRows(0, parcelas_->rowCount());
+    const auto it = doc_.faturamento.find("ID");
+    if (it == doc_.faturamento.end() || it->second.toInt() == 0) return;
+    db::Consulta q(t, "Select Parcela, Vencimento, Valor From TbContas Where Fk = :FAT and Fks = :OP Order By Vencimento, Id");
+    q.bind("FAT", it->second);
+    q.bind("OP", modo_.op);
+    q.executar();
+    while (q.proxima()) {
+        auto *valor = new QStandardItem(q[2].value<db::Decimal>().textoBR(2));
+        valor->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        parcelas_->appendRow({new QStandardItem(q[0].toString()), new QStandardItem(q[1].toDate().toString("dd/MM/yyyy")), valor});
+    }
 }
 
 void TVendas::lerCampos()
@@ -183,6 +244,19 @@ void TVendas::lerCampos()
     h["IDEMPRESA"] = escolhido(cbEmpresa_);
     h["TIPODESCONTO"] = cbTipoDesconto_->currentData();
     h["DESCONTOM"] = edDescontoM_->valor();
+    if (edPrevEntrega_) {
+        const QVariant prev = edPrevEntrega_->valor("DATAPREVENTREGA");
+        h["DATAPREVENTREGA"] = prev.isNull() ? QVariant() : QVariant(QDateTime(prev.toDate(), QTime(0, 0)));
+    }
+    if (cbTecnico_) {
+        h["IDTECNICO"] = escolhido(cbTecnico_);
+        h["IDACOND"] = escolhido(cbAcond_);
+        // The packaging's name is kept too: a packaging in use is found by it.
+        h["ACOND"] = cbAcond_->currentIndex() >= 0 && !escolhido(cbAcond_).isNull() ? QVariant(cbAcond_->currentText()) : QVariant();
+        for (const auto &[coluna, e] : textosServico_)
+            h[coluna] = e->text().trimmed().isEmpty() ? QVariant() : QVariant(e->text().trimmed().toUpper());
+        h["KILOM"] = edKilom_->valor();
+    }
     Valores &f = doc_.faturamento;
     f["DATA"] = edDataFat_->valor("TBCOMFAT.DATA");
     f["CONDPAGTO"] = cbCondPagto_->currentData();
@@ -202,6 +276,15 @@ void TVendas::mostrarDocumento()
     escolher(cbEmpresa_, valor(h, "IDEMPRESA"));
     escolher(cbTipoDesconto_, valor(h, "TIPODESCONTO").isNull() ? QVariant("I") : valor(h, "TIPODESCONTO"));
     edDescontoM_->definir(valor(h, "DESCONTOM"));
+    if (edPrevEntrega_) edPrevEntrega_->definir(valor(h, "DATAPREVENTREGA").toDateTime().date());
+    if (cbTecnico_) {
+        escolher(cbTecnico_, valor(h, "IDTECNICO"));
+        escolher(cbAcond_, valor(h, "IDACOND"));
+        if (valor(h, "IDTECNICO").isNull()) cbTecnico_->setCurrentIndex(-1);
+        if (valor(h, "IDACOND").isNull()) cbAcond_->setCurrentIndex(-1);
+        for (const auto &[coluna, e] : textosServico_) e->setText(valor(h, coluna.toUtf8().constData()).toString());
+        edKilom_->definir(valor(h, "KILOM"));
+    }
     edDataFat_->definir(valor(f, "DATA"));
     escolher(cbCondPagto_, valor(f, "CONDPAGTO").isNull() ? QVariant("V") : valor(f, "CONDPAGTO"));
     escolher(cbParcelas_, valor(f, "PARCELAS").toString().trimmed().isEmpty() ? QVariant("01") : QVariant(valor(f, "PARCELAS").toString().trimmed()));
@@ -329,6 +412,7 @@ int TVendas::gravar(db::Transacao &t, int)
     Documento d = doc_;
     const int id = salvarDocumento(t, d, quem(), QDateTime::currentDateTime());
     doc_ = d;
+    mostrarParcelas(t);
     return id;
 }
 

@@ -7,6 +7,7 @@
 
 class QComboBox;
 class QLabel;
+class QLineEdit;
 class QStandardItemModel;
 class QTableView;
 
@@ -33,6 +34,7 @@ public:
     ComboConsulta *comboItem() const { return cbItem_; }
     CampoNumero *campoQtd() const { return edQtd_; }
     QTableView *gradeLinhas() const { return gradeLinhas_; }
+    QTableView *gradeParcelas() const { return gradeParcelas_; }
 
 protected:
     void limpar() override;
@@ -48,6 +50,7 @@ private:
     void lerCampos();
     void mostrarDocumento();
     void recalcularTela();
+    void mostrarParcelas(db::Transacao &t);  // the saved billing's instalments
 
     const ModoOperacao &modo_;
     Documento doc_;
@@ -56,8 +59,13 @@ private:
     QComboBox *cbTipoDesconto_ = nullptr, *cbCondPagto_ = nullptr, *cbParcelas_ = nullptr;
     CampoNumero *edDescontoM_ = nullptr, *edPrimVenc_ = nullptr, *edIntVenc_ = nullptr;
     CampoNumero *edQtd_ = nullptr, *edPreco_ = nullptr, *edPercDesc_ = nullptr;
-    QStandardItemModel *linhas_ = nullptr;
-    QTableView *gradeLinhas_ = nullptr;
+    QStandardItemModel *linhas_ = nullptr, *parcelas_ = nullptr;
+    QTableView *gradeLinhas_ = nullptr, *gradeParcelas_ = nullptr;
+    // Fields of some modes only: null where the mode has none.
+    CampoData *edPrevEntrega_ = nullptr;
+    ComboConsulta *cbTecnico_ = nullptr, *cbAcond_ = nullptr;
+    CampoNumero *edKilom_ = nullptr;
+    QList<QPair<QString, QLineEdit *>> textosServico_;
     QLabel *lbTotal_ = nullptr;
     bool mostrando_ = false;  // fields being filled from the document: their signals are not the user's
 };

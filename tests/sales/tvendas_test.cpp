@@ -1,15 +1,20 @@
 // The operation form driven like a user: Incluir, the header, two lines, Salvar, the grid.
 
 #include "Cenario.h"
+#include "FormsVendas.h"
 #include "TVendas.h"
+#include "principal/Menus.h"
 #include "apoio/TabsTeste.h"
 #include "ui/ComboConsulta.h"
 #include "ui/Campos.h"
 
 #include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
 #include <QStandardItemModel>
 #include <QTableView>
 #include <gtest/gtest.h>
+#include <memory>
 
 using namespace orb;
 
@@ -80,6 +85,91 @@ TEST_F(TVendasTest, ASaleTypedAndSavedShowsInTheBrowse)
     EXPECT_GE(f.modelo()->linhaDoId(id), 0);
     EXPECT_EQ(db::escalar(t, "Select Count(*) From TbContas C Join TbComFat F On (F.Id = C.Fk) Where C.Fks = 1 and F.Fk = :ID",
                           {{"ID", id}}).toInt(), 3);
+}
+
+// Every kind a menu names opens the one form in its own mode: caption of the party, total label and the
+// fields only that kind has.
+TEST_F(TVendasTest, EveryMenuKindOpensTheFormInItsMode)
+{
+    registrarVendas();
+    struct { const char *classe, *total, *parte; bool servico, previsao; } casos[] = {
+        {"TVendas", "Total da Venda", "Cliente", false, false},    {"TServicos", "Total da OS", "Cliente", true, true},
+        {"TContratos", "Total do Contrato", "Cliente", false, false}, {"TCompras", "Total da Compra", "Fornecedor", false, false},
+        {"TProjetos", "Total do Projeto", "Cliente", false, false},
+    };
+    for (const auto &c : casos) {
+        SCOPED_TRACE(c.classe);
+        std::unique_ptr<QWidget> w(criarFormulario(c.classe, nullptr));
+        auto *f = qobject_cast<TVendas *>(w.get());
+        ASSERT_NE(f, nullptr);
+        f->show();
+        EXPECT_TRUE(f->findChild<QLabel *>("LbTotal")->text().startsWith(QString(c.total) + ": R$ "));
+        bool rotulo = false;
+        for (auto *l : f->findChildren<QLabel *>()) rotulo |= l->text() == c.parte;
+        EXPECT_TRUE(rotulo);
+        EXPECT_EQ(f->findChild<ComboConsulta *>("CbTecnico") != nullptr, c.servico);
+        EXPECT_EQ(f->findChild<ComboConsulta *>("CbAcond") != nullptr, c.servico);
+    }
+    EXPECT_FALSE(formularioExiste("TLocacoes"));
+    EXPECT_TRUE(msg.avisos.isEmpty()) << msg.avisos.join(" | ").toStdString();
+}
+
+// A service order through its fields: technician, packaging, forecast and the equipment saved; a second
+// order may not take the packaging the first still holds.
+TEST_F(TVendasTest, AServiceOrderKeepsItsPackagingUntilDelivered)
+{
+    int cliente, atendente, empresa, servico, pasta, tecnico;
+    {
+        db::Transacao t(tabs.DbORB());
+        teste::CenarioVendas c(t);
+        cliente = c.cliente;
+        atendente = c.atendente;
+        tecnico = c.atendente;
+        empresa = c.empresa;
+        servico = c.itens["SERV"];
+        pasta = db::escalar(t, "Insert Into TbAcond (Codigo, Nome) Values (1, 'PASTA 01') Returning Id").toInt();
+        t.commit();
+    }
+    TVendas f("Ser");
+    f.definirMenu("&Comercial", "TServicos");
+    f.show();
+    auto novaOrdem = [&](const QString &placa) {
+        f.BtIncluirClick();
+        EXPECT_EQ(f.estado(), FormCadastro::Estado::Incluindo) << msg.avisos.join(" | ").toStdString();
+        escolher(f.findChild<ComboConsulta *>("CbCliente"), cliente);
+        escolher(f.findChild<ComboConsulta *>("CbAtendente"), atendente);
+        escolher(f.findChild<ComboConsulta *>("CbEmpresa"), empresa);
+        escolher(f.findChild<ComboConsulta *>("CbTecnico"), tecnico);
+        escolher(f.comboItem(), servico);
+        f.campoQtd()->setText("1");
+        f.BtIncluirLinhaClick();
+        for (auto *e : f.findChildren<QLineEdit *>())
+            if (e->maxLength() == 7) e->setText(placa);
+    };
+    novaOrdem("abc1d23");
+    f.BtSalvarClick();
+    EXPECT_EQ(msg.avisos.value(0), "Digite a data de Previsão de Entrega primeiro!");
+    f.findChild<CampoData *>("EdPrevEntrega")->setText("20/12/2026");
+    f.BtSalvarClick();
+    EXPECT_EQ(msg.avisos.value(1), "Defina o Acondicionamento (Pasta, Mochila, Caixa) primeiro!");
+    escolher(f.findChild<ComboConsulta *>("CbAcond"), pasta);
+    f.BtSalvarClick();
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
+    int primeira;
+    {
+        db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+        primeira = db::escalar(t, "Select Max(Id) From TbCom").toInt();
+        EXPECT_EQ(db::escalar(t, "Select Op || '|' || IdTecnico || '|' || Acond || '|' || Placa || '|' || Cast(DataPrevEntrega As Date) "
+                                 "From TbCom Where Id = :ID", {{"ID", primeira}}).toString(),
+                  QString("2|%1|PASTA 01|ABC1D23|2026-12-20").arg(tecnico));
+    }
+    msg.avisos.clear();
+    novaOrdem("XYZ9A87");
+    f.findChild<CampoData *>("EdPrevEntrega")->setText("21/12/2026");
+    escolher(f.findChild<ComboConsulta *>("CbAcond"), pasta);
+    f.BtSalvarClick();
+    EXPECT_EQ(msg.avisos.value(0), "Esse Acondicionamento está sendo utilizado na Ordem de Serviço " + QString::asprintf("%06d", primeira));
+    EXPECT_NE(f.estado(), FormCadastro::Estado::Navegando);
 }
 
 } // namespace
