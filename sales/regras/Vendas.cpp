@@ -165,7 +165,9 @@ Documento lerDocumento(db::Transacao &t, int id)
         throw Recusa("Esta operação não existe mais!");
     d.id = id;
     d.op = d.cabecalho["OP"].toInt();
-    db::Consulta q(t, "Select * From TbComItens Where Fk = :ID Order By Tipo, Descricao, Id");
+    // Z_CODIGO: the item's code, or the one kept on a free line, as the grid shows it.
+    db::Consulta q(t, "Select I.*, Coalesce(It.Codigo, I.CodItem) Z_CODIGO From TbComItens I Left Join TbItens It On (It.Id = I.IdItem) "
+                      "Where I.Fk = :ID Order By I.Tipo, I.Descricao, I.Id");
     q.bind("ID", id);
     q.executar();
     while (q.proxima())

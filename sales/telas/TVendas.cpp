@@ -17,7 +17,11 @@
 #include <QStandardItemModel>
 #include <QTableView>
 #include <QScopedValueRollback>
+#include <QScrollArea>
+#include <QSplitter>
 #include <QVBoxLayout>
+
+#include <tuple>
 
 namespace orb {
 
@@ -28,6 +32,7 @@ using C = CampoForm;
 // The billing page: the discount, the terms and the instalments side by side, so that it needs no scrolling.
 const QString kDesconto = QStringLiteral("Faturamento|Desconto");
 const QString kCondicoes = QStringLiteral("Faturamento|Condições");
+const QString kVencimentos = QStringLiteral("Faturamento|Vencimentos");
 const QString kParcelas = QStringLiteral("Faturamento|Parcelas");
 const QString kServico = QStringLiteral("Serviço|Responsáveis");
 const QString kEquipamento = QStringLiteral("Serviço|Equipamento / veículo");
@@ -45,23 +50,38 @@ QString dinheiro(const Valores &v, const QString &c) { return decimal(v, c).text
 TVendas::TVendas(const QString &modo, QWidget *parent)
     : FormCadastro(classeDo(modoOperacao(modo)), modoOperacao(modo).titulo, "TrVendas", parent), modo_(modoOperacao(modo))
 {
+    // The header in two rows of fields side by side: the billing and the lines keep the height.
+    auto linha = [this](const QString &rotulo, const QList<std::tuple<QString, QString, QWidget *, int>> &campos) {
+        auto *w = new QWidget(this);
+        auto *h = new QHBoxLayout(w);
+        h->setContentsMargins(0, 0, 0, 0);
+        for (const auto &[nome, legenda, campo, esticar] : campos) {
+            if (campo != std::get<2>(campos.first())) h->addWidget(new QLabel(legenda, w));
+            h->addWidget(campo, esticar);
+            registrarCampo(nome, campo);
+        }
+        adicionarLinha(rotulo, w);
+    };
     edData_ = new CampoData(CampoData::Data, this);
-    adicionarCampo("DATA", "Data", edData_);
+    edData_->setMaximumWidth(120);
     cbCliente_ = new ComboConsulta(modo_.op == 4 ? "Select Id, Nome From TbCad Where Fo = 'S' Order By Nome"
                                                  : "Select Id, Nome From TbCad Where Cl = 'S' Order By Nome", {}, this);
-    adicionarCampo("IDCAD", modo_.op == 4 ? "Fornecedor" : "Cliente", cbCliente_);
     cbAtendente_ = new ComboConsulta("Select Id, Nome From TbCad Where Fu = 'S' Order By Nome", {}, this);
-    adicionarCampo("IDATENDENTE", modo_.op == 4 ? "Comprador" : "Atendente", cbAtendente_);
     cbEmpresa_ = new ComboConsulta("Select Id, Apelido From TbCad Where Em = 'S' Order By Apelido", {}, this);
-    adicionarCampo("IDEMPRESA", "Empresa", cbEmpresa_);
+    linha("Data", {{"DATA", "Data", edData_, 0}, {"IDCAD", modo_.op == 4 ? "Fornecedor" : "Cliente", cbCliente_, 1}});
+    QList<std::tuple<QString, QString, QWidget *, int>> segunda = {
+        {"IDATENDENTE", modo_.op == 4 ? "Comprador" : "Atendente", cbAtendente_, 1}, {"IDEMPRESA", "Empresa", cbEmpresa_, 1}};
+    if (modo_.previsaoEntrega) {
+        edPrevEntrega_ = new CampoData(CampoData::Data, this);
+        edPrevEntrega_->setMaximumWidth(120);
+        segunda.append({"DATAPREVENTREGA", "Previsão de entrega", edPrevEntrega_, 0});
+    }
+    linha(modo_.op == 4 ? "Comprador" : "Atendente", segunda);
+    // Names the tests and the refusals find them by, after the fields took their columns' names.
     cbCliente_->setObjectName("CbCliente");
     cbAtendente_->setObjectName("CbAtendente");
     cbEmpresa_->setObjectName("CbEmpresa");
-    if (modo_.previsaoEntrega) {
-        edPrevEntrega_ = new CampoData(CampoData::Data, this);
-        adicionarCampo("DATAPREVENTREGA", "Previsão de entrega", edPrevEntrega_);
-        edPrevEntrega_->setObjectName("EdPrevEntrega");  // after the field took its column's name
-    }
+    if (edPrevEntrega_) edPrevEntrega_->setObjectName("EdPrevEntrega");
     if (modo_.op == 2) {
         // The service order: who works on it, the equipment or vehicle left and what holds it.
         cbTecnico_ = new ComboConsulta("Select Id, Nome From TbCad Where Fu = 'S' Order By Nome", {}, this);
@@ -97,9 +117,9 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     for (int i = 1; i <= 60; ++i) cbParcelas_->addItem(QString::asprintf("%02d", i), QString::asprintf("%02d", i));
     adicionarCampo("TBCOMFAT.PARCELAS", "Parcelas", cbParcelas_, kCondicoes);
     edPrimVenc_ = new CampoNumero(C{"PRIMVENC", "1° Vencimento", C::Inteiro}, this);
-    adicionarCampo("TBCOMFAT.PRIMVENC", "1° Vencimento (dias)", edPrimVenc_, kCondicoes);
+    adicionarCampo("TBCOMFAT.PRIMVENC", "1° Vencimento (dias)", edPrimVenc_, kVencimentos);
     edIntVenc_ = new CampoNumero(C{"INTVENC", "Interv. Venc.", C::Inteiro}, this);
-    adicionarCampo("TBCOMFAT.INTVENC", "Interv. Venc.", edIntVenc_, kCondicoes);
+    adicionarCampo("TBCOMFAT.INTVENC", "Interv. Venc.", edIntVenc_, kVencimentos);
 
     parcelas_ = new QStandardItemModel(0, 3, this);
     parcelas_->setHorizontalHeaderLabels({"Parcela", "Vencimento", "Valor"});
@@ -107,9 +127,15 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     gradeParcelas_->setObjectName("GradeParcelas");
     gradeParcelas_->setModel(parcelas_);
     prepararGrade(gradeParcelas_);
-    gradeParcelas_->setMinimumWidth(300);
-    gradeParcelas_->setMaximumHeight(150);
+    gradeParcelas_->setMinimumWidth(290);
+    gradeParcelas_->setMaximumHeight(128);  // three instalments in view; more scroll inside the grid
     adicionarLinha({}, gradeParcelas_, kParcelas);
+
+    // Short fields for short values: the four groups share the edit area's width.
+    for (QWidget *w : std::initializer_list<QWidget *>{cbTipoDesconto_, edDescontoM_, edDataFat_, cbCondPagto_, cbParcelas_, edPrimVenc_, edIntVenc_})
+        w->setFixedWidth(w == cbParcelas_ ? 60 : w == edPrimVenc_ || w == edIntVenc_ ? 80 : 105);
+    gradeParcelas_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    gradeParcelas_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
 
     cbCondPagto_->setObjectName("CbCondPagto");
     edDataFat_->setObjectName("EdDataFat");
@@ -163,12 +189,25 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     registrarCampo("PRUNITARIO", edPreco_);
     registrarCampo("PERCDESCONTO", edPercDesc_);
     adicionarPainel(painel, 3);
+    // A few rows of the browse, the header and billing whole without scrolling, the lines the rest.
+    if (auto *rolagem = qobject_cast<QScrollArea *>(divisor()->widget(1)))
+    {
+        rolagem->setMinimumHeight(rolagem->widget()->sizeHint().height());
+        rolagem->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);  // the fields fit a 1366-wide screen
+    }
+    divisor()->setStretchFactor(0, 0);
+    divisor()->setStretchFactor(1, 0);
+    divisor()->setStretchFactor(2, 1);
+    grade()->setMinimumHeight(100);
+    divisor()->setSizes({100, 0, 400});
     connect(btIncluir, &QPushButton::clicked, this, &TVendas::BtIncluirLinhaClick);
     connect(btExcluir, &QPushButton::clicked, this, &TVendas::BtExcluirLinhaClick);
     connect(cbCondPagto_, &QComboBox::currentIndexChanged, this, &TVendas::CbParcelasChange);
     connect(cbParcelas_, &QComboBox::currentIndexChanged, this, &TVendas::CbParcelasChange);
     connect(edDataFat_, &QLineEdit::editingFinished, this, &TVendas::EditDataFatExit);
     connect(edPrimVenc_, &QLineEdit::editingFinished, this, &TVendas::EditPrazoExit);
+    connect(edDescontoM_, &QLineEdit::editingFinished, this, &TVendas::EditDescontoExit);
+    connect(cbTipoDesconto_, &QComboBox::currentIndexChanged, this, &TVendas::EditDescontoExit);
     // The browse last: showing its first record fills the fields made above.
     QString base = sqlConsultaOperacoes(modo_, {});
     base = base.left(base.lastIndexOf(" Order By "));
@@ -285,11 +324,7 @@ void TVendas::mostrarDocumento()
         for (const auto &[coluna, e] : textosServico_) e->setText(valor(h, coluna.toUtf8().constData()).toString());
         edKilom_->definir(valor(h, "KILOM"));
     }
-    edDataFat_->definir(valor(f, "DATA"));
-    escolher(cbCondPagto_, valor(f, "CONDPAGTO").isNull() ? QVariant("V") : valor(f, "CONDPAGTO"));
-    escolher(cbParcelas_, valor(f, "PARCELAS").toString().trimmed().isEmpty() ? QVariant("01") : QVariant(valor(f, "PARCELAS").toString().trimmed()));
-    edPrimVenc_->definir(valor(f, "PRIMVENC"));
-    edIntVenc_->definir(valor(f, "INTVENC"));
+    mostrarCondicoes();
     linhas_->removeRows(0, linhas_->rowCount());
     for (const Valores &l : doc_.linhas) {
         auto celula = [](const QString &s, bool numero) {
@@ -304,6 +339,30 @@ void TVendas::mostrarDocumento()
                             celula(dinheiro(l, "SUBTOTAL"), true), celula(dinheiro(l, "TOTAL"), true)});
     }
     lbTotal_->setText((modo_.rotuloTotal.isEmpty() ? QStringLiteral("Total") : modo_.rotuloTotal) + ": R$ " + dinheiro(h, "TOTAL"));
+}
+
+void TVendas::mostrarCondicoes()
+{
+    const QScopedValueRollback<bool> ocupado(mostrando_, true);
+    const Valores &f = doc_.faturamento;
+    auto valor = [&f](const char *c) { const auto it = f.find(c); return it == f.end() ? QVariant() : it->second; };
+    edDataFat_->definir(valor("DATA"));
+    escolher(cbCondPagto_, valor("CONDPAGTO").isNull() ? QVariant("V") : valor("CONDPAGTO"));
+    escolher(cbParcelas_, valor("PARCELAS").toString().trimmed().isEmpty() ? QVariant("01") : QVariant(valor("PARCELAS").toString().trimmed()));
+    edPrimVenc_->definir(valor("PRIMVENC"));
+    edIntVenc_->definir(valor("INTVENC"));
+}
+
+void TVendas::EditDescontoExit()
+{
+    if (mostrando_ || estado() == Estado::Navegando) return;
+    Tabs->Deb("procedure " + classeDo(modo_) + ".EditDescontoExit(Sender: TObject)");
+    try {
+        recalcularTela();
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+        if (QWidget *w = campo(r.campo)) w->setFocus();
+    }
 }
 
 void TVendas::recalcularTela()
@@ -372,7 +431,7 @@ void TVendas::CbParcelasChange()
     } catch (const Recusa &r) {
         Atencao(r.texto);
     }
-    mostrarDocumento();  // what the condition left, or the terms as they were after a refusal
+    mostrarCondicoes();  // what the condition left, or the terms as they were after a refusal; the rest stays as typed
 }
 
 void TVendas::EditDataFatExit()
@@ -388,7 +447,7 @@ void TVendas::EditDataFatExit()
     } catch (const Recusa &r) {
         Atencao(r.texto);
     }
-    mostrarDocumento();
+    mostrarCondicoes();
 }
 
 void TVendas::EditPrazoExit()
@@ -402,7 +461,7 @@ void TVendas::EditPrazoExit()
     } catch (const Recusa &r) {
         Atencao(r.texto);
     }
-    mostrarDocumento();
+    mostrarCondicoes();
 }
 
 int TVendas::gravar(db::Transacao &t, int)

@@ -31,6 +31,8 @@ public:
     // The billing date or the days to the first due date typed.
     void EditDataFatExit();
     void EditPrazoExit();
+    // The discount or its kind changed: the totals again.
+    void EditDescontoExit();
     ComboConsulta *comboItem() const { return cbItem_; }
     CampoNumero *campoQtd() const { return edQtd_; }
     QTableView *gradeLinhas() const { return gradeLinhas_; }
@@ -50,7 +52,8 @@ private:
     void lerCampos();
     void mostrarDocumento();
     void recalcularTela();
-    void mostrarParcelas(db::Transacao &t);  // the saved billing's instalments
+    void mostrarParcelas(db::Transacao &t);
+    void mostrarCondicoes();  // the billing terms only  // the saved billing's instalments
 
     const ModoOperacao &modo_;
     Documento doc_;

@@ -10,6 +10,10 @@
 
 #include <QComboBox>
 #include <QLabel>
+#include <QTabWidget>
+#include <QCoreApplication>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QLineEdit>
 #include <QStandardItemModel>
 #include <QTableView>
@@ -170,6 +174,88 @@ TEST_F(TVendasTest, AServiceOrderKeepsItsPackagingUntilDelivered)
     f.BtSalvarClick();
     EXPECT_EQ(msg.avisos.value(0), "Esse Acondicionamento está sendo utilizado na Ordem de Serviço " + QString::asprintf("%06d", primeira));
     EXPECT_NE(f.estado(), FormCadastro::Estado::Navegando);
+}
+
+QStringList textos(const QAbstractItemModel *m)
+{
+    QStringList r;
+    for (int i = 0; i < m->rowCount(); ++i)
+        for (int j = 0; j < m->columnCount(); ++j) r << m->index(i, j).data().toString();
+    return r;
+}
+
+// Through the widgets: three lines, a discount on the subtotal, "A PRAZO" in three, saved; the instalments
+// add up to the billing, and the sale opened again shows the same lines, total and instalments.
+TEST_F(TVendasTest, ATermSaleInThreeShowsTheSameFiguresWhenOpenedAgain)
+{
+    int cliente, atendente, empresa;
+    QList<int> itens;
+    {
+        db::Transacao t(tabs.DbORB());
+        teste::CenarioVendas c(t);
+        cliente = c.cliente;
+        atendente = c.atendente;
+        empresa = c.empresa;
+        itens = {c.itens["000"], c.itens["010"], c.itens["SERV"]};
+        db::executar(t, "Insert Into TbParVendas (Data, IntVenc, PrimVenc) Values ('2020-01-01', 30, 30)");
+        t.commit();
+    }
+    TVendas f("Ven");
+    f.definirMenu("&Comercial", "TVendas");
+    f.resize(1342, 680);
+    f.show();
+    f.BtIncluirClick();
+    escolher(f.findChild<ComboConsulta *>("CbCliente"), cliente);
+    escolher(f.findChild<ComboConsulta *>("CbAtendente"), atendente);
+    escolher(f.findChild<ComboConsulta *>("CbEmpresa"), empresa);
+    const char *qtds[] = {"3", "2,5", "1"};
+    for (int i = 0; i < 3; ++i) {
+        escolher(f.comboItem(), itens[i]);
+        f.campoQtd()->setText(qtds[i]);
+        f.BtIncluirLinhaClick();
+    }
+    auto *tipo = f.findChild<QComboBox *>("TIPODESCONTO");
+    tipo->setCurrentIndex(tipo->findData("S"));
+    f.findChild<CampoNumero *>("DESCONTOM")->setText("10,01");
+    auto *cond = f.findChild<QComboBox *>("CbCondPagto");
+    cond->setCurrentIndex(cond->findData("P"));
+    auto *parcelas = f.findChild<QComboBox *>("CbParcelas");
+    parcelas->setCurrentIndex(parcelas->findData("03"));
+    f.BtSalvarClick();
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
+
+    db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+    const int id = db::escalar(t, "Select Max(Id) From TbCom").toInt();
+    const auto fat = db::escalar(t, "Select Valor From TbComFat Where Fk = :ID", {{"ID", id}}).value<db::Decimal>();
+    EXPECT_EQ(db::escalar(t, "Select Sum(C.Valor) From TbContas C Join TbComFat F On (F.Id = C.Fk) Where C.Fks = 1 and F.Fk = :ID",
+                          {{"ID", id}}).value<db::Decimal>(), fat);
+    EXPECT_EQ(db::escalar(t, "Select DescontoM From TbCom Where Id = :ID", {{"ID", id}}).value<db::Decimal>(), db::Decimal("10.01"));
+    // The instalments on the screen are the saved ones, and they add up to the billing too.
+    ASSERT_EQ(f.gradeParcelas()->model()->rowCount(), 3);
+    db::Decimal soma("0");
+    for (int i = 0; i < 3; ++i) soma += *db::Decimal::ler(f.gradeParcelas()->model()->index(i, 2).data().toString(), true);
+    EXPECT_EQ(soma, fat);
+
+    const QStringList linhas = textos(f.gradeLinhas()->model()), contas = textos(f.gradeParcelas()->model());
+    const QString total = f.findChild<QLabel *>("LbTotal")->text();
+    TVendas g("Ven");
+    g.definirMenu("&Comercial", "TVendas");
+    g.resize(1342, 680);  // the main window's tab area on a 1366×768 screen
+    g.show();
+    ASSERT_EQ(g.idAtual(), id);
+    EXPECT_EQ(textos(g.gradeLinhas()->model()), linhas);
+    EXPECT_EQ(textos(g.gradeParcelas()->model()), contas);
+    EXPECT_EQ(g.findChild<QLabel *>("LbTotal")->text(), total);
+    EXPECT_EQ(g.findChild<QComboBox *>("CbCondPagto")->currentData(), "P");
+    EXPECT_EQ(g.findChild<CampoNumero *>("DESCONTOM")->text(), f.findChild<CampoNumero *>("DESCONTOM")->text());
+    // The header and the billing page are seen whole on that screen, without scrolling.
+    QCoreApplication::processEvents();
+    auto *pagina = g.findChild<QTabWidget *>("PcEdicao");
+    for (auto *r : g.findChildren<QScrollArea *>())
+        if (r->widget() && r->widget()->isAncestorOf(pagina)) {
+            EXPECT_EQ(r->verticalScrollBar()->maximum(), 0);
+            EXPECT_FALSE(r->horizontalScrollBar()->isVisible());
+        }
 }
 
 } // namespace
