@@ -82,13 +82,15 @@ QString sqlConsultaOperacoes(const ModoOperacao &m, const QString &ordem)
                "(Select Sum(Ct.Valor) From TbContas Ct Join TbComFat F On (F.Id = Ct.Fk) Where F.Fk = C.Id and Ct.Fks = C.Op "
                "and Ct.NaoQuitado > 0) Z_APagar "
                "From TbCom C "
-               "Join TbComFat Cf On (Cf.Fk = C.Id) "
+               // The billing joined as an inner join would be, but after the header: the list then walks the
+               // header's index newest first and stops at the page instead of sorting every document.
+               "Left Join TbComFat Cf On (Cf.Fk = C.Id) "
                "Left Join TbComSt St On (St.Id = (Select Max(S.Id) From TbComSt S Where S.Fk = C.Id)) "
                "Left Join TbCad Ca1 On (Ca1.Id = C.IdCad) Left Join TbCidades Ci On (Ci.Id = Ca1.IdCidade) "
                "Left Join TbCad Rep On (Rep.Id = C.IdRepresentante) Left Join TbCad Fu1 On (Fu1.Id = C.IdAtendente) "
                "Left Join TbCad Fu2 On (Fu2.Id = C.IdTecnico) Left Join TbCad Emp On (Emp.Id = C.IdEmpresa) "
                "Left Join TbAcond Ac On (Ac.Id = C.IdAcond) "
-               "Where C.Op = %1 Order By %2")
+               "Where C.Op = %1 and Cf.Id Is Not Null Order By %2")
         .arg(m.op)
         .arg(orderBy);
 }
