@@ -173,6 +173,16 @@ Documento lerDocumento(db::Transacao &t, int id)
     while (q.proxima())
         d.linhas.append(lerLinha(q));
     d.faturamento = primeiraLinha(t, "Select First 1 * From TbComFat Where Fk = :ID Order By Data, Id", {{"ID", id}});
+    // The serials typed on each line, kept on its billing line.
+    QHash<int, QStringList> seriais;
+    db::Consulta s(t, "Select Fi.IdItem, S.Serial From TbComFatItensSeriais S Join TbComFatItens Fi On (Fi.Id = S.Fk) "
+                      "Join TbComFat F On (F.Id = Fi.Fk) Where F.Fk = :ID Order By S.Id");
+    s.bind("ID", id);
+    s.executar();
+    while (s.proxima())
+        seriais[s[0].toInt()] << s[1].toString();
+    for (Valores &l : d.linhas)
+        if (seriais.contains(l["ID"].toInt())) l["Z_SERIAIS"] = seriais.value(l["ID"].toInt());
     return d;
 }
 

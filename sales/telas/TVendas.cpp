@@ -157,6 +157,12 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     btIncluir->setObjectName("BtIncluirLinha");
     auto *btExcluir = new QPushButton("Excluir item", this);
     btExcluir->setObjectName("BtExcluirLinha");
+    edSerial_ = new QLineEdit(this);
+    edSerial_->setMaxLength(50);
+    edSerial_->setMaximumWidth(160);
+    edSerial_->setPlaceholderText("Serial do item marcado");
+    auto *btSerial = new QPushButton("Incluir serial", this);
+    btSerial->setObjectName("BtIncluirSerial");
     entrada->addWidget(new QLabel(modo_.op == 4 ? "Mercadoria" : "Mercadoria / serviço", this));
     entrada->addWidget(cbItem_, 1);
     entrada->addWidget(new QLabel("Qtd", this));
@@ -167,9 +173,11 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     entrada->addWidget(edPercDesc_);
     entrada->addWidget(btIncluir);
     entrada->addWidget(btExcluir);
+    entrada->addWidget(edSerial_);
+    entrada->addWidget(btSerial);
     v->addLayout(entrada);
-    linhas_ = new QStandardItemModel(0, 7, this);
-    linhas_->setHorizontalHeaderLabels({"Código", "Descrição", "Qtd", "Preço unitário", "Desconto", "Subtotal", "Total"});
+    linhas_ = new QStandardItemModel(0, 8, this);
+    linhas_->setHorizontalHeaderLabels({"Código", "Descrição", "Qtd", "Preço unitário", "Desconto", "Subtotal", "Total", "Seriais"});
     gradeLinhas_ = new QTableView(this);
     gradeLinhas_->setModel(linhas_);
     prepararGrade(gradeLinhas_);
@@ -188,6 +196,7 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     registrarCampo("QTD", edQtd_);
     registrarCampo("PRUNITARIO", edPreco_);
     registrarCampo("PERCDESCONTO", edPercDesc_);
+    registrarCampo("SERIAL", edSerial_);
     adicionarPainel(painel, 3);
     // A few rows of the browse, the header and billing whole without scrolling, the lines the rest.
     if (auto *rolagem = qobject_cast<QScrollArea *>(divisor()->widget(1)))
@@ -202,6 +211,8 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     divisor()->setSizes({100, 0, 400});
     connect(btIncluir, &QPushButton::clicked, this, &TVendas::BtIncluirLinhaClick);
     connect(btExcluir, &QPushButton::clicked, this, &TVendas::BtExcluirLinhaClick);
+    connect(btSerial, &QPushButton::clicked, this, &TVendas::BtIncluirSerialClick);
+    connect(edSerial_, &QLineEdit::returnPressed, this, &TVendas::BtIncluirSerialClick);
     connect(cbCondPagto_, &QComboBox::currentIndexChanged, this, &TVendas::CbParcelasChange);
     connect(cbParcelas_, &QComboBox::currentIndexChanged, this, &TVendas::CbParcelasChange);
     connect(edDataFat_, &QLineEdit::editingFinished, this, &TVendas::EditDataFatExit);
@@ -336,7 +347,8 @@ void TVendas::mostrarDocumento()
         linhas_->appendRow({celula(cod == l.end() ? QString() : cod->second.toString(), false),
                             celula(valor(l, "DESCRICAO").toString(), false), celula(decimal(l, "QTD").textoBR(4), true),
                             celula(decimal(l, "PRUNITARIO").textoBR(4), true), celula(dinheiro(l, "DESCONTO"), true),
-                            celula(dinheiro(l, "SUBTOTAL"), true), celula(dinheiro(l, "TOTAL"), true)});
+                            celula(dinheiro(l, "SUBTOTAL"), true), celula(dinheiro(l, "TOTAL"), true),
+                            celula(valor(l, "Z_SERIAIS").toStringList().join(", "), false)});
     }
     lbTotal_->setText((modo_.rotuloTotal.isEmpty() ? QStringLiteral("Total") : modo_.rotuloTotal) + ": R$ " + dinheiro(h, "TOTAL"));
 }
@@ -418,6 +430,28 @@ void TVendas::BtExcluirLinhaClick()
     if (id) doc_.linhasExcluidas << id;
     doc_.linhas.removeAt(i);
     recalcularTela();
+}
+
+void TVendas::BtIncluirSerialClick()
+{
+    Tabs->Deb("procedure " + classeDo(modo_) + ".BtIncluirSerialClick(Sender: TObject)");
+    const int i = gradeLinhas_->currentIndex().row();
+    const QString serial = edSerial_->text().trimmed();
+    if (estado() == Estado::Navegando || i < 0 || i >= doc_.linhas.size() || serial.isEmpty()) return;
+    try {
+        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+        Valores &l = doc_.linhas[i];
+        conferirSerial(t, l, modo_.op);
+        QStringList seriais = l.count("Z_SERIAIS") ? l.at("Z_SERIAIS").toStringList() : QStringList();
+        seriais << serial;
+        l["Z_SERIAIS"] = seriais;
+        mostrarDocumento();
+        gradeLinhas_->selectRow(i);
+        edSerial_->clear();
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+        edSerial_->setFocus();
+    }
 }
 
 void TVendas::CbParcelasChange()

@@ -26,6 +26,8 @@ public:
     // Line entry, public so that tests drive it as the buttons do.
     void BtIncluirLinhaClick();
     void BtExcluirLinhaClick();
+    // The serial typed, for the line marked in the grid.
+    void BtIncluirSerialClick();
     // The payment condition or the number of instalments changed.
     void CbParcelasChange();
     // The billing date or the days to the first due date typed.
@@ -62,6 +64,7 @@ private:
     QComboBox *cbTipoDesconto_ = nullptr, *cbCondPagto_ = nullptr, *cbParcelas_ = nullptr;
     CampoNumero *edDescontoM_ = nullptr, *edPrimVenc_ = nullptr, *edIntVenc_ = nullptr;
     CampoNumero *edQtd_ = nullptr, *edPreco_ = nullptr, *edPercDesc_ = nullptr;
+    QLineEdit *edSerial_ = nullptr;
     QStandardItemModel *linhas_ = nullptr, *parcelas_ = nullptr;
     QTableView *gradeLinhas_ = nullptr, *gradeParcelas_ = nullptr;
     // Fields of some modes only: null where the mode has none.

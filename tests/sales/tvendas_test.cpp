@@ -258,4 +258,69 @@ TEST_F(TVendasTest, ATermSaleInThreeShowsTheSameFiguresWhenOpenedAgain)
         }
 }
 
+// Serials typed on the line marked: refused where the item does not control them on this side or the
+// line already has as many as its quantity; kept with the sale and shown again when it is reopened.
+TEST_F(TVendasTest, SerialsOnTheMarkedLine)
+{
+    int cliente, atendente, empresa, saida, entrada;
+    {
+        db::Transacao t(tabs.DbORB());
+        teste::CenarioVendas c(t);
+        cliente = c.cliente;
+        atendente = c.atendente;
+        empresa = c.empresa;
+        saida = c.itens["000"];  // 'SAÍ'
+        entrada = c.itens["010"];
+        db::executar(t, "Update TbItens Set ContrSerial = 'ENT' Where Id = :ID", {{"ID", entrada}});
+        db::executar(t, "Update TbCad Set Fo = 'S' Where Id = :ID", {{"ID", cliente}});
+        t.commit();
+    }
+    auto serial = [](TVendas &f) { return f.findChild<QLineEdit *>("SERIAL"); };
+    auto digitar = [&](TVendas &f, int linha, const QString &s) {
+        f.gradeLinhas()->selectRow(linha);
+        serial(f)->setText(s);
+        f.BtIncluirSerialClick();
+    };
+    struct { const char *modo; int item; const char *recusa; } casos[] = {
+        {"Ven", entrada, "Essa mercadoria não controla seriais na saída!"},
+        {"Com", saida, "Essa mercadoria não controla seriais na entrada!"},
+    };
+    for (const auto &c : casos) {
+        SCOPED_TRACE(c.modo);
+        msg.avisos.clear();
+        TVendas f(c.modo);
+        f.show();
+        f.BtIncluirClick();
+        escolher(f.comboItem(), c.item);
+        f.campoQtd()->setText("2");
+        f.BtIncluirLinhaClick();
+        digitar(f, 0, "SN-1");
+        EXPECT_EQ(msg.avisos.value(0), c.recusa);
+        EXPECT_EQ(serial(f)->text(), "SN-1");  // what was typed stays to be corrected
+        f.BtCancelarClick();
+    }
+
+    msg.avisos.clear();
+    TVendas f("Ven");
+    f.show();
+    f.BtIncluirClick();
+    escolher(f.findChild<ComboConsulta *>("CbCliente"), cliente);
+    escolher(f.findChild<ComboConsulta *>("CbAtendente"), atendente);
+    escolher(f.findChild<ComboConsulta *>("CbEmpresa"), empresa);
+    escolher(f.comboItem(), saida);
+    f.campoQtd()->setText("2");
+    f.BtIncluirLinhaClick();
+    digitar(f, 0, "SN-1");
+    digitar(f, 0, "SN-2");
+    EXPECT_TRUE(msg.avisos.isEmpty()) << msg.avisos.join(" | ").toStdString();
+    digitar(f, 0, "SN-3");
+    EXPECT_EQ(msg.avisos.value(0), "A quantidade de seriais já atingiu a quantidade da mercadoria!");
+    f.BtSalvarClick();
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
+    TVendas g("Ven");
+    g.show();
+    EXPECT_EQ(g.gradeLinhas()->model()->index(0, 7).data().toString(), "SN-1, SN-2");
+    EXPECT_EQ(g.documento().linhas.value(0).count("Z_SERIAIS"), 1u);
+}
+
 } // namespace
