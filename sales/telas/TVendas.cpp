@@ -30,7 +30,7 @@ namespace {
 using C = CampoForm;
 
 // The billing page: the discount, the terms and the instalments side by side, so that it needs no scrolling.
-const QString kDesconto = QStringLiteral("Faturamento|Desconto");
+const QString kDesconto = QStringLiteral("Faturamento|Descontos e seguro");
 const QString kCondicoes = QStringLiteral("Faturamento|Condições");
 const QString kVencimentos = QStringLiteral("Faturamento|Vencimentos");
 const QString kParcelas = QStringLiteral("Faturamento|Parcelas");
@@ -106,7 +106,11 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     cbTipoDesconto_->addItem("SUBTOTAL", "S");
     adicionarCampo("TIPODESCONTO", "Tipo", cbTipoDesconto_, kDesconto);
     edDescontoM_ = new CampoNumero(C{"DESCONTOM", "Desconto (R$)", C::Decimal}, this);
-    adicionarCampo("DESCONTOM", "No subtotal (R$)", edDescontoM_, kDesconto);
+    adicionarCampo("DESCONTOM", "Mercadorias (R$)", edDescontoM_, kDesconto);
+    edDescontoS_ = new CampoNumero(C{"DESCONTOS", "Desconto nos serviços (R$)", C::Decimal}, this);
+    adicionarCampo("DESCONTOS", "Serviços (R$)", edDescontoS_, kDesconto);
+    edSeguro_ = new CampoNumero(C{"SEGURO", "Seguro (R$)", C::Decimal}, this);
+    adicionarCampo("SEGURO", "Seguro (R$)", edSeguro_, kDesconto);
     edDataFat_ = new CampoData(CampoData::Data, this);
     adicionarCampo("TBCOMFAT.DATA", "Data do faturamento", edDataFat_, kCondicoes);
     cbCondPagto_ = new QComboBox(this);
@@ -127,12 +131,12 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     gradeParcelas_->setObjectName("GradeParcelas");
     gradeParcelas_->setModel(parcelas_);
     prepararGrade(gradeParcelas_);
-    gradeParcelas_->setMinimumWidth(290);
+    gradeParcelas_->setMinimumWidth(270);
     gradeParcelas_->setMaximumHeight(128);  // three instalments in view; more scroll inside the grid
     adicionarLinha({}, gradeParcelas_, kParcelas);
 
     // Short fields for short values: the four groups share the edit area's width.
-    for (QWidget *w : std::initializer_list<QWidget *>{cbTipoDesconto_, edDescontoM_, edDataFat_, cbCondPagto_, cbParcelas_, edPrimVenc_, edIntVenc_})
+    for (QWidget *w : std::initializer_list<QWidget *>{cbTipoDesconto_, edDescontoM_, edDescontoS_, edSeguro_, edDataFat_, cbCondPagto_, cbParcelas_, edPrimVenc_, edIntVenc_})
         w->setFixedWidth(w == cbParcelas_ ? 60 : w == edPrimVenc_ || w == edIntVenc_ ? 80 : 105);
     gradeParcelas_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     gradeParcelas_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -160,7 +164,7 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     edSerial_ = new QLineEdit(this);
     edSerial_->setMaxLength(50);
     edSerial_->setMaximumWidth(160);
-    edSerial_->setPlaceholderText("Serial do item marcado");
+    edSerial_->setPlaceholderText("Serial");
     auto *btSerial = new QPushButton("Incluir serial", this);
     btSerial->setObjectName("BtIncluirSerial");
     entrada->addWidget(new QLabel(modo_.op == 4 ? "Mercadoria" : "Mercadoria / serviço", this));
@@ -217,7 +221,7 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     connect(cbParcelas_, &QComboBox::currentIndexChanged, this, &TVendas::CbParcelasChange);
     connect(edDataFat_, &QLineEdit::editingFinished, this, &TVendas::EditDataFatExit);
     connect(edPrimVenc_, &QLineEdit::editingFinished, this, &TVendas::EditPrazoExit);
-    connect(edDescontoM_, &QLineEdit::editingFinished, this, &TVendas::EditDescontoExit);
+    for (auto *e : {edDescontoM_, edDescontoS_, edSeguro_}) connect(e, &QLineEdit::editingFinished, this, &TVendas::EditDescontoExit);
     connect(cbTipoDesconto_, &QComboBox::currentIndexChanged, this, &TVendas::EditDescontoExit);
     // The browse last: showing its first record fills the fields made above.
     QString base = sqlConsultaOperacoes(modo_, {});
@@ -294,6 +298,9 @@ void TVendas::lerCampos()
     h["IDEMPRESA"] = escolhido(cbEmpresa_);
     h["TIPODESCONTO"] = cbTipoDesconto_->currentData();
     h["DESCONTOM"] = edDescontoM_->valor();
+    // Left empty, they are none: the totals add them up.
+    for (const auto &[coluna, campo] : {std::pair{"DESCONTOS", edDescontoS_}, std::pair{"SEGURO", edSeguro_}})
+        h[coluna] = campo->valor().isNull() ? QVariant::fromValue(db::Decimal("0")) : campo->valor();
     if (edPrevEntrega_) {
         const QVariant prev = edPrevEntrega_->valor("DATAPREVENTREGA");
         h["DATAPREVENTREGA"] = prev.isNull() ? QVariant() : QVariant(QDateTime(prev.toDate(), QTime(0, 0)));
@@ -326,6 +333,8 @@ void TVendas::mostrarDocumento()
     escolher(cbEmpresa_, valor(h, "IDEMPRESA"));
     escolher(cbTipoDesconto_, valor(h, "TIPODESCONTO").isNull() ? QVariant("I") : valor(h, "TIPODESCONTO"));
     edDescontoM_->definir(valor(h, "DESCONTOM"));
+    edDescontoS_->definir(valor(h, "DESCONTOS"));
+    edSeguro_->definir(valor(h, "SEGURO"));
     if (edPrevEntrega_) edPrevEntrega_->definir(valor(h, "DATAPREVENTREGA").toDateTime().date());
     if (cbTecnico_) {
         escolher(cbTecnico_, valor(h, "IDTECNICO"));

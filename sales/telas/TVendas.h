@@ -62,7 +62,7 @@ private:
     CampoData *edData_ = nullptr, *edDataFat_ = nullptr;
     ComboConsulta *cbCliente_ = nullptr, *cbAtendente_ = nullptr, *cbEmpresa_ = nullptr, *cbItem_ = nullptr;
     QComboBox *cbTipoDesconto_ = nullptr, *cbCondPagto_ = nullptr, *cbParcelas_ = nullptr;
-    CampoNumero *edDescontoM_ = nullptr, *edPrimVenc_ = nullptr, *edIntVenc_ = nullptr;
+    CampoNumero *edDescontoM_ = nullptr, *edDescontoS_ = nullptr, *edSeguro_ = nullptr, *edPrimVenc_ = nullptr, *edIntVenc_ = nullptr;
     CampoNumero *edQtd_ = nullptr, *edPreco_ = nullptr, *edPercDesc_ = nullptr;
     QLineEdit *edSerial_ = nullptr;
     QStandardItemModel *linhas_ = nullptr, *parcelas_ = nullptr;

@@ -217,6 +217,8 @@ TEST_F(TVendasTest, ATermSaleInThreeShowsTheSameFiguresWhenOpenedAgain)
     auto *tipo = f.findChild<QComboBox *>("TIPODESCONTO");
     tipo->setCurrentIndex(tipo->findData("S"));
     f.findChild<CampoNumero *>("DESCONTOM")->setText("10,01");
+    f.findChild<CampoNumero *>("DESCONTOS")->setText("5");
+    f.findChild<CampoNumero *>("SEGURO")->setText("3,50");
     auto *cond = f.findChild<QComboBox *>("CbCondPagto");
     cond->setCurrentIndex(cond->findData("P"));
     auto *parcelas = f.findChild<QComboBox *>("CbParcelas");
@@ -229,7 +231,9 @@ TEST_F(TVendasTest, ATermSaleInThreeShowsTheSameFiguresWhenOpenedAgain)
     const auto fat = db::escalar(t, "Select Valor From TbComFat Where Fk = :ID", {{"ID", id}}).value<db::Decimal>();
     EXPECT_EQ(db::escalar(t, "Select Sum(C.Valor) From TbContas C Join TbComFat F On (F.Id = C.Fk) Where C.Fks = 1 and F.Fk = :ID",
                           {{"ID", id}}).value<db::Decimal>(), fat);
-    EXPECT_EQ(db::escalar(t, "Select DescontoM From TbCom Where Id = :ID", {{"ID", id}}).value<db::Decimal>(), db::Decimal("10.01"));
+    EXPECT_EQ(db::escalar(t, "Select DescontoM || '|' || DescontoS || '|' || Seguro || '|' || Iif(TotalM = SubtotalM + Ipi + Seguro, 'S', 'N') "
+                             "From TbCom Where Id = :ID", {{"ID", id}}).toString(), "10.01|5.00|3.50|S");
+    EXPECT_EQ(f.gradeLinhas()->model()->index(2, 4).data().toString(), "5,00");  // the service takes the services' discount
     // The instalments on the screen are the saved ones, and they add up to the billing too.
     ASSERT_EQ(f.gradeParcelas()->model()->rowCount(), 3);
     db::Decimal soma("0");
