@@ -29,18 +29,18 @@ const QList<ModoOperacao> &modosOperacao()
     // and finish their work; contracts and projects may be stopped instead of delivered.
     static const QList<ModoOperacao> l = {
         {"Ven", 1, "Comercial - Vendas", "Total da Venda", "Vendas", kLista4.split(';'), "TbParVendas", "Nova Venda", "Esta venda",
-         "Incluir", false, ordens({{"DATA VENDA", "C.Data Desc"}})},
+         "Incluir", false, ordens({{"DATA VENDA", "C.Data Desc"}}), "TVendas"},
         {"Ser", 2, "Comercial - Ordens de Serviço", "Total da OS", "Servicos", kLista2.split(';'), "TbParServicos", "Novo Serviço",
          "Este serviço", "Incluir", true,
-         ordens({{"PLACA", "C.Placa, C.Emissao Desc"}, {"TÉCNICO", "C.Emissao Desc, Fu2.Nome"}})},
+         ordens({{"PLACA", "C.Placa, C.Emissao Desc"}, {"TÉCNICO", "C.Emissao Desc, Fu2.Nome"}}), "TServicos"},
         {"Con", 3, "Comercial - Contratos", "Total do Contrato", "Contratos", kLista3.split(';'), "TbParContratos", "Novo Contrato",
-         "Este contrato", "Incluir", false, ordens({})},
+         "Este contrato", "Incluir", false, ordens({}), "TContratos"},
         {"Com", 4, "Comercial - Compras", "Total da Compra", "Compras", kLista4.split(';'), "TbParCompras", "Nova Compra", "Esta compra",
-         "Incluir Compras", false, ordens({{"DATA COMPRA", "C.Data Desc"}, {"FORNECEDOR", "Ca1.Nome, C.Emissao Desc"}})},
+         "Incluir Compras", false, ordens({{"DATA COMPRA", "C.Data Desc"}, {"FORNECEDOR", "Ca1.Nome, C.Emissao Desc"}}), "TCompras"},
         {"Loc", 5, "Comercial - Locações", "", "Locacoes", kLista4.split(';'), "TbParVendas", "Nova Locação", "Esta locação", "Incluir",
          false, ordens({})},
         {"Pro", 6, "Comercial - Projetos", "Total do Projeto", "Projetos", kLista3.split(';'), "TbParServicos", "Novo Projeto",
-         "Este projeto", "Incluir", false, ordens({{"CATEGORIA", "C.Emissao Desc"}})},
+         "Este projeto", "Incluir", false, ordens({{"CATEGORIA", "C.Emissao Desc"}}), "TProjetos"},
     };
     return l;
 }
@@ -82,13 +82,15 @@ QString sqlConsultaOperacoes(const ModoOperacao &m, const QString &ordem)
                "(Select Sum(Ct.Valor) From TbContas Ct Join TbComFat F On (F.Id = Ct.Fk) Where F.Fk = C.Id and Ct.Fks = C.Op "
                "and Ct.NaoQuitado > 0) Z_APagar "
                "From TbCom C "
-               "Join TbComFat Cf On (Cf.Fk = C.Id) "
+               // The billing joined as an inner join would be, but after the header: the list then walks the
+               // header's index newest first and stops at the page instead of sorting every document.
+               "Left Join TbComFat Cf On (Cf.Fk = C.Id) "
                "Left Join TbComSt St On (St.Id = (Select Max(S.Id) From TbComSt S Where S.Fk = C.Id)) "
                "Left Join TbCad Ca1 On (Ca1.Id = C.IdCad) Left Join TbCidades Ci On (Ci.Id = Ca1.IdCidade) "
                "Left Join TbCad Rep On (Rep.Id = C.IdRepresentante) Left Join TbCad Fu1 On (Fu1.Id = C.IdAtendente) "
                "Left Join TbCad Fu2 On (Fu2.Id = C.IdTecnico) Left Join TbCad Emp On (Emp.Id = C.IdEmpresa) "
                "Left Join TbAcond Ac On (Ac.Id = C.IdAcond) "
-               "Where C.Op = %1 Order By %2")
+               "Where C.Op = %1 and Cf.Id Is Not Null Order By %2")
         .arg(m.op)
         .arg(orderBy);
 }

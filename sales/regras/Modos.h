@@ -25,6 +25,7 @@ struct ModoOperacao {
     QString incluir = QStringLiteral("Incluir");  // the right of Incluir ("Incluir Compras")
     bool previsaoEntrega = false;  // the save asks for the delivery forecast
     QList<QPair<QString, QString>> ordens;  // search orders: caption, Order By
+    QString classe;         // the form class the menus open it by ("TVendas"); empty when no menu names it
 };
 
 const QList<ModoOperacao> &modosOperacao();

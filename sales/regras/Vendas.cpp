@@ -165,12 +165,24 @@ Documento lerDocumento(db::Transacao &t, int id)
         throw Recusa("Esta operação não existe mais!");
     d.id = id;
     d.op = d.cabecalho["OP"].toInt();
-    db::Consulta q(t, "Select * From TbComItens Where Fk = :ID Order By Tipo, Descricao, Id");
+    // Z_CODIGO: the item's code, or the one kept on a free line, as the grid shows it.
+    db::Consulta q(t, "Select I.*, Coalesce(It.Codigo, I.CodItem) Z_CODIGO From TbComItens I Left Join TbItens It On (It.Id = I.IdItem) "
+                      "Where I.Fk = :ID Order By I.Tipo, I.Descricao, I.Id");
     q.bind("ID", id);
     q.executar();
     while (q.proxima())
         d.linhas.append(lerLinha(q));
     d.faturamento = primeiraLinha(t, "Select First 1 * From TbComFat Where Fk = :ID Order By Data, Id", {{"ID", id}});
+    // The serials typed on each line, kept on its billing line.
+    QHash<int, QStringList> seriais;
+    db::Consulta s(t, "Select Fi.IdItem, S.Serial From TbComFatItensSeriais S Join TbComFatItens Fi On (Fi.Id = S.Fk) "
+                      "Join TbComFat F On (F.Id = Fi.Fk) Where F.Fk = :ID Order By S.Id");
+    s.bind("ID", id);
+    s.executar();
+    while (s.proxima())
+        seriais[s[0].toInt()] << s[1].toString();
+    for (Valores &l : d.linhas)
+        if (seriais.contains(l["ID"].toInt())) l["Z_SERIAIS"] = seriais.value(l["ID"].toInt());
     return d;
 }
 

@@ -7,8 +7,10 @@ namespace orb {
 
 void registrarVendas()
 {
-    registrarFormulario("TVendas", [](QWidget *p) { return new TVendas("Ven", p); });
-    registrarFormulario("TCompras", [](QWidget *p) { return new TVendas("Com", p); });
+    // One form for every kind a menu names; the rentals of the operation model have no menu item.
+    for (const ModoOperacao &m : modosOperacao())
+        if (!m.classe.isEmpty())
+            registrarFormulario(m.classe, [codigo = m.codigo](QWidget *p) { return new TVendas(codigo, p); });
 }
 
 } // namespace orb

@@ -12,11 +12,16 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QStandardItemModel>
 #include <QTableView>
 #include <QScopedValueRollback>
+#include <QScrollArea>
+#include <QSplitter>
 #include <QVBoxLayout>
+
+#include <tuple>
 
 namespace orb {
 
@@ -24,7 +29,15 @@ namespace {
 
 using C = CampoForm;
 
-QString classeDo(const ModoOperacao &m) { return m.op == 4 ? QStringLiteral("TCompras") : QStringLiteral("TVendas"); }
+// The billing page: the discount, the terms and the instalments side by side, so that it needs no scrolling.
+const QString kDesconto = QStringLiteral("Faturamento|Descontos e seguro");
+const QString kCondicoes = QStringLiteral("Faturamento|Condições");
+const QString kVencimentos = QStringLiteral("Faturamento|Vencimentos");
+const QString kParcelas = QStringLiteral("Faturamento|Parcelas");
+const QString kServico = QStringLiteral("Serviço|Responsáveis");
+const QString kEquipamento = QStringLiteral("Serviço|Equipamento / veículo");
+
+QString classeDo(const ModoOperacao &m) { return m.classe.isEmpty() ? QStringLiteral("TVendas") : m.classe; }
 
 void escolher(QComboBox *cb, const QVariant &v) { cb->setCurrentIndex(std::max(0, cb->findData(v))); }
 
@@ -37,37 +50,96 @@ QString dinheiro(const Valores &v, const QString &c) { return decimal(v, c).text
 TVendas::TVendas(const QString &modo, QWidget *parent)
     : FormCadastro(classeDo(modoOperacao(modo)), modoOperacao(modo).titulo, "TrVendas", parent), modo_(modoOperacao(modo))
 {
+    // The header in two rows of fields side by side: the billing and the lines keep the height.
+    auto linha = [this](const QString &rotulo, const QList<std::tuple<QString, QString, QWidget *, int>> &campos) {
+        auto *w = new QWidget(this);
+        auto *h = new QHBoxLayout(w);
+        h->setContentsMargins(0, 0, 0, 0);
+        for (const auto &[nome, legenda, campo, esticar] : campos) {
+            if (campo != std::get<2>(campos.first())) h->addWidget(new QLabel(legenda, w));
+            h->addWidget(campo, esticar);
+            registrarCampo(nome, campo);
+        }
+        adicionarLinha(rotulo, w);
+    };
     edData_ = new CampoData(CampoData::Data, this);
-    adicionarCampo("DATA", "Data", edData_);
+    edData_->setMaximumWidth(120);
     cbCliente_ = new ComboConsulta(modo_.op == 4 ? "Select Id, Nome From TbCad Where Fo = 'S' Order By Nome"
                                                  : "Select Id, Nome From TbCad Where Cl = 'S' Order By Nome", {}, this);
-    adicionarCampo("IDCAD", modo_.op == 4 ? "Fornecedor" : "Cliente", cbCliente_);
     cbAtendente_ = new ComboConsulta("Select Id, Nome From TbCad Where Fu = 'S' Order By Nome", {}, this);
-    adicionarCampo("IDATENDENTE", modo_.op == 4 ? "Comprador" : "Atendente", cbAtendente_);
     cbEmpresa_ = new ComboConsulta("Select Id, Apelido From TbCad Where Em = 'S' Order By Apelido", {}, this);
-    adicionarCampo("IDEMPRESA", "Empresa", cbEmpresa_);
+    linha("Data", {{"DATA", "Data", edData_, 0}, {"IDCAD", modo_.op == 4 ? "Fornecedor" : "Cliente", cbCliente_, 1}});
+    QList<std::tuple<QString, QString, QWidget *, int>> segunda = {
+        {"IDATENDENTE", modo_.op == 4 ? "Comprador" : "Atendente", cbAtendente_, 1}, {"IDEMPRESA", "Empresa", cbEmpresa_, 1}};
+    if (modo_.previsaoEntrega) {
+        edPrevEntrega_ = new CampoData(CampoData::Data, this);
+        edPrevEntrega_->setMaximumWidth(120);
+        segunda.append({"DATAPREVENTREGA", "Previsão de entrega", edPrevEntrega_, 0});
+    }
+    linha(modo_.op == 4 ? "Comprador" : "Atendente", segunda);
+    // Names the tests and the refusals find them by, after the fields took their columns' names.
     cbCliente_->setObjectName("CbCliente");
     cbAtendente_->setObjectName("CbAtendente");
     cbEmpresa_->setObjectName("CbEmpresa");
+    if (edPrevEntrega_) edPrevEntrega_->setObjectName("EdPrevEntrega");
+    if (modo_.op == 2) {
+        // The service order: who works on it, the equipment or vehicle left and what holds it.
+        cbTecnico_ = new ComboConsulta("Select Id, Nome From TbCad Where Fu = 'S' Order By Nome", {}, this);
+        adicionarCampo("IDTECNICO", "Técnico", cbTecnico_, kServico);
+        cbTecnico_->setObjectName("CbTecnico");  // after the field took its column's name
+        cbAcond_ = new ComboConsulta("Select Id, Nome From TbAcond Order By Nome", {}, this);
+        adicionarCampo("IDACOND", "Acondicionamento", cbAcond_, kServico);
+        cbAcond_->setObjectName("CbAcond");  // after the field took its column's name
+        const struct { const char *coluna, *rotulo; int tamanho; } textos[] = {
+            {"PLACA", "Placa", 7}, {"TIPOMARCA", "Tipo / marca", 100}, {"MODELO", "Modelo", 100}, {"NUMSERIE", "Nº de série", 100}};
+        for (const auto &x : textos) {
+            auto *e = new QLineEdit(this);
+            e->setMaxLength(x.tamanho);
+            textosServico_.append({x.coluna, e});
+            adicionarCampo(x.coluna, x.rotulo, e, kEquipamento);
+        }
+        edKilom_ = new CampoNumero(C{"KILOM", "Quilometragem", C::Inteiro}, this);
+        adicionarCampo("KILOM", "Quilometragem", edKilom_, kEquipamento);
+    }
     cbTipoDesconto_ = new QComboBox(this);
     cbTipoDesconto_->addItem("ITEM", "I");
     cbTipoDesconto_->addItem("SUBTOTAL", "S");
-    adicionarCampo("TIPODESCONTO", "Desconto", cbTipoDesconto_, "Faturamento");
+    adicionarCampo("TIPODESCONTO", "Tipo", cbTipoDesconto_, kDesconto);
     edDescontoM_ = new CampoNumero(C{"DESCONTOM", "Desconto (R$)", C::Decimal}, this);
-    adicionarCampo("DESCONTOM", "Desconto no subtotal", edDescontoM_, "Faturamento");
+    adicionarCampo("DESCONTOM", "Mercadorias (R$)", edDescontoM_, kDesconto);
+    edDescontoS_ = new CampoNumero(C{"DESCONTOS", "Desconto nos serviços (R$)", C::Decimal}, this);
+    adicionarCampo("DESCONTOS", "Serviços (R$)", edDescontoS_, kDesconto);
+    edSeguro_ = new CampoNumero(C{"SEGURO", "Seguro (R$)", C::Decimal}, this);
+    adicionarCampo("SEGURO", "Seguro (R$)", edSeguro_, kDesconto);
     edDataFat_ = new CampoData(CampoData::Data, this);
-    adicionarCampo("TBCOMFAT.DATA", "Data do faturamento", edDataFat_, "Faturamento");
+    adicionarCampo("TBCOMFAT.DATA", "Data do faturamento", edDataFat_, kCondicoes);
     cbCondPagto_ = new QComboBox(this);
     cbCondPagto_->addItem("A VISTA", "V");
     cbCondPagto_->addItem("A PRAZO", "P");
-    adicionarCampo("TBCOMFAT.CONDPAGTO", "Condição", cbCondPagto_, "Faturamento");
+    adicionarCampo("TBCOMFAT.CONDPAGTO", "Condição", cbCondPagto_, kCondicoes);
     cbParcelas_ = new QComboBox(this);
     for (int i = 1; i <= 60; ++i) cbParcelas_->addItem(QString::asprintf("%02d", i), QString::asprintf("%02d", i));
-    adicionarCampo("TBCOMFAT.PARCELAS", "Parcelas", cbParcelas_, "Faturamento");
+    adicionarCampo("TBCOMFAT.PARCELAS", "Parcelas", cbParcelas_, kCondicoes);
     edPrimVenc_ = new CampoNumero(C{"PRIMVENC", "1° Vencimento", C::Inteiro}, this);
-    adicionarCampo("TBCOMFAT.PRIMVENC", "1° Vencimento (dias)", edPrimVenc_, "Faturamento");
+    adicionarCampo("TBCOMFAT.PRIMVENC", "1° Vencimento (dias)", edPrimVenc_, kVencimentos);
     edIntVenc_ = new CampoNumero(C{"INTVENC", "Interv. Venc.", C::Inteiro}, this);
-    adicionarCampo("TBCOMFAT.INTVENC", "Interv. Venc.", edIntVenc_, "Faturamento");
+    adicionarCampo("TBCOMFAT.INTVENC", "Interv. Venc.", edIntVenc_, kVencimentos);
+
+    parcelas_ = new QStandardItemModel(0, 3, this);
+    parcelas_->setHorizontalHeaderLabels({"Parcela", "Vencimento", "Valor"});
+    gradeParcelas_ = new QTableView(this);
+    gradeParcelas_->setObjectName("GradeParcelas");
+    gradeParcelas_->setModel(parcelas_);
+    prepararGrade(gradeParcelas_);
+    gradeParcelas_->setMinimumWidth(270);
+    gradeParcelas_->setMaximumHeight(128);  // three instalments in view; more scroll inside the grid
+    adicionarLinha({}, gradeParcelas_, kParcelas);
+
+    // Short fields for short values: the four groups share the edit area's width.
+    for (QWidget *w : std::initializer_list<QWidget *>{cbTipoDesconto_, edDescontoM_, edDescontoS_, edSeguro_, edDataFat_, cbCondPagto_, cbParcelas_, edPrimVenc_, edIntVenc_})
+        w->setFixedWidth(w == cbParcelas_ ? 60 : w == edPrimVenc_ || w == edIntVenc_ ? 80 : 105);
+    gradeParcelas_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    gradeParcelas_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
 
     cbCondPagto_->setObjectName("CbCondPagto");
     edDataFat_->setObjectName("EdDataFat");
@@ -89,6 +161,12 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     btIncluir->setObjectName("BtIncluirLinha");
     auto *btExcluir = new QPushButton("Excluir item", this);
     btExcluir->setObjectName("BtExcluirLinha");
+    edSerial_ = new QLineEdit(this);
+    edSerial_->setMaxLength(50);
+    edSerial_->setMaximumWidth(160);
+    edSerial_->setPlaceholderText("Serial");
+    auto *btSerial = new QPushButton("Incluir serial", this);
+    btSerial->setObjectName("BtIncluirSerial");
     entrada->addWidget(new QLabel(modo_.op == 4 ? "Mercadoria" : "Mercadoria / serviço", this));
     entrada->addWidget(cbItem_, 1);
     entrada->addWidget(new QLabel("Qtd", this));
@@ -99,15 +177,18 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     entrada->addWidget(edPercDesc_);
     entrada->addWidget(btIncluir);
     entrada->addWidget(btExcluir);
+    entrada->addWidget(edSerial_);
+    entrada->addWidget(btSerial);
     v->addLayout(entrada);
-    linhas_ = new QStandardItemModel(0, 7, this);
-    linhas_->setHorizontalHeaderLabels({"Código", "Descrição", "Qtd", "Preço unitário", "Desconto", "Subtotal", "Total"});
+    linhas_ = new QStandardItemModel(0, 8, this);
+    linhas_->setHorizontalHeaderLabels({"Código", "Descrição", "Qtd", "Preço unitário", "Desconto", "Subtotal", "Total", "Seriais"});
     gradeLinhas_ = new QTableView(this);
     gradeLinhas_->setModel(linhas_);
     prepararGrade(gradeLinhas_);
     gradeLinhas_->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
     v->addWidget(gradeLinhas_, 1);
     lbTotal_ = new QLabel(this);
+    lbTotal_->setObjectName("LbTotal");
     lbTotal_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     QFont f = lbTotal_->font();
     f.setPointSizeF(f.pointSizeF() * 1.4);
@@ -119,14 +200,30 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     registrarCampo("QTD", edQtd_);
     registrarCampo("PRUNITARIO", edPreco_);
     registrarCampo("PERCDESCONTO", edPercDesc_);
+    registrarCampo("SERIAL", edSerial_);
     adicionarPainel(painel, 3);
+    // A few rows of the browse, the header and billing whole without scrolling, the lines the rest.
+    if (auto *rolagem = qobject_cast<QScrollArea *>(divisor()->widget(1)))
+    {
+        rolagem->setMinimumHeight(rolagem->widget()->sizeHint().height());
+        rolagem->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);  // the fields fit a 1366-wide screen
+    }
+    divisor()->setStretchFactor(0, 0);
+    divisor()->setStretchFactor(1, 0);
+    divisor()->setStretchFactor(2, 1);
+    grade()->setMinimumHeight(100);
+    divisor()->setSizes({100, 0, 400});
     connect(btIncluir, &QPushButton::clicked, this, &TVendas::BtIncluirLinhaClick);
     connect(btExcluir, &QPushButton::clicked, this, &TVendas::BtExcluirLinhaClick);
+    connect(btSerial, &QPushButton::clicked, this, &TVendas::BtIncluirSerialClick);
+    connect(edSerial_, &QLineEdit::returnPressed, this, &TVendas::BtIncluirSerialClick);
     connect(cbCondPagto_, &QComboBox::currentIndexChanged, this, &TVendas::CbParcelasChange);
     connect(cbParcelas_, &QComboBox::currentIndexChanged, this, &TVendas::CbParcelasChange);
     connect(edDataFat_, &QLineEdit::editingFinished, this, &TVendas::EditDataFatExit);
     connect(edPrimVenc_, &QLineEdit::editingFinished, this, &TVendas::EditPrazoExit);
     criarBotoesPassos();
+    for (auto *e : {edDescontoM_, edDescontoS_, edSeguro_}) connect(e, &QLineEdit::editingFinished, this, &TVendas::EditDescontoExit);
+    connect(cbTipoDesconto_, &QComboBox::currentIndexChanged, this, &TVendas::EditDescontoExit);
     // The browse last: showing its first record fills the fields made above.
     QString base = sqlConsultaOperacoes(modo_, {});
     base = base.left(base.lastIndexOf(" Order By "));
@@ -166,12 +263,30 @@ void TVendas::limpar()
     doc_ = estado() == Estado::Incluindo ? incluirDocumento(transacao(), modo_, quem(), QDateTime::currentDateTime()) : Documento{};
     doc_.op = modo_.op;
     mostrarDocumento();
+    parcelas_->removeRows(0, parcelas_->rowCount());
 }
 
 void TVendas::carregar(db::Transacao &t, int id)
 {
     doc_ = lerDocumento(t, id);
     mostrarDocumento();
+    mostrarParcelas(t);
+}
+
+void TVendas::mostrarParcelas(db::Transacao &t)
+{
+    parcelas_->removeRows(0, parcelas_->rowCount());
+    const auto it = doc_.faturamento.find("ID");
+    if (it == doc_.faturamento.end() || it->second.toInt() == 0) return;
+    db::Consulta q(t, "Select Parcela, Vencimento, Valor From TbContas Where Fk = :FAT and Fks = :OP Order By Vencimento, Id");
+    q.bind("FAT", it->second);
+    q.bind("OP", modo_.op);
+    q.executar();
+    while (q.proxima()) {
+        auto *valor = new QStandardItem(q[2].value<db::Decimal>().textoBR(2));
+        valor->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        parcelas_->appendRow({new QStandardItem(q[0].toString()), new QStandardItem(q[1].toDate().toString("dd/MM/yyyy")), valor});
+    }
 }
 
 void TVendas::lerCampos()
@@ -184,6 +299,22 @@ void TVendas::lerCampos()
     h["IDEMPRESA"] = escolhido(cbEmpresa_);
     h["TIPODESCONTO"] = cbTipoDesconto_->currentData();
     h["DESCONTOM"] = edDescontoM_->valor();
+    // Left empty, they are none: the totals add them up.
+    for (const auto &[coluna, campo] : {std::pair{"DESCONTOS", edDescontoS_}, std::pair{"SEGURO", edSeguro_}})
+        h[coluna] = campo->valor().isNull() ? QVariant::fromValue(db::Decimal("0")) : campo->valor();
+    if (edPrevEntrega_) {
+        const QVariant prev = edPrevEntrega_->valor("DATAPREVENTREGA");
+        h["DATAPREVENTREGA"] = prev.isNull() ? QVariant() : QVariant(QDateTime(prev.toDate(), QTime(0, 0)));
+    }
+    if (cbTecnico_) {
+        h["IDTECNICO"] = escolhido(cbTecnico_);
+        h["IDACOND"] = escolhido(cbAcond_);
+        // The packaging's name is kept too: a packaging in use is found by it.
+        h["ACOND"] = cbAcond_->currentIndex() >= 0 && !escolhido(cbAcond_).isNull() ? QVariant(cbAcond_->currentText()) : QVariant();
+        for (const auto &[coluna, e] : textosServico_)
+            h[coluna] = e->text().trimmed().isEmpty() ? QVariant() : QVariant(e->text().trimmed().toUpper());
+        h["KILOM"] = edKilom_->valor();
+    }
     Valores &f = doc_.faturamento;
     f["DATA"] = edDataFat_->valor("TBCOMFAT.DATA");
     f["CONDPAGTO"] = cbCondPagto_->currentData();
@@ -203,11 +334,18 @@ void TVendas::mostrarDocumento()
     escolher(cbEmpresa_, valor(h, "IDEMPRESA"));
     escolher(cbTipoDesconto_, valor(h, "TIPODESCONTO").isNull() ? QVariant("I") : valor(h, "TIPODESCONTO"));
     edDescontoM_->definir(valor(h, "DESCONTOM"));
-    edDataFat_->definir(valor(f, "DATA"));
-    escolher(cbCondPagto_, valor(f, "CONDPAGTO").isNull() ? QVariant("V") : valor(f, "CONDPAGTO"));
-    escolher(cbParcelas_, valor(f, "PARCELAS").toString().trimmed().isEmpty() ? QVariant("01") : QVariant(valor(f, "PARCELAS").toString().trimmed()));
-    edPrimVenc_->definir(valor(f, "PRIMVENC"));
-    edIntVenc_->definir(valor(f, "INTVENC"));
+    edDescontoS_->definir(valor(h, "DESCONTOS"));
+    edSeguro_->definir(valor(h, "SEGURO"));
+    if (edPrevEntrega_) edPrevEntrega_->definir(valor(h, "DATAPREVENTREGA").toDateTime().date());
+    if (cbTecnico_) {
+        escolher(cbTecnico_, valor(h, "IDTECNICO"));
+        escolher(cbAcond_, valor(h, "IDACOND"));
+        if (valor(h, "IDTECNICO").isNull()) cbTecnico_->setCurrentIndex(-1);
+        if (valor(h, "IDACOND").isNull()) cbAcond_->setCurrentIndex(-1);
+        for (const auto &[coluna, e] : textosServico_) e->setText(valor(h, coluna.toUtf8().constData()).toString());
+        edKilom_->definir(valor(h, "KILOM"));
+    }
+    mostrarCondicoes();
     linhas_->removeRows(0, linhas_->rowCount());
     for (const Valores &l : doc_.linhas) {
         auto celula = [](const QString &s, bool numero) {
@@ -219,9 +357,34 @@ void TVendas::mostrarDocumento()
         linhas_->appendRow({celula(cod == l.end() ? QString() : cod->second.toString(), false),
                             celula(valor(l, "DESCRICAO").toString(), false), celula(decimal(l, "QTD").textoBR(4), true),
                             celula(decimal(l, "PRUNITARIO").textoBR(4), true), celula(dinheiro(l, "DESCONTO"), true),
-                            celula(dinheiro(l, "SUBTOTAL"), true), celula(dinheiro(l, "TOTAL"), true)});
+                            celula(dinheiro(l, "SUBTOTAL"), true), celula(dinheiro(l, "TOTAL"), true),
+                            celula(valor(l, "Z_SERIAIS").toStringList().join(", "), false)});
     }
     lbTotal_->setText((modo_.rotuloTotal.isEmpty() ? QStringLiteral("Total") : modo_.rotuloTotal) + ": R$ " + dinheiro(h, "TOTAL"));
+}
+
+void TVendas::mostrarCondicoes()
+{
+    const QScopedValueRollback<bool> ocupado(mostrando_, true);
+    const Valores &f = doc_.faturamento;
+    auto valor = [&f](const char *c) { const auto it = f.find(c); return it == f.end() ? QVariant() : it->second; };
+    edDataFat_->definir(valor("DATA"));
+    escolher(cbCondPagto_, valor("CONDPAGTO").isNull() ? QVariant("V") : valor("CONDPAGTO"));
+    escolher(cbParcelas_, valor("PARCELAS").toString().trimmed().isEmpty() ? QVariant("01") : QVariant(valor("PARCELAS").toString().trimmed()));
+    edPrimVenc_->definir(valor("PRIMVENC"));
+    edIntVenc_->definir(valor("INTVENC"));
+}
+
+void TVendas::EditDescontoExit()
+{
+    if (mostrando_ || estado() == Estado::Navegando) return;
+    Tabs->Deb("procedure " + classeDo(modo_) + ".EditDescontoExit(Sender: TObject)");
+    try {
+        recalcularTela();
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+        if (QWidget *w = campo(r.campo)) w->setFocus();
+    }
 }
 
 void TVendas::recalcularTela()
@@ -279,6 +442,28 @@ void TVendas::BtExcluirLinhaClick()
     recalcularTela();
 }
 
+void TVendas::BtIncluirSerialClick()
+{
+    Tabs->Deb("procedure " + classeDo(modo_) + ".BtIncluirSerialClick(Sender: TObject)");
+    const int i = gradeLinhas_->currentIndex().row();
+    const QString serial = edSerial_->text().trimmed();
+    if (estado() == Estado::Navegando || i < 0 || i >= doc_.linhas.size() || serial.isEmpty()) return;
+    try {
+        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+        Valores &l = doc_.linhas[i];
+        conferirSerial(t, l, modo_.op);
+        QStringList seriais = l.count("Z_SERIAIS") ? l.at("Z_SERIAIS").toStringList() : QStringList();
+        seriais << serial;
+        l["Z_SERIAIS"] = seriais;
+        mostrarDocumento();
+        gradeLinhas_->selectRow(i);
+        edSerial_->clear();
+    } catch (const Recusa &r) {
+        Atencao(r.texto);
+        edSerial_->setFocus();
+    }
+}
+
 void TVendas::CbParcelasChange()
 {
     if (mostrando_ || estado() == Estado::Navegando) return;
@@ -290,7 +475,7 @@ void TVendas::CbParcelasChange()
     } catch (const Recusa &r) {
         Atencao(r.texto);
     }
-    mostrarDocumento();  // what the condition left, or the terms as they were after a refusal
+    mostrarCondicoes();  // what the condition left, or the terms as they were after a refusal; the rest stays as typed
 }
 
 void TVendas::EditDataFatExit()
@@ -306,7 +491,7 @@ void TVendas::EditDataFatExit()
     } catch (const Recusa &r) {
         Atencao(r.texto);
     }
-    mostrarDocumento();
+    mostrarCondicoes();
 }
 
 void TVendas::EditPrazoExit()
@@ -320,7 +505,7 @@ void TVendas::EditPrazoExit()
     } catch (const Recusa &r) {
         Atencao(r.texto);
     }
-    mostrarDocumento();
+    mostrarCondicoes();
 }
 
 int TVendas::gravar(db::Transacao &t, int)
@@ -330,6 +515,7 @@ int TVendas::gravar(db::Transacao &t, int)
     Documento d = doc_;
     const int id = salvarDocumento(t, d, quem(), QDateTime::currentDateTime());
     doc_ = d;
+    mostrarParcelas(t);
     return id;
 }
 

@@ -7,6 +7,7 @@
 
 class QComboBox;
 class QLabel;
+class QLineEdit;
 class QStandardItemModel;
 class QTableView;
 
@@ -25,6 +26,8 @@ public:
     // Line entry, public so that tests drive it as the buttons do.
     void BtIncluirLinhaClick();
     void BtExcluirLinhaClick();
+    // The serial typed, for the line marked in the grid.
+    void BtIncluirSerialClick();
     // The payment condition or the number of instalments changed.
     void CbParcelasChange();
     // The billing date or the days to the first due date typed.
@@ -33,9 +36,12 @@ public:
     // Approval and its cancellation; delivery, its cancellation and reactivation (TVendasPassos.cpp).
     void BtAprovarClick();
     void BtEntregarClick();
+    // The discount or its kind changed: the totals again.
+    void EditDescontoExit();
     ComboConsulta *comboItem() const { return cbItem_; }
     CampoNumero *campoQtd() const { return edQtd_; }
     QTableView *gradeLinhas() const { return gradeLinhas_; }
+    QTableView *gradeParcelas() const { return gradeParcelas_; }
 
 protected:
     void limpar() override;
@@ -52,16 +58,24 @@ private:
     void lerCampos();
     void mostrarDocumento();
     void recalcularTela();
+    void mostrarParcelas(db::Transacao &t);
+    void mostrarCondicoes();  // the billing terms only  // the saved billing's instalments
 
     const ModoOperacao &modo_;
     Documento doc_;
     CampoData *edData_ = nullptr, *edDataFat_ = nullptr;
     ComboConsulta *cbCliente_ = nullptr, *cbAtendente_ = nullptr, *cbEmpresa_ = nullptr, *cbItem_ = nullptr;
     QComboBox *cbTipoDesconto_ = nullptr, *cbCondPagto_ = nullptr, *cbParcelas_ = nullptr;
-    CampoNumero *edDescontoM_ = nullptr, *edPrimVenc_ = nullptr, *edIntVenc_ = nullptr;
+    CampoNumero *edDescontoM_ = nullptr, *edDescontoS_ = nullptr, *edSeguro_ = nullptr, *edPrimVenc_ = nullptr, *edIntVenc_ = nullptr;
     CampoNumero *edQtd_ = nullptr, *edPreco_ = nullptr, *edPercDesc_ = nullptr;
-    QStandardItemModel *linhas_ = nullptr;
-    QTableView *gradeLinhas_ = nullptr;
+    QLineEdit *edSerial_ = nullptr;
+    QStandardItemModel *linhas_ = nullptr, *parcelas_ = nullptr;
+    QTableView *gradeLinhas_ = nullptr, *gradeParcelas_ = nullptr;
+    // Fields of some modes only: null where the mode has none.
+    CampoData *edPrevEntrega_ = nullptr;
+    ComboConsulta *cbTecnico_ = nullptr, *cbAcond_ = nullptr;
+    CampoNumero *edKilom_ = nullptr;
+    QList<QPair<QString, QLineEdit *>> textosServico_;
     QLabel *lbTotal_ = nullptr;
     bool mostrando_ = false;  // fields being filled from the document: their signals are not the user's
 };

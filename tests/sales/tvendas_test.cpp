@@ -1,15 +1,24 @@
 // The operation form driven like a user: Incluir, the header, two lines, Salvar, the grid.
 
 #include "Cenario.h"
+#include "FormsVendas.h"
 #include "TVendas.h"
+#include "principal/Menus.h"
 #include "apoio/TabsTeste.h"
 #include "ui/ComboConsulta.h"
 #include "ui/Campos.h"
 
 #include <QComboBox>
+#include <QLabel>
+#include <QTabWidget>
+#include <QCoreApplication>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QLineEdit>
 #include <QStandardItemModel>
 #include <QTableView>
 #include <gtest/gtest.h>
+#include <memory>
 
 using namespace orb;
 
@@ -80,6 +89,242 @@ TEST_F(TVendasTest, ASaleTypedAndSavedShowsInTheBrowse)
     EXPECT_GE(f.modelo()->linhaDoId(id), 0);
     EXPECT_EQ(db::escalar(t, "Select Count(*) From TbContas C Join TbComFat F On (F.Id = C.Fk) Where C.Fks = 1 and F.Fk = :ID",
                           {{"ID", id}}).toInt(), 3);
+}
+
+// Every kind a menu names opens the one form in its own mode: caption of the party, total label and the
+// fields only that kind has.
+TEST_F(TVendasTest, EveryMenuKindOpensTheFormInItsMode)
+{
+    registrarVendas();
+    struct { const char *classe, *total, *parte; bool servico, previsao; } casos[] = {
+        {"TVendas", "Total da Venda", "Cliente", false, false},    {"TServicos", "Total da OS", "Cliente", true, true},
+        {"TContratos", "Total do Contrato", "Cliente", false, false}, {"TCompras", "Total da Compra", "Fornecedor", false, false},
+        {"TProjetos", "Total do Projeto", "Cliente", false, false},
+    };
+    for (const auto &c : casos) {
+        SCOPED_TRACE(c.classe);
+        std::unique_ptr<QWidget> w(criarFormulario(c.classe, nullptr));
+        auto *f = qobject_cast<TVendas *>(w.get());
+        ASSERT_NE(f, nullptr);
+        f->show();
+        EXPECT_TRUE(f->findChild<QLabel *>("LbTotal")->text().startsWith(QString(c.total) + ": R$ "));
+        bool rotulo = false;
+        for (auto *l : f->findChildren<QLabel *>()) rotulo |= l->text() == c.parte;
+        EXPECT_TRUE(rotulo);
+        EXPECT_EQ(f->findChild<ComboConsulta *>("CbTecnico") != nullptr, c.servico);
+        EXPECT_EQ(f->findChild<ComboConsulta *>("CbAcond") != nullptr, c.servico);
+    }
+    EXPECT_FALSE(formularioExiste("TLocacoes"));
+    EXPECT_TRUE(msg.avisos.isEmpty()) << msg.avisos.join(" | ").toStdString();
+}
+
+// A service order through its fields: technician, packaging, forecast and the equipment saved; a second
+// order may not take the packaging the first still holds.
+TEST_F(TVendasTest, AServiceOrderKeepsItsPackagingUntilDelivered)
+{
+    int cliente, atendente, empresa, servico, pasta, tecnico;
+    {
+        db::Transacao t(tabs.DbORB());
+        teste::CenarioVendas c(t);
+        cliente = c.cliente;
+        atendente = c.atendente;
+        tecnico = c.atendente;
+        empresa = c.empresa;
+        servico = c.itens["SERV"];
+        pasta = db::escalar(t, "Insert Into TbAcond (Codigo, Nome) Values (1, 'PASTA 01') Returning Id").toInt();
+        t.commit();
+    }
+    TVendas f("Ser");
+    f.definirMenu("&Comercial", "TServicos");
+    f.show();
+    auto novaOrdem = [&](const QString &placa) {
+        f.BtIncluirClick();
+        EXPECT_EQ(f.estado(), FormCadastro::Estado::Incluindo) << msg.avisos.join(" | ").toStdString();
+        escolher(f.findChild<ComboConsulta *>("CbCliente"), cliente);
+        escolher(f.findChild<ComboConsulta *>("CbAtendente"), atendente);
+        escolher(f.findChild<ComboConsulta *>("CbEmpresa"), empresa);
+        escolher(f.findChild<ComboConsulta *>("CbTecnico"), tecnico);
+        escolher(f.comboItem(), servico);
+        f.campoQtd()->setText("1");
+        f.BtIncluirLinhaClick();
+        for (auto *e : f.findChildren<QLineEdit *>())
+            if (e->maxLength() == 7) e->setText(placa);
+    };
+    novaOrdem("abc1d23");
+    f.BtSalvarClick();
+    EXPECT_EQ(msg.avisos.value(0), "Digite a data de Previsão de Entrega primeiro!");
+    f.findChild<CampoData *>("EdPrevEntrega")->setText("20/12/2026");
+    f.BtSalvarClick();
+    EXPECT_EQ(msg.avisos.value(1), "Defina o Acondicionamento (Pasta, Mochila, Caixa) primeiro!");
+    escolher(f.findChild<ComboConsulta *>("CbAcond"), pasta);
+    f.BtSalvarClick();
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
+    int primeira;
+    {
+        db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+        primeira = db::escalar(t, "Select Max(Id) From TbCom").toInt();
+        EXPECT_EQ(db::escalar(t, "Select Op || '|' || IdTecnico || '|' || Acond || '|' || Placa || '|' || Cast(DataPrevEntrega As Date) "
+                                 "From TbCom Where Id = :ID", {{"ID", primeira}}).toString(),
+                  QString("2|%1|PASTA 01|ABC1D23|2026-12-20").arg(tecnico));
+    }
+    msg.avisos.clear();
+    novaOrdem("XYZ9A87");
+    f.findChild<CampoData *>("EdPrevEntrega")->setText("21/12/2026");
+    escolher(f.findChild<ComboConsulta *>("CbAcond"), pasta);
+    f.BtSalvarClick();
+    EXPECT_EQ(msg.avisos.value(0), "Esse Acondicionamento está sendo utilizado na Ordem de Serviço " + QString::asprintf("%06d", primeira));
+    EXPECT_NE(f.estado(), FormCadastro::Estado::Navegando);
+}
+
+QStringList textos(const QAbstractItemModel *m)
+{
+    QStringList r;
+    for (int i = 0; i < m->rowCount(); ++i)
+        for (int j = 0; j < m->columnCount(); ++j) r << m->index(i, j).data().toString();
+    return r;
+}
+
+// Through the widgets: three lines, a discount on the subtotal, "A PRAZO" in three, saved; the instalments
+// add up to the billing, and the sale opened again shows the same lines, total and instalments.
+TEST_F(TVendasTest, ATermSaleInThreeShowsTheSameFiguresWhenOpenedAgain)
+{
+    int cliente, atendente, empresa;
+    QList<int> itens;
+    {
+        db::Transacao t(tabs.DbORB());
+        teste::CenarioVendas c(t);
+        cliente = c.cliente;
+        atendente = c.atendente;
+        empresa = c.empresa;
+        itens = {c.itens["000"], c.itens["010"], c.itens["SERV"]};
+        db::executar(t, "Insert Into TbParVendas (Data, IntVenc, PrimVenc) Values ('2020-01-01', 30, 30)");
+        t.commit();
+    }
+    TVendas f("Ven");
+    f.definirMenu("&Comercial", "TVendas");
+    f.resize(1342, 680);
+    f.show();
+    f.BtIncluirClick();
+    escolher(f.findChild<ComboConsulta *>("CbCliente"), cliente);
+    escolher(f.findChild<ComboConsulta *>("CbAtendente"), atendente);
+    escolher(f.findChild<ComboConsulta *>("CbEmpresa"), empresa);
+    const char *qtds[] = {"3", "2,5", "1"};
+    for (int i = 0; i < 3; ++i) {
+        escolher(f.comboItem(), itens[i]);
+        f.campoQtd()->setText(qtds[i]);
+        f.BtIncluirLinhaClick();
+    }
+    auto *tipo = f.findChild<QComboBox *>("TIPODESCONTO");
+    tipo->setCurrentIndex(tipo->findData("S"));
+    f.findChild<CampoNumero *>("DESCONTOM")->setText("10,01");
+    f.findChild<CampoNumero *>("DESCONTOS")->setText("5");
+    f.findChild<CampoNumero *>("SEGURO")->setText("3,50");
+    auto *cond = f.findChild<QComboBox *>("CbCondPagto");
+    cond->setCurrentIndex(cond->findData("P"));
+    auto *parcelas = f.findChild<QComboBox *>("CbParcelas");
+    parcelas->setCurrentIndex(parcelas->findData("03"));
+    f.BtSalvarClick();
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
+
+    db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+    const int id = db::escalar(t, "Select Max(Id) From TbCom").toInt();
+    const auto fat = db::escalar(t, "Select Valor From TbComFat Where Fk = :ID", {{"ID", id}}).value<db::Decimal>();
+    EXPECT_EQ(db::escalar(t, "Select Sum(C.Valor) From TbContas C Join TbComFat F On (F.Id = C.Fk) Where C.Fks = 1 and F.Fk = :ID",
+                          {{"ID", id}}).value<db::Decimal>(), fat);
+    EXPECT_EQ(db::escalar(t, "Select DescontoM || '|' || DescontoS || '|' || Seguro || '|' || Iif(TotalM = SubtotalM + Ipi + Seguro, 'S', 'N') "
+                             "From TbCom Where Id = :ID", {{"ID", id}}).toString(), "10.01|5.00|3.50|S");
+    EXPECT_EQ(f.gradeLinhas()->model()->index(2, 4).data().toString(), "5,00");  // the service takes the services' discount
+    // The instalments on the screen are the saved ones, and they add up to the billing too.
+    ASSERT_EQ(f.gradeParcelas()->model()->rowCount(), 3);
+    db::Decimal soma("0");
+    for (int i = 0; i < 3; ++i) soma += *db::Decimal::ler(f.gradeParcelas()->model()->index(i, 2).data().toString(), true);
+    EXPECT_EQ(soma, fat);
+
+    const QStringList linhas = textos(f.gradeLinhas()->model()), contas = textos(f.gradeParcelas()->model());
+    const QString total = f.findChild<QLabel *>("LbTotal")->text();
+    TVendas g("Ven");
+    g.definirMenu("&Comercial", "TVendas");
+    g.resize(1342, 680);  // the main window's tab area on a 1366×768 screen
+    g.show();
+    ASSERT_EQ(g.idAtual(), id);
+    EXPECT_EQ(textos(g.gradeLinhas()->model()), linhas);
+    EXPECT_EQ(textos(g.gradeParcelas()->model()), contas);
+    EXPECT_EQ(g.findChild<QLabel *>("LbTotal")->text(), total);
+    EXPECT_EQ(g.findChild<QComboBox *>("CbCondPagto")->currentData(), "P");
+    EXPECT_EQ(g.findChild<CampoNumero *>("DESCONTOM")->text(), f.findChild<CampoNumero *>("DESCONTOM")->text());
+    // The header and the billing page are seen whole on that screen, without scrolling.
+    QCoreApplication::processEvents();
+    auto *pagina = g.findChild<QTabWidget *>("PcEdicao");
+    for (auto *r : g.findChildren<QScrollArea *>())
+        if (r->widget() && r->widget()->isAncestorOf(pagina)) {
+            EXPECT_EQ(r->verticalScrollBar()->maximum(), 0);
+            EXPECT_FALSE(r->horizontalScrollBar()->isVisible());
+        }
+}
+
+// Serials typed on the line marked: refused where the item does not control them on this side or the
+// line already has as many as its quantity; kept with the sale and shown again when it is reopened.
+TEST_F(TVendasTest, SerialsOnTheMarkedLine)
+{
+    int cliente, atendente, empresa, saida, entrada;
+    {
+        db::Transacao t(tabs.DbORB());
+        teste::CenarioVendas c(t);
+        cliente = c.cliente;
+        atendente = c.atendente;
+        empresa = c.empresa;
+        saida = c.itens["000"];  // 'SAÍ'
+        entrada = c.itens["010"];
+        db::executar(t, "Update TbItens Set ContrSerial = 'ENT' Where Id = :ID", {{"ID", entrada}});
+        db::executar(t, "Update TbCad Set Fo = 'S' Where Id = :ID", {{"ID", cliente}});
+        t.commit();
+    }
+    auto serial = [](TVendas &f) { return f.findChild<QLineEdit *>("SERIAL"); };
+    auto digitar = [&](TVendas &f, int linha, const QString &s) {
+        f.gradeLinhas()->selectRow(linha);
+        serial(f)->setText(s);
+        f.BtIncluirSerialClick();
+    };
+    struct { const char *modo; int item; const char *recusa; } casos[] = {
+        {"Ven", entrada, "Essa mercadoria não controla seriais na saída!"},
+        {"Com", saida, "Essa mercadoria não controla seriais na entrada!"},
+    };
+    for (const auto &c : casos) {
+        SCOPED_TRACE(c.modo);
+        msg.avisos.clear();
+        TVendas f(c.modo);
+        f.show();
+        f.BtIncluirClick();
+        escolher(f.comboItem(), c.item);
+        f.campoQtd()->setText("2");
+        f.BtIncluirLinhaClick();
+        digitar(f, 0, "SN-1");
+        EXPECT_EQ(msg.avisos.value(0), c.recusa);
+        EXPECT_EQ(serial(f)->text(), "SN-1");  // what was typed stays to be corrected
+        f.BtCancelarClick();
+    }
+
+    msg.avisos.clear();
+    TVendas f("Ven");
+    f.show();
+    f.BtIncluirClick();
+    escolher(f.findChild<ComboConsulta *>("CbCliente"), cliente);
+    escolher(f.findChild<ComboConsulta *>("CbAtendente"), atendente);
+    escolher(f.findChild<ComboConsulta *>("CbEmpresa"), empresa);
+    escolher(f.comboItem(), saida);
+    f.campoQtd()->setText("2");
+    f.BtIncluirLinhaClick();
+    digitar(f, 0, "SN-1");
+    digitar(f, 0, "SN-2");
+    EXPECT_TRUE(msg.avisos.isEmpty()) << msg.avisos.join(" | ").toStdString();
+    digitar(f, 0, "SN-3");
+    EXPECT_EQ(msg.avisos.value(0), "A quantidade de seriais já atingiu a quantidade da mercadoria!");
+    f.BtSalvarClick();
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
+    TVendas g("Ven");
+    g.show();
+    EXPECT_EQ(g.gradeLinhas()->model()->index(0, 7).data().toString(), "SN-1, SN-2");
+    EXPECT_EQ(g.documento().linhas.value(0).count("Z_SERIAIS"), 1u);
 }
 
 } // namespace

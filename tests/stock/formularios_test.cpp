@@ -45,7 +45,7 @@ TEST_F(FormulariosTest, EveryMenuFormOpensAndFitsTheScreen)
             }
     // The stock forms are among them, in the segments that keep stock.
     for (const char *c : {"TEstoque", "TInventario", "TGrades", "TAcondic", "TKits", "TMedicamentos", "TMateriais", "TVendas",
-                          "TCompras", "TCondPagto", "TEtapasCom"})
+                          "TCompras", "TServicos", "TContratos", "TProjetos", "TCondPagto", "TEtapasCom"})
         EXPECT_TRUE(abertos.contains(c)) << c;
     EXPECT_TRUE(msg.avisos.isEmpty()) << msg.avisos.join(" | ").toStdString();
 }

@@ -186,6 +186,11 @@ const QList<Mudanca> &mudancas()
         {Mudanca::CriarIndice, "TBCOMFAT", "IDX_TBCOMFAT_FK", {}, "(FK)"},
         {Mudanca::CriarIndice, "TBCOMFATITENS", "IDX_TBCOMFATITENS_FK", {}, "(FK)"},
         {Mudanca::CriarIndice, "TBCOMFATITENSSERIAIS", "IDX_TBCOMFATITENSSERIAIS_FK", {}, "(FK)"},
+        // The list of documents shows the newest first by code, issue or operation date; instalments by document.
+        {Mudanca::CriarIndice, "TBCONTAS", "IDX_TBCONTAS_FK", {}, "(FK)"},
+        {Mudanca::CriarIndice, "TBCOM", "IDX_TBCOM_ID_DESC", {}, "DESCENDING (ID)"},
+        {Mudanca::CriarIndice, "TBCOM", "IDX_TBCOM_EMISSAO_DESC", {}, "DESCENDING (EMISSAO)"},
+        {Mudanca::CriarIndice, "TBCOM", "IDX_TBCOM_DATA_DESC", {}, "DESCENDING (DATA)"},
     };
     // Each item's stock added up over its companies, kept by the database at every change of a
     // stock row (from this program or any other), so that the stock browse and its situation
@@ -435,9 +440,13 @@ bool aplicar(Banco &b, Metadados &m, const Mudanca &mu)
         return true;
     case Mudanca::CriarIndice:
         if (m.indices.contains(mu.coluna)) return false;
-        ddl(b, {QString("CREATE INDEX %1 ON %2 %3").arg(mu.coluna, mu.tabela, mu.extra)});
+    {
+        // "DESCENDING (...)": an index read backwards, for the lists that show the newest first.
+        const bool desc = mu.extra.startsWith("DESCENDING ");
+        ddl(b, {QString("CREATE %4INDEX %1 ON %2 %3").arg(mu.coluna, mu.tabela, desc ? mu.extra.mid(11) : mu.extra, desc ? "DESCENDING " : "")});
         m.indices.insert(mu.coluna);
         return true;
+    }
     case Mudanca::CriarIndiceUnico: {
         if (m.indices.contains(mu.coluna)) return false;
         // Existing duplicates are the installation's to sort out; until then the save's own check

@@ -100,6 +100,7 @@ protected:
     QVBoxLayout *corpo() const { return corpo_; }
     // A panel under the edit area (details), sharing the height with the grid and the fields.
     void adicionarPainel(QWidget *w, int proporcao = 2);
+    QSplitter *divisor() const { return divisor_; }  // the browse, the edit area and the panels, top to bottom
 
     // Rules of each registry
     virtual void limpar() = 0;                                   // Incluir: empty fields and defaults
