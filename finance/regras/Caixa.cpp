@@ -16,12 +16,6 @@ const QString kAusente = QStringLiteral("Este movimento não existe mais!");
 const QString kMudou = QStringLiteral("Este movimento foi alterado em outra estação; consulte-o novamente.");
 const QString kDataFutura = QStringLiteral("A data não pode ser maior que a data atual!");
 
-QVariant valor(const Valores &v, const QString &c)
-{
-    const auto it = v.find(c);
-    return it == v.end() ? QVariant() : it->second;
-}
-
 bool vazio(const QVariant &v) { return v.isNull() || v.toInt() == 0; }
 
 QString codigo(int id) { return QString("%1").arg(id, 6, 10, QChar('0')); }

@@ -13,11 +13,6 @@ namespace {
 const QString kAusente = QStringLiteral("Esta conta não existe mais!");
 const QString kMudou = QStringLiteral("Esta conta foi alterada em outra estação; consulte-a novamente.");
 
-QVariant valor(const Valores &v, const QString &c)
-{
-    const auto it = v.find(c);
-    return it == v.end() ? QVariant() : it->second;
-}
 bool vazio(const QVariant &v) { return v.isNull() || v.toString().trimmed().isEmpty(); }
 bool semId(const QVariant &v) { return v.isNull() || v.toInt() == 0; }
 Decimal dec(const QVariant &v) { return v.isNull() ? Decimal::bruto(0, 2) : v.value<Decimal>(); }

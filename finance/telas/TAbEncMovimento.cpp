@@ -26,12 +26,6 @@ const char *kClasse = "TAbEncMovimento";
 
 void escolher(QComboBox *cb, const QVariant &v) { cb->setCurrentIndex(v.isNull() ? -1 : cb->findData(v)); }
 QVariant escolhido(QComboBox *cb) { return cb->currentIndex() < 0 ? QVariant() : cb->currentData(); }
-QVariant valor(const Valores &v, const char *c)
-{
-    const auto it = v.find(c);
-    return it == v.end() ? QVariant() : it->second;
-}
-
 } // namespace
 
 TAbEncMovimento::TAbEncMovimento(QWidget *parent)

@@ -29,11 +29,6 @@ const QStringList kDocumentos = {"DINHEIRO", "BOLETO", "CHEQUE", "CARTÃO", "TRA
 
 void escolher(QComboBox *cb, const QVariant &v) { cb->setCurrentIndex(v.isNull() ? -1 : cb->findData(v)); }
 QVariant escolhido(QComboBox *cb) { return cb->currentIndex() < 0 ? QVariant() : cb->currentData(); }
-QVariant valor(const Valores &v, const char *c)
-{
-    const auto it = v.find(c);
-    return it == v.end() ? QVariant() : it->second;
-}
 QVariant texto(QLineEdit *e) { return e->text().trimmed().isEmpty() ? QVariant() : QVariant(e->text().trimmed()); }
 
 std::function<void(TDataRectoContasReceber &)> &respostaDialogo()

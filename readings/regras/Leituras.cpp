@@ -8,12 +8,6 @@ namespace {
 
 using C = CampoForm;
 
-QVariant valor(const Valores &v, const QString &k)
-{
-    auto it = v.find(k);
-    return it == v.end() ? QVariant() : it->second;
-}
-
 // A number as the database or the screen gives it; empty counts as zero.
 db::Decimal decimal(const QVariant &x)
 {

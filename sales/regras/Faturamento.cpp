@@ -4,12 +4,6 @@ namespace orb {
 
 namespace {
 
-QVariant valor(const Valores &v, const QString &c)
-{
-    const auto it = v.find(c);
-    return it == v.end() ? QVariant() : it->second;
-}
-
 } // namespace
 
 QString parcelaQuitada(db::Transacao &t, const QVariant &idFat, int op)

@@ -15,12 +15,6 @@ namespace {
 
 const Decimal kZero = Decimal::bruto(0, 2);
 
-QVariant valor(const Valores &v, const QString &c)
-{
-    const auto it = v.find(c);
-    return it == v.end() ? QVariant() : it->second;
-}
-
 bool vazio(const QVariant &v) { return v.isNull() || v.toString().trimmed().isEmpty() || v.toString() == "0"; }
 
 // The columns of a table as the database has them: only those are written.

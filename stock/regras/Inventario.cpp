@@ -11,12 +11,6 @@ namespace {
 
 using C = CampoForm;
 
-QVariant valor(const Valores &v, const QString &k)
-{
-    auto it = v.find(k);
-    return it == v.end() ? QVariant() : it->second;
-}
-
 bool vazio(const Valores &v, const QString &k) { return !preenchido(valor(v, k)); }
 
 // A typed number or one read from the database; nothing when it is not a number.

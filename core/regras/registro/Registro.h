@@ -22,6 +22,13 @@ enum class Busca { Inicio, Trecho };
 
 using Valores = std::map<QString, QVariant>;  // column -> value, as the form gathered them
 
+// A column's value in `v`; NULL when the column is absent.
+inline QVariant valor(const Valores &v, const QString &coluna)
+{
+    const auto it = v.find(coluna);
+    return it == v.end() ? QVariant() : it->second;
+}
+
 struct CampoForm {
     enum Tipo { Texto, Inteiro, Decimal, Data, Hora, Memo, Lista, Consulta, Marca /* "S"/"N" */, Foto };
     QString coluna;
