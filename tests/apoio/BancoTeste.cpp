@@ -2,6 +2,7 @@
 #include <QDir>
 #include "apoio/BancoTeste.h"
 
+#include "Recusa.h"
 #include "schema/Atualizacao.h"
 
 #include <QFile>
@@ -65,6 +66,16 @@ QProcessEnvironment ambienteFilho(const QString &pasta)
     env.insert("FIREBIRD_LOCK", travas);
     env.insert("QT_QPA_PLATFORM", "offscreen");
     return env;
+}
+
+QString recusa(db::Transacao &t, const std::function<void()> &f)
+{
+    try {
+        db::tentativa(t, f);
+    } catch (const orb::Recusa &r) {
+        return r.texto;
+    }
+    return {};
 }
 
 orb::Sessao administrador(db::Transacao &t, const QString &menu, const QString &modulo)

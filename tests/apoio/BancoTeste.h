@@ -6,6 +6,7 @@
 
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
+#include <functional>
 #include <memory>
 
 #include <ostream>
@@ -48,5 +49,8 @@ orb::Sessao administrador(db::Transacao &t, const QString &menu = QStringLiteral
 // of that process's own, inside `pasta`. A process killed while it holds one of the engine's
 // shared mutexes leaves it held for good, and every later process using the same folder waits.
 QProcessEnvironment ambienteFilho(const QString &pasta);
+
+// The refusal's text when `f`, tried once in `t`, refuses; empty when it goes through.
+QString recusa(db::Transacao &t, const std::function<void()> &f);
 
 } // namespace teste

@@ -16,18 +16,10 @@ using namespace orb;
 
 namespace {
 
+using teste::recusa;
+
 const QDateTime kAgora(QDate(2026, 3, 10), QTime(8, 15));
 const QStringList kOperacoes = {"Abrir", "Alterar", "Encerrar", "Reabrir", "Reabrir c/ Lanç. Posteriores", "Excluir", "Imprimir"};
-
-QString recusa(db::Transacao &t, const std::function<void()> &f)
-{
-    try {
-        db::tentativa(t, f);
-    } catch (const Recusa &r) {
-        return r.texto;
-    }
-    return {};
-}
 
 struct CaixaTest : ::testing::Test {
     teste::BancoTemporario bt;

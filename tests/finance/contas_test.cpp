@@ -15,19 +15,11 @@ using namespace orb;
 
 namespace {
 
+using teste::recusa;
+
 const QDate kHoje(2026, 3, 10);
 const QStringList kOperacoes = {"Incluir", "Alterar", "Excluir", "Quitar", "Estornar", "Quitar Contas a Receber Após Enc.", "Estornar Após Enc."};
 QVariant dv(const char *s) { return QVariant::fromValue(Decimal(s)); }
-
-QString recusa(db::Transacao &t, const std::function<void()> &f)
-{
-    try {
-        db::tentativa(t, f);
-    } catch (const Recusa &r) {
-        return r.texto;
-    }
-    return {};
-}
 
 struct ContasTest : ::testing::Test {
     teste::BancoTemporario bt;

@@ -16,15 +16,7 @@ using teste::kDia;
 
 namespace {
 
-QString recusa(db::Transacao &t, const std::function<void()> &f)
-{
-    try {
-        db::tentativa(t, f);
-    } catch (const Recusa &r) {
-        return r.texto;
-    }
-    return {};
-}
+using teste::recusa;
 
 struct AprovacaoTest : ::testing::Test {
     teste::BancoTemporario bt;
