@@ -10,7 +10,7 @@ PACOTES=(
   libkainjow-mustache-dev libcurl4-openssl-dev libsodium-dev
   fonts-dejavu-core fonts-dseg breeze-icon-theme
   libgtest-dev libgmock-dev libbenchmark-dev
-  xvfb xauth python3-aiosmtpd
+  xvfb xauth python3-aiosmtpd poppler-utils
 )
 
 faltando=()

@@ -25,3 +25,27 @@ bool salvarRelatorioPdf(const QString &html, const QString &arquivo)
 }
 
 } // namespace orb
+
+namespace orb {
+
+FormatoRelatorio formatoRelatorio(const QString &codigo)
+{
+    if (codigo == QLatin1String("J")) return FormatoRelatorio::Jpeg;
+    if (codigo == QLatin1String("H")) return FormatoRelatorio::Html;
+    return FormatoRelatorio::Pdf;
+}
+
+Anexo exportarRelatorio(const QString &html, FormatoRelatorio f, const QString &nomeBase)
+{
+    // Filled in with the exports; until then only HTML.
+    Q_UNUSED(f);
+    return {nomeBase + ".html", "text/html", html.toUtf8()};
+}
+
+void enviarRelatorio(db::Transacao &t, const QString &html, FormatoRelatorio f, const QString &nomeBase, MensagemEmail m)
+{
+    m.anexos.append(exportarRelatorio(html, f, nomeBase));
+    enviarEmail(contaEmail(t), m);
+}
+
+} // namespace orb
