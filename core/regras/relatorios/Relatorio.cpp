@@ -5,6 +5,8 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
+#include <QSet>
 #include <kainjow/mustache.hpp>
 
 namespace orb {
@@ -36,7 +38,32 @@ mu::data converter(const QVariant &v)
     }
     if (v.typeId() == QMetaType::Bool)
         return v.toBool() ? mu::data{mu::data::type::bool_true} : mu::data{mu::data::type::bool_false};
-    return mu::data{v.toString().toStdString()};
+    // An empty text is false, as in most mustache renderers: {{#EMAIL}}...{{/EMAIL}} hides a line with nothing to show.
+    const QString s = v.toString();
+    return s.isEmpty() ? mu::data{mu::data::type::bool_false} : mu::data{s.toStdString()};
+}
+
+QString lerModelo(const QString &nome)
+{
+    QFile f(QDir(pastaRelatorios()).filePath(nome + ".html"));
+    if (!f.open(QIODevice::ReadOnly))
+        throw Recusa("Modelo de relatório não encontrado: " + f.fileName());
+    return QString::fromUtf8(f.readAll());
+}
+
+// Every part the template includes ({{> nome}}: reports/nome.html), and the parts those include,
+// read once and handed to the renderer beside the data.
+void incluirPartes(const QString &texto, mu::data &dados, QSet<QString> &lidas)
+{
+    static const QRegularExpression parte(QStringLiteral("\\{\\{>\\s*([\\w.-]+)\\s*\\}\\}"));
+    for (auto it = parte.globalMatch(texto); it.hasNext();) {
+        const QString nome = it.next().captured(1);
+        if (lidas.contains(nome)) continue;
+        lidas.insert(nome);
+        const QString conteudo = lerModelo(nome);
+        dados.set(nome.toStdString(), mu::data{conteudo.toStdString()});
+        incluirPartes(conteudo, dados, lidas);
+    }
 }
 
 } // namespace
@@ -56,13 +83,17 @@ void definirPastaRelatorios(const QString &pasta) { pastaDefinida() = pasta; }
 
 QString renderizarRelatorio(const QString &modelo, const QVariantMap &dados)
 {
-    QFile f(QDir(pastaRelatorios()).filePath(modelo + ".html"));
-    if (!f.open(QIODevice::ReadOnly))
-        throw Recusa("Modelo de relatório não encontrado: " + f.fileName());
-    mu::mustache m{QString::fromUtf8(f.readAll()).toStdString()};
+    const QString texto = lerModelo(modelo);
+    mu::mustache m{texto.toStdString()};
     if (!m.is_valid())
         throw Recusa("Modelo de relatório inválido (" + modelo + "): " + QString::fromStdString(m.error_message()));
-    return QString::fromStdString(m.render(converter(dados)));
+    mu::data d = converter(dados);
+    QSet<QString> lidas;
+    incluirPartes(texto, d, lidas);
+    const std::string html = m.render(d);
+    if (!m.is_valid())
+        throw Recusa("Modelo de relatório inválido (" + modelo + "): " + QString::fromStdString(m.error_message()));
+    return QString::fromStdString(html);
 }
 
 } // namespace orb

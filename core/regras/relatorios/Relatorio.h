@@ -13,7 +13,8 @@ namespace orb {
 QString pastaRelatorios();
 void definirPastaRelatorios(const QString &pasta);
 
-// The template `modelo` ("RelEncMovim") rendered with `dados`; texts are HTML-escaped, money and
+// The template `modelo` ("RelEncMovim") rendered with `dados`; {{> nome}} includes reports/nome.html.
+// Texts are HTML-escaped, money and
 // dates arrive already formatted. Throws Recusa when the template is missing or malformed.
 QString renderizarRelatorio(const QString &modelo, const QVariantMap &dados);
 

@@ -1,0 +1,185 @@
+// The printout of a commercial document: the title and template by kind and print type, the
+// datasets of a document saved through the sales rules in Brazilian formats, the quotation
+// title, the closing messages, the right to print, every template rendered and a PDF's text.
+
+#include "Cenario.h"
+#include "ImpVenda.h"
+#include "Vendas.h"
+#include "apoio/Direitos.h"
+#include "relatorios/Relatorios.h"
+
+#include <QProcess>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+using db::Decimal;
+using namespace orb;
+
+namespace {
+
+const QDateTime kAgora(QDate(2026, 3, 10), QTime(14, 30));
+
+TEST(ImpVendaModelo, TitleAndTemplateByKindAndPrintType)
+{
+    const struct { int op; const char *tipo, *titulo, *modelo; } casos[] = {
+        {1, "F", "VENDA", "RelImpVenda"},       {1, "C", "VENDA", "RelImpVendaTk"},       {1, "", "VENDA", "RelImpVendaCp"},
+        {1, "X", "VENDA", "RelImpVendaCp"},     {5, "F", "LOCAÇÃO", "RelImpVenda"},       {5, "C", "LOCAÇÃO", "RelImpVendaRed"},
+        {5, "R", "LOCAÇÃO", "RelImpVendaExp"},  {4, "F", "COMPRA", "RelImpVenda"},        {4, "C", "COMPRA", "RelImpVendaRed"},
+        {4, "", "COMPRA", "RelImpVendaExp"},    {3, "F", "CONTRATO", "RelImpContrato"},   {3, "C", "CONTRATO", "RelImpContratoTk"},
+        {3, "P", "CONTRATO", "RelImpContratoCp"}, {2, "F", "ORDEM DE SERVIÇO", "RelImpOServico"},
+        {2, "C", "ORDEM DE SERVIÇO", "RelImpOServicoTk"}, {2, "T", "ORDEM DE SERVIÇO", "RelImpOServicoCp"},
+    };
+    for (const auto &c : casos) {
+        const ModeloImpressao m = modeloImpressao(c.op, c.tipo);
+        EXPECT_EQ(m.titulo, QString(c.titulo)) << c.op << c.tipo;
+        EXPECT_EQ(m.modelo, QString(c.modelo)) << c.op << c.tipo;
+    }
+    EXPECT_THROW(modeloImpressao(8, "F"), Recusa);
+}
+
+TEST(ImpVendaModelo, BrazilianMasks)
+{
+    EXPECT_EQ(mascararDocumento("12345678909"), "123.456.789-09");
+    EXPECT_EQ(mascararDocumento("11222333000181"), "11.222.333/0001-81");
+    EXPECT_EQ(mascararDocumento("123"), "123");
+    EXPECT_EQ(mascararCep("01001000"), "01001-000");
+    EXPECT_EQ(textoQuantidade(Decimal("2.0000")), "2");
+    EXPECT_EQ(textoQuantidade(Decimal("1234.1250")), "1.234,125");
+}
+
+struct ImpVendaTest : ::testing::Test {
+    teste::BancoTemporario bt;
+    db::Transacao t{bt.banco()};
+    teste::CenarioVendas c{t};
+    Sessao adm = teste::administrador(t, "&Comercial", "TVendas");
+
+    // A sale saved through the sales rules: a customer with a CPF, two lines (one with serials) and
+    // three instalments.
+    int salvar(const QString &modo = "Ven")
+    {
+        db::executar(t, "Update TbCad Set Pessoa = 'F', Cpf = '12345678909', Telefone1 = '11987654321', Email = 'cliente@exemplo.com.br' "
+                        "Where Id = :ID", {{"ID", c.cliente}});
+        db::executar(t, "Update TbCad Set RazaoSocial = 'LOJA BOA LTDA', Cnpj = '11222333000181' Where Id = :ID", {{"ID", c.empresa}});
+        Documento d = incluirDocumento(t, modoOperacao(modo), adm, kAgora);
+        d.cabecalho["IDCAD"] = c.cliente;
+        d.cabecalho["IDATENDENTE"] = c.atendente;
+        d.cabecalho["IDEMPRESA"] = c.empresa;
+        d.cabecalho["DATAPREVENTREGA"] = kAgora;
+        d.cabecalho["IDACOND"] = db::escalar(t, "Insert Into TbAcond (Nome) Values ('CAIXA 1') Returning Id");
+        d.cabecalho["ACOND"] = "CAIXA 1";
+        for (const auto &[item, qtd] : {std::pair{"040", "3.0000"}, std::pair{"000", "2.0000"}}) {
+            Valores l = linhaDoItem(t, c.itens[item], "V");
+            l["QTD"] = QVariant::fromValue(Decimal(qtd));
+            if (QString(item) == "000") l["Z_SERIAIS"] = QStringList{"SN001", "SN002"};
+            d.linhas.append(l);
+        }
+        d.faturamento["CONDPAGTO"] = "P";
+        d.faturamento["PARCELAS"] = "03";
+        d.faturamento["PRIMVENC"] = 30;
+        d.faturamento["INTVENC"] = 30;
+        return salvarDocumento(t, d, adm, kAgora);
+    }
+    void status(int id, const char *s)
+    {
+        db::executar(t, "Insert Into TbComSt (Status, Data, Fk) Values (:S, :D, :ID)", {{"S", s}, {"D", kAgora}, {"ID", id}});
+    }
+};
+
+TEST_F(ImpVendaTest, DatasetsOfASavedSaleInBrazilianFormats)
+{
+    const int id = salvar();
+    const Impressao i = prepararImpressao(t, 1, id, {}, {}, adm);
+    EXPECT_EQ(i.modelo, "RelImpVendaCp");  // no parameters: neither 'F' nor 'C'
+    EXPECT_EQ(i.numero, QString("%1").arg(id, 6, 10, QChar('0')));
+    const QVariantMap cab = i.dados["cabecalho"].toMap();
+    EXPECT_EQ(cab["CLIENTE"], "CLIENTE BOM");
+    EXPECT_EQ(cab["Z_CPFCNPJ"], "123.456.789-09");
+    EXPECT_EQ(cab["Z_ROTULOCPFCNPJ"], "CPF");
+    EXPECT_EQ(cab["CNPJEMPRESA"], "11.222.333/0001-81");
+    EXPECT_EQ(cab["CEP"], "01001-000");
+    EXPECT_EQ(cab["TELEFONE1"], "(11)98765-4321");
+    EXPECT_EQ(cab["Z_UF"], "SP");
+    EXPECT_EQ(cab["DATA"], "10/03/2026");
+    EXPECT_EQ(cab["TOTAL"], db::escalar(t, "Select Total From TbCom Where Id = :ID", {{"ID", id}}).value<Decimal>().textoBR(2));
+    // Lines by the item's code, quantities without needless decimals, serials on their line.
+    const QVariantList m = i.dados["mercadorias"].toList();
+    ASSERT_EQ(m.size(), 2);
+    EXPECT_EQ(m[0].toMap()["CODIGO"], "M000");
+    EXPECT_EQ(m[0].toMap()["QTD"], "2");
+    EXPECT_EQ(m[0].toMap()["PRUNITARIO"], "12,3457");
+    EXPECT_EQ(m[0].toMap()["SERIAIS"], "SN001, SN002");
+    EXPECT_EQ(m[1].toMap()["CODIGO"], "M040");
+    EXPECT_EQ(i.dados["seriais"].toList().size(), 2);
+    EXPECT_TRUE(i.dados["servicos"].toList().isEmpty());
+    const QVariantList p = i.dados["parcelas"].toList();
+    ASSERT_EQ(p.size(), 3);
+    EXPECT_EQ(p[0].toMap()["VENCIMENTO"], "09/04/2026");
+    EXPECT_EQ(i.dados["faturamentos"].toList().first().toMap()["Z_CONDPAGTO"], "A PRAZO");
+}
+
+TEST_F(ImpVendaTest, QuotationUntilApprovedAndClosingMessagesByStep)
+{
+    const int id = salvar("Ser");
+    db::executar(t, "Insert Into TbParServicos (Data, TipoImpressao, ImpContrInterno, Garantia, MensGarantia, MensAprovacao, MensEntrega) "
+                    "Values ('2026-01-01', 'C', 'S', '90 DIAS', 'Garantia de peças e mão de obra.', 'Serviço aprovado.', 'Equipamento entregue.')");
+    const struct { const char *status; QDateTime apr, ent; const char *titulo, *mensagem; } casos[] = {
+        {nullptr, {}, {}, "ORÇAMENTO", ""},
+        {"AP", kAgora, {}, "ORDEM DE SERVIÇO", "Serviço aprovado."},
+        {"EN", kAgora, kAgora, "ORDEM DE SERVIÇO", "Equipamento entregue."},
+        {"CA", {}, {}, "ORDEM DE SERVIÇO", ""},
+    };
+    for (const auto &k : casos) {
+        if (k.status) status(id, k.status);
+        const Impressao i = prepararImpressao(t, 2, id, k.apr, k.ent, adm);
+        EXPECT_EQ(i.titulo, QString(k.titulo)) << k.status;
+        EXPECT_EQ(i.dados["MENSFINAL"].toString(), QString(k.mensagem)) << k.status;
+        EXPECT_EQ(i.modelo, "RelImpOServicoTk");
+        EXPECT_EQ(i.dados["GARANTIA"], "90 DIAS");
+        EXPECT_EQ(i.dados["vias"].toList().size(), 2);  // the internal control copy
+    }
+}
+
+TEST_F(ImpVendaTest, MailBodyAndSubject)
+{
+    const int id = salvar();
+    const Impressao i = prepararImpressao(t, 1, id, {}, {}, adm);
+    EXPECT_EQ(corpoImpressao(i), "Ola, \r\rSegue em anexo: ORÇAMENTO " + i.numero + "\r\rObrigado pela preferência!");
+    EXPECT_EQ(assuntoImpressao(i), "ORÇAMENTO " + i.numero + " - LOJA");
+    EXPECT_EQ(nomeArquivoImpressao(i), "ORÇAMENTO " + i.numero);
+    EXPECT_EQ(emailDoDocumento(t, id), "cliente@exemplo.com.br");
+}
+
+TEST_F(ImpVendaTest, PrintingNeedsTheRightAndAnExistingDocument)
+{
+    const int id = salvar();
+    const Sessao sem = teste::usuarioCom(t, "&Comercial", "TVendas", modoOperacao("Ven").operacoes, {"Incluir"});
+    EXPECT_EQ(teste::recusa(t, [&] { prepararImpressao(t, 1, id, {}, {}, sem); }), "Você não tem permissão para efetuar esta operação!");
+    EXPECT_EQ(teste::recusa(t, [&] { prepararImpressao(t, 1, id + 100, {}, {}, adm); }), "Esta operação não existe mais!");
+    EXPECT_EQ(teste::recusa(t, [&] { prepararImpressao(t, 2, id, {}, {}, adm); }), "Esta operação não existe mais!");
+}
+
+TEST_F(ImpVendaTest, EveryTemplateRendersTheDocumentAndItsPdfHoldsNumberCustomerAndTotal)
+{
+    const int id = salvar("Ser");
+    Impressao i = prepararImpressao(t, 2, id, {}, {}, adm);
+    const QString total = i.dados["cabecalho"].toMap()["TOTAL"].toString();
+    for (const char *modelo : {"RelImpVenda", "RelImpVendaTk", "RelImpVendaCp", "RelImpVendaRed", "RelImpVendaExp", "RelImpContrato",
+                               "RelImpContratoTk", "RelImpContratoCp", "RelImpOServico", "RelImpOServicoTk", "RelImpOServicoCp"}) {
+        i.modelo = modelo;
+        const QString html = htmlImpressao(i);
+        for (const QString &s : {i.numero, QString("CLIENTE BOM"), total, QString("SN001")})
+            EXPECT_TRUE(html.contains(s)) << modelo << " " << s.toStdString();
+    }
+    i.modelo = "RelImpOServico";
+    QTemporaryDir dir;
+    const QString pdf = dir.filePath("os.pdf");
+    ASSERT_TRUE(salvarRelatorioPdf(htmlImpressao(i), pdf));
+    QProcess p;
+    p.start("/usr/bin/pdftotext", {"-layout", pdf, "-"});
+    ASSERT_TRUE(p.waitForFinished(30000));
+    const QString texto = QString::fromUtf8(p.readAllStandardOutput());
+    for (const QString &s : {i.numero, QString("CLIENTE BOM"), total, QString("ORÇAMENTO"), QString("123.456.789-09")})
+        EXPECT_TRUE(texto.contains(s)) << s.toStdString() << "\n" << texto.toStdString();
+}
+
+} // namespace
