@@ -4,7 +4,10 @@
 #include <QDateTime>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
+#include <QImage>
+#include <QRegularExpression>
 #include <QTextDocument>
+#include <QUrl>
 
 namespace orb {
 
@@ -43,6 +46,18 @@ QString htmlGrade(const QAbstractItemModel &mc, const QString &titulo, const QSt
     return h;
 }
 
+void prepararDocumento(QTextDocument &doc, const QString &html)
+{
+    static const QRegularExpression dados(R"(src\s*=\s*["'](data:image/[a-z+]+;base64,([A-Za-z0-9+/=\s]+))["'])");
+    for (auto it = dados.globalMatch(html); it.hasNext();) {
+        const auto m = it.next();
+        QImage img;
+        if (img.loadFromData(QByteArray::fromBase64(m.captured(2).toLatin1())))
+            doc.addResource(QTextDocument::ImageResource, QUrl(m.captured(1)), img);
+    }
+    doc.setHtml(html);
+}
+
 void definirImpressora(std::function<void(const QString &, const QString &)> f)
 {
     impressora() = std::move(f);
@@ -60,7 +75,7 @@ void imprimirHtml(const QString &titulo, const QString &html, QWidget *parent)
     dlg.setWindowTitle(titulo);
     QObject::connect(&dlg, &QPrintPreviewDialog::paintRequested, &dlg, [&html](QPrinter *p) {
         QTextDocument doc;
-        doc.setHtml(html);
+        prepararDocumento(doc, html);
         doc.print(p);
     });
     dlg.exec();
