@@ -11,7 +11,8 @@ class QWidget;
 
 namespace orb {
 
-// The list as an HTML document: title, who printed it and when, the columns, the rows, the count.
+// The list as an HTML document through the "RelLista" template: title, who printed it and when,
+// the columns, the rows, the count.
 QString htmlGrade(const QAbstractItemModel &m, const QString &titulo, const QString &usuario);
 
 // The document of an HTML report, its inline images (data: URIs, such as a company logo) given to
