@@ -282,12 +282,12 @@ QString htmlImpressao(const Impressao &i) { return renderizarRelatorio(i.modelo,
 QString assuntoImpressao(const Impressao &i)
 {
     const QString empresa = i.dados.value("cabecalho").toMap().value("EMPRESA").toString();
-    return i.titulo + " " + i.numero + (empresa.isEmpty() ? QString() : " - " + empresa);
+    return i.titulo + " Nº " + i.numero + (empresa.isEmpty() ? QString() : " - " + empresa);
 }
 
 QString corpoImpressao(const Impressao &i)
 {
-    return "Ola, \r\rSegue em anexo: " + i.titulo + " " + i.numero + "\r\rObrigado pela preferência!";
+    return "Ola, \r\rSegue em anexo: " + i.titulo + " Nº " + i.numero + "\r\rObrigado pela preferência!";
 }
 
 QString nomeArquivoImpressao(const Impressao &i) { return i.titulo + " " + i.numero; }

@@ -222,6 +222,7 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     connect(edDataFat_, &QLineEdit::editingFinished, this, &TVendas::EditDataFatExit);
     connect(edPrimVenc_, &QLineEdit::editingFinished, this, &TVendas::EditPrazoExit);
     criarBotoesPassos();
+    criarBotaoEmail();
     for (auto *e : {edDescontoM_, edDescontoS_, edSeguro_}) connect(e, &QLineEdit::editingFinished, this, &TVendas::EditDescontoExit);
     connect(cbTipoDesconto_, &QComboBox::currentIndexChanged, this, &TVendas::EditDescontoExit);
     // The browse last: showing its first record fills the fields made above.

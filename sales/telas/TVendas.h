@@ -36,6 +36,8 @@ public:
     // Approval and its cancellation; delivery, its cancellation and reactivation (TVendasPassos.cpp).
     void BtAprovarClick();
     void BtEntregarClick();
+    // The document under the cursor mailed through "Enviar por E-mail" (TVendasImpressao.cpp).
+    void BtEmailClick();
     // The discount or its kind changed: the totals again.
     void EditDescontoExit();
     ComboConsulta *comboItem() const { return cbItem_; }
@@ -44,6 +46,8 @@ public:
     QTableView *gradeParcelas() const { return gradeParcelas_; }
 
 protected:
+    // Imprimir prints the document under the cursor, not the list.
+    void imprimir() override;
     void limpar() override;
     void carregar(db::Transacao &t, int id) override;
     int gravar(db::Transacao &t, int id) override;
@@ -55,6 +59,9 @@ protected:
 
 private:
     void criarBotoesPassos();
+    void criarBotaoEmail();
+    // The approval and delivery dates of the document's billing (invalid when not reached).
+    QPair<QDateTime, QDateTime> datasDoDocumento(int id);
     void lerCampos();
     void mostrarDocumento();
     void recalcularTela();

@@ -143,8 +143,8 @@ TEST_F(ImpVendaTest, MailBodyAndSubject)
 {
     const int id = salvar();
     const Impressao i = prepararImpressao(t, 1, id, {}, {}, adm);
-    EXPECT_EQ(corpoImpressao(i), "Ola, \r\rSegue em anexo: ORÇAMENTO " + i.numero + "\r\rObrigado pela preferência!");
-    EXPECT_EQ(assuntoImpressao(i), "ORÇAMENTO " + i.numero + " - LOJA");
+    EXPECT_EQ(corpoImpressao(i), "Ola, \r\rSegue em anexo: ORÇAMENTO Nº " + i.numero + "\r\rObrigado pela preferência!");
+    EXPECT_EQ(assuntoImpressao(i), "ORÇAMENTO Nº " + i.numero + " - LOJA");
     EXPECT_EQ(nomeArquivoImpressao(i), "ORÇAMENTO " + i.numero);
     EXPECT_EQ(emailDoDocumento(t, id), "cliente@exemplo.com.br");
 }

@@ -798,8 +798,10 @@ void FormCadastro::BtImprimirClick()
 {
     Tabs->Deb("procedure " + nomeTraco() + ".BtImprimirClick(Sender: TObject)");
     if (estado_ != Estado::Navegando || !permitido("Imprimir")) return;
-    imprimirHtml(titulo_, htmlGrade(*modelo_, titulo_, sessao().usuario), this);
+    imprimir();
 }
+
+void FormCadastro::imprimir() { imprimirHtml(titulo_, htmlGrade(*modelo_, titulo_, sessao().usuario), this); }
 
 void FormCadastro::BtFecharClick()
 {

@@ -151,6 +151,10 @@ protected:
 
     bool eventFilter(QObject *o, QEvent *e) override;
 
+    // Imprimir (F6), the right already granted: the list on the grid; a document's screen prints the
+    // document under the cursor instead.
+    virtual void imprimir();
+
     // The screen's operation, asked of the database before an action; the refusal told.
     bool permitido(const QString &operacao);
     // A screen whose rights name the standard actions otherwise ("Abrir" for "Incluir").
