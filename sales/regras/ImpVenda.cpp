@@ -195,6 +195,7 @@ ModeloImpressao modeloImpressao(int op, const QString &tipoImpressao)
 Impressao prepararImpressao(db::Transacao &t, int op, int id, const QDateTime &dataApr, const QDateTime &dataEnt, const Sessao &quem)
 {
     exigirOperacao(t, quem, "Imprimir");
+    modeloImpressao(op, {});  // a kind without a printout is refused before anything is read
     const QVariantMap par = parametros(t, modoDoOp(op).parametros);
     const ModeloImpressao m = modeloImpressao(op, par.value("TIPOIMPRESSAO").toString().trimmed());
 

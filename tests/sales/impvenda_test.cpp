@@ -6,8 +6,10 @@
 #include "ImpVenda.h"
 #include "Vendas.h"
 #include "apoio/Direitos.h"
+#include "relatorios/Relatorio.h"
 #include "relatorios/Relatorios.h"
 
+#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -45,6 +47,34 @@ TEST(ImpVendaModelo, BrazilianMasks)
     EXPECT_EQ(mascararCep("01001000"), "01001-000");
     EXPECT_EQ(textoQuantidade(Decimal("2.0000")), "2");
     EXPECT_EQ(textoQuantidade(Decimal("1234.1250")), "1.234,125");
+}
+
+// The documents' templates are made of parts: {{> nome}} includes reports/nome.html, parts include
+// parts, a part inside a list sees the item; an empty text is false; a missing part is refused.
+TEST(RelatorioPartes, PartsAreIncludedFromTheReportsFolder)
+{
+    QTemporaryDir dir;
+    auto escrever = [&](const QString &nome, const QByteArray &texto) {
+        QFile f(dir.filePath(nome + ".html"));
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(texto);
+    };
+    escrever("Doc", "<{{> Topo}}|{{#itens}}{{> Item}}{{/itens}}|{{#VAZIO}}nunca{{/VAZIO}}{{^VAZIO}}vazio{{/VAZIO}}>");
+    escrever("Topo", "T:{{TITULO}}{{> Item}}");
+    escrever("Item", "[{{NOME}}]");
+    escrever("Falta", "{{> Inexistente}}");
+    definirPastaRelatorios(dir.path());
+    const QVariantMap dados{{"TITULO", "VENDA"}, {"NOME", "raiz"}, {"VAZIO", ""},
+                            {"itens", QVariantList{QVariantMap{{"NOME", "a"}}, QVariantMap{{"NOME", "b & c"}}}}};
+    EXPECT_EQ(renderizarRelatorio("Doc", dados), "<T:VENDA[raiz]|[a][b &amp; c]|vazio>");
+    try {
+        renderizarRelatorio("Falta", dados);
+        ADD_FAILURE();
+    } catch (const Recusa &r) {
+        EXPECT_TRUE(r.texto.startsWith("Modelo de relatório não encontrado")) << r.texto.toStdString();
+        EXPECT_TRUE(r.texto.contains("Inexistente.html"));
+    }
+    definirPastaRelatorios({});
 }
 
 struct ImpVendaTest : ::testing::Test {
@@ -156,6 +186,7 @@ TEST_F(ImpVendaTest, PrintingNeedsTheRightAndAnExistingDocument)
     EXPECT_EQ(teste::recusa(t, [&] { prepararImpressao(t, 1, id, {}, {}, sem); }), "Você não tem permissão para efetuar esta operação!");
     EXPECT_EQ(teste::recusa(t, [&] { prepararImpressao(t, 1, id + 100, {}, {}, adm); }), "Esta operação não existe mais!");
     EXPECT_EQ(teste::recusa(t, [&] { prepararImpressao(t, 2, id, {}, {}, adm); }), "Esta operação não existe mais!");
+    EXPECT_EQ(teste::recusa(t, [&] { prepararImpressao(t, 8, id, {}, {}, adm); }), "Esta operação não pode ser impressa!");
 }
 
 TEST_F(ImpVendaTest, EveryTemplateRendersTheDocumentAndItsPdfHoldsNumberCustomerAndTotal)

@@ -13,9 +13,9 @@ namespace orb {
 QString pastaRelatorios();
 void definirPastaRelatorios(const QString &pasta);
 
-// The template `modelo` ("RelEncMovim") rendered with `dados`; {{> nome}} includes reports/nome.html.
-// Texts are HTML-escaped, money and
-// dates arrive already formatted. Throws Recusa when the template is missing or malformed.
+// The template `modelo` ("RelEncMovim") rendered with `dados`; {{> nome}} includes the part
+// reports/nome.html. Texts are HTML-escaped, money and dates arrive already formatted; an empty
+// text is false in a section. Throws Recusa when a template or part is missing or malformed.
 QString renderizarRelatorio(const QString &modelo, const QVariantMap &dados);
 
 } // namespace orb
