@@ -49,6 +49,8 @@ protected:
     int gravar(db::Transacao &t, int id) override;
     void apagar(db::Transacao &t, int id) override;
     QString tabela() const override { return QStringLiteral("TBCOM"); }
+    // Purchases are included under their own right.
+    QString nomeOperacao(const QString &operacao) const override { return operacao == "Incluir" ? modo_.incluir : operacao; }
     QString perguntaExclusao() const override { return QStringLiteral("Tem certeza que deseja excluir esta operação?"); }
     QStringList tabelasEscritas() const override { return {"TBCOM", "TBCOMITENS", "TBCOMFAT", "TBCOMST", "TBCONTAS"}; }
     bool montarBusca(const QString &ordem, const QString &texto, Busca busca, QString &sql, std::map<QString, QVariant> &p) override;
