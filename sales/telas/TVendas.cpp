@@ -12,6 +12,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QPlainTextEdit>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QStandardItemModel>
@@ -36,6 +37,15 @@ const QString kVencimentos = QStringLiteral("Faturamento|Vencimentos");
 const QString kParcelas = QStringLiteral("Faturamento|Parcelas");
 const QString kServico = QStringLiteral("Serviço|Responsáveis");
 const QString kEquipamento = QStringLiteral("Serviço|Equipamento / veículo");
+
+// A text of several lines, as tall as four of them.
+QPlainTextEdit *novoMemo(QWidget *pai)
+{
+    auto *e = new QPlainTextEdit(pai);
+    e->setTabChangesFocus(true);  // Tab and Enter keep moving through the fields
+    e->setFixedHeight(e->fontMetrics().lineSpacing() * 4 + 12);
+    return e;
+}
 
 QString classeDo(const ModoOperacao &m) { return m.classe.isEmpty() ? QStringLiteral("TVendas") : m.classe; }
 
@@ -100,7 +110,13 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
         }
         edKilom_ = new CampoNumero(C{"KILOM", "Quilometragem", C::Inteiro}, this);
         adicionarCampo("KILOM", "Quilometragem", edKilom_, kEquipamento);
+        const struct { const char *coluna, *rotulo, *aba; } memos[] = {
+            {"SOLICITACOES", "Solicitações do cliente", "Serviço|Solicitações"},
+            {"INFEQUIPAMENTO", "Informações do equipamento", "Serviço|Solicitações"},
+            {"LAUDOTECNICO", "Laudo técnico", "Serviço|Laudo técnico"}};
+        for (const auto &x : memos) memos_.append({x.coluna, criarMemo(x.coluna, x.rotulo, x.aba)});
     }
+    memos_.append({"OBSERVACOES", criarMemo("OBSERVACOES", "Observações", "Observações")});
     cbTipoDesconto_ = new QComboBox(this);
     cbTipoDesconto_->addItem("ITEM", "I");
     cbTipoDesconto_->addItem("SUBTOTAL", "S");
@@ -315,12 +331,21 @@ void TVendas::lerCampos()
             h[coluna] = e->text().trimmed().isEmpty() ? QVariant() : QVariant(e->text().trimmed().toUpper());
         h["KILOM"] = edKilom_->valor();
     }
+    for (const auto &[coluna, e] : memos_)
+        h[coluna] = e->toPlainText().trimmed().isEmpty() ? QVariant() : QVariant(e->toPlainText().trimmed());
     Valores &f = doc_.faturamento;
     f["DATA"] = edDataFat_->valor("TBCOMFAT.DATA");
     f["CONDPAGTO"] = cbCondPagto_->currentData();
     f["PARCELAS"] = cbParcelas_->currentData();
     f["PRIMVENC"] = edPrimVenc_->valor();
     f["INTVENC"] = edIntVenc_->valor();
+}
+
+QPlainTextEdit *TVendas::criarMemo(const QString &coluna, const QString &rotulo, const QString &aba)
+{
+    QPlainTextEdit *e = novoMemo(this);
+    adicionarCampo(coluna, rotulo, e, aba);
+    return e;
 }
 
 void TVendas::mostrarDocumento()
@@ -345,6 +370,7 @@ void TVendas::mostrarDocumento()
         for (const auto &[coluna, e] : textosServico_) e->setText(valor(h, coluna.toUtf8().constData()).toString());
         edKilom_->definir(valor(h, "KILOM"));
     }
+    for (const auto &[coluna, e] : memos_) e->setPlainText(valor(h, coluna.toUtf8().constData()).toString());
     mostrarCondicoes();
     linhas_->removeRows(0, linhas_->rowCount());
     for (const Valores &l : doc_.linhas) {

@@ -8,6 +8,7 @@
 class QComboBox;
 class QLabel;
 class QLineEdit;
+class QPlainTextEdit;
 class QStandardItemModel;
 class QTableView;
 
@@ -61,6 +62,7 @@ private:
     void mostrarDocumento();
     void recalcularTela();
     void mostrarParcelas(db::Transacao &t);
+    QPlainTextEdit *criarMemo(const QString &coluna, const QString &rotulo, const QString &aba);
     void mostrarCondicoes();  // the billing terms only  // the saved billing's instalments
 
     const ModoOperacao &modo_;
@@ -78,6 +80,7 @@ private:
     ComboConsulta *cbTecnico_ = nullptr, *cbAcond_ = nullptr;
     CampoNumero *edKilom_ = nullptr;
     QList<QPair<QString, QLineEdit *>> textosServico_;
+    QList<QPair<QString, QPlainTextEdit *>> memos_;  // texts of several lines: the notes, a service order's request and report
     QLabel *lbTotal_ = nullptr;
     bool mostrando_ = false;  // fields being filled from the document: their signals are not the user's
 };
