@@ -71,7 +71,8 @@ private:
     ComboConsulta *cbCliente_ = nullptr, *cbAtendente_ = nullptr, *cbEmpresa_ = nullptr, *cbItem_ = nullptr;
     QComboBox *cbTipoDesconto_ = nullptr, *cbCondPagto_ = nullptr, *cbParcelas_ = nullptr;
     CampoNumero *edDescontoM_ = nullptr, *edDescontoS_ = nullptr, *edSeguro_ = nullptr, *edPrimVenc_ = nullptr, *edIntVenc_ = nullptr;
-    CampoNumero *edQtd_ = nullptr, *edPreco_ = nullptr, *edPercDesc_ = nullptr;
+    CampoNumero *edQtd_ = nullptr, *edPreco_ = nullptr, *edPercDesc_ = nullptr, *edFrete_ = nullptr, *edOutros_ = nullptr;
+    ComboConsulta *cbTransportadora_ = nullptr;
     QLineEdit *edSerial_ = nullptr;
     QStandardItemModel *linhas_ = nullptr, *parcelas_ = nullptr;
     QTableView *gradeLinhas_ = nullptr, *gradeParcelas_ = nullptr;
