@@ -126,6 +126,11 @@ void TAbEncMovimento::mostrar(const Valores &v)
     edSaldoFinal_->definir(valor(v, "SALDOFINAL"));
 }
 
+void TAbEncMovimento::estadoMudou()
+{
+    if (estado() != Estado::Alterando) encerrando_ = false;
+}
+
 void TAbEncMovimento::limpar()
 {
     mostrar(estado() == Estado::Incluindo ? abrirMovimento(transacao(), quem(), QDateTime::currentDateTime()) : Valores{});
@@ -144,6 +149,11 @@ void TAbEncMovimento::carregar(db::Transacao &t, int id)
 
 int TAbEncMovimento::gravar(db::Transacao &t, int id)
 {
+    if (encerrando_) {
+        encerrarMovimento(t, id, escolhido(cbRespEnc_), quem(), edDataEnc_->valor("DATAENC").toDateTime());
+        db::executar(t, "Update TbAbEncMov Set SaldoFinal = :SF Where Id = :ID", {{"SF", edSaldoFinal_->valor()}, {"ID", id}});
+        return id;
+    }
     Valores v = atual_;
     v["DATA"] = edData_->valor("DATA");
     v["DATAAB"] = edDataAb_->valor("DATAAB");
@@ -196,18 +206,18 @@ void TAbEncMovimento::BtQuitarClick()
     const bool aberto = db::escalar(l, "Select DataEnc From TbAbEncMov Where Id = :ID", {{"ID", id}}).isNull();
     l.rollback();
     if (aberto) {
-        if (!permitido("Encerrar")) return;
-        // The closing responsible: the one chosen on the record, else the parameters' default, else the user.
-        QVariant resp = escolhido(cbRespEnc_);
-        if (resp.isNull()) {
-            db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
-            resp = valor(padroesMovimento(t, QDateTime::currentDateTime()), "IDRESPENC");
+        // Closing is an edit under the right "Encerrar": the closing time set now, the responsible
+        // chosen (the parameters' default offered), and Salvar closes; Cancelar leaves it open.
+        if (!alterarRegistro("Encerrar")) return;
+        encerrando_ = true;
+        const QDateTime agora = QDateTime::currentDateTime();
+        edDataEnc_->definir(agora);
+        if (escolhido(cbRespEnc_).isNull()) {
+            const QVariant padrao = valor(padroesMovimento(transacao(), agora), "IDRESPENC");
+            escolher(cbRespEnc_, padrao.isNull() ? QVariant(quem().idUsuario) : padrao);
         }
-        if (resp.isNull()) resp = quem().idUsuario;
-        if (naTransacao([&](db::Transacao &t) { encerrarMovimento(t, id, resp, quem(), QDateTime::currentDateTime()); }) == Desfecho::Feito) {
-            informarMonitor(id, "Movimento Encerrado");
-            recarregar(id);
-        }
+        for (QWidget *w : std::initializer_list<QWidget *>{edData_, edDataAb_, cbRespAb_, edSaldoInic_}) w->setEnabled(false);
+        cbRespEnc_->setFocus();
         return;
     }
     if (!permitido("Reabrir")) return;

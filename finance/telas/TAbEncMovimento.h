@@ -23,6 +23,7 @@ public:
 
 protected:
     void limpar() override;
+    void estadoMudou() override;
     void carregar(db::Transacao &t, int id) override;
     int gravar(db::Transacao &t, int id) override;
     void apagar(db::Transacao &t, int id) override;
@@ -34,6 +35,7 @@ protected:
     bool montarBusca(const QString &ordem, const QString &texto, Busca busca, QString &sql, std::map<QString, QVariant> &p) override;
 
 private:
+    bool encerrando_ = false;  // the edit begun by Encerrar (F8): Salvar closes the day
     void mostrar(const Valores &v);
     Valores atual_;
     CampoData *edData_ = nullptr, *edDataAb_ = nullptr, *edDataEnc_ = nullptr;

@@ -12,6 +12,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QPlainTextEdit>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QStandardItemModel>
@@ -36,6 +37,15 @@ const QString kVencimentos = QStringLiteral("Faturamento|Vencimentos");
 const QString kParcelas = QStringLiteral("Faturamento|Parcelas");
 const QString kServico = QStringLiteral("Serviço|Responsáveis");
 const QString kEquipamento = QStringLiteral("Serviço|Equipamento / veículo");
+
+// A text of several lines, as tall as four of them.
+QPlainTextEdit *novoMemo(QWidget *pai)
+{
+    auto *e = new QPlainTextEdit(pai);
+    e->setTabChangesFocus(true);  // Tab and Enter keep moving through the fields
+    e->setFixedHeight(e->fontMetrics().lineSpacing() * 4 + 12);
+    return e;
+}
 
 QString classeDo(const ModoOperacao &m) { return m.classe.isEmpty() ? QStringLiteral("TVendas") : m.classe; }
 
@@ -71,6 +81,9 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     linha("Data", {{"DATA", "Data", edData_, 0}, {"IDCAD", modo_.op == 4 ? "Fornecedor" : "Cliente", cbCliente_, 1}});
     QList<std::tuple<QString, QString, QWidget *, int>> segunda = {
         {"IDATENDENTE", modo_.op == 4 ? "Comprador" : "Atendente", cbAtendente_, 1}, {"IDEMPRESA", "Empresa", cbEmpresa_, 1}};
+    // The freight of each line goes with the document's carrier.
+    cbTransportadora_ = new ComboConsulta("Select Id, Nome From TbCad Where Tr = 'S' Order By Nome", {}, this);
+    segunda.append({"TBCOMFAT.IDTRANSPORTADORA", "Transportadora", cbTransportadora_, 1});
     if (modo_.previsaoEntrega) {
         edPrevEntrega_ = new CampoData(CampoData::Data, this);
         edPrevEntrega_->setMaximumWidth(120);
@@ -98,8 +111,15 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
             textosServico_.append({x.coluna, e});
             adicionarCampo(x.coluna, x.rotulo, e, kEquipamento);
         }
+        for (QWidget *w : std::initializer_list<QWidget *>{cbTecnico_, cbAcond_}) w->setMinimumWidth(220);
+        for (const auto &[coluna, e] : textosServico_) e->setMinimumWidth(coluna == "PLACA" ? 90 : 220);
         edKilom_ = new CampoNumero(C{"KILOM", "Quilometragem", C::Inteiro}, this);
         adicionarCampo("KILOM", "Quilometragem", edKilom_, kEquipamento);
+        const struct { const char *coluna, *rotulo, *aba; } memos[] = {
+            {"SOLICITACOES", "Solicitações", "Solicitações e laudo|Do cliente"},
+            {"INFEQUIPAMENTO", "Equipamento", "Solicitações e laudo|Do cliente"},
+            {"LAUDOTECNICO", "Laudo técnico", "Solicitações e laudo|Do técnico"}};
+        for (const auto &x : memos) memos_.append({x.coluna, criarMemo(x.coluna, x.rotulo, x.aba)});
     }
     cbTipoDesconto_ = new QComboBox(this);
     cbTipoDesconto_->addItem("ITEM", "I");
@@ -134,6 +154,7 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     gradeParcelas_->setMinimumWidth(270);
     gradeParcelas_->setMaximumHeight(128);  // three instalments in view; more scroll inside the grid
     adicionarLinha({}, gradeParcelas_, kParcelas);
+    memos_.append({"OBSERVACOES", criarMemo("OBSERVACOES", "Observações", "Observações")});
 
     // Short fields for short values: the four groups share the edit area's width.
     for (QWidget *w : std::initializer_list<QWidget *>{cbTipoDesconto_, edDescontoM_, edDescontoS_, edSeguro_, edDataFat_, cbCondPagto_, cbParcelas_, edPrimVenc_, edIntVenc_})
@@ -156,7 +177,9 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     edQtd_ = new CampoNumero(C{"QTD", "Qtd", C::Decimal, {}, 0, 4}, this);
     edPreco_ = new CampoNumero(C{"PRUNITARIO", "Preço", C::Decimal, {}, 0, 4}, this);
     edPercDesc_ = new CampoNumero(C{"PERCDESCONTO", "% Desc.", C::Decimal, {}, 0, 4}, this);
-    for (auto *w : {edQtd_, edPreco_, edPercDesc_}) w->setMaximumWidth(110);
+    edFrete_ = new CampoNumero(C{"FRETE", "Frete", C::Decimal}, this);
+    edOutros_ = new CampoNumero(C{"OUTROS", "Outras despesas", C::Decimal}, this);
+    for (auto *w : {edQtd_, edPreco_, edPercDesc_, edFrete_, edOutros_}) w->setMaximumWidth(w == edFrete_ || w == edOutros_ ? 80 : 100);
     auto *btIncluir = new QPushButton("Incluir item", this);
     btIncluir->setObjectName("BtIncluirLinha");
     auto *btExcluir = new QPushButton("Excluir item", this);
@@ -175,6 +198,10 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     entrada->addWidget(edPreco_);
     entrada->addWidget(new QLabel("% Desc.", this));
     entrada->addWidget(edPercDesc_);
+    entrada->addWidget(new QLabel("Frete", this));
+    entrada->addWidget(edFrete_);
+    entrada->addWidget(new QLabel("Outras", this));
+    entrada->addWidget(edOutros_);
     entrada->addWidget(btIncluir);
     entrada->addWidget(btExcluir);
     entrada->addWidget(edSerial_);
@@ -200,6 +227,8 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     registrarCampo("QTD", edQtd_);
     registrarCampo("PRUNITARIO", edPreco_);
     registrarCampo("PERCDESCONTO", edPercDesc_);
+    registrarCampo("FRETE", edFrete_);
+    registrarCampo("OUTROS", edOutros_);
     registrarCampo("SERIAL", edSerial_);
     adicionarPainel(painel, 3);
     // A few rows of the browse, the header and billing whole without scrolling, the lines the rest.
@@ -316,12 +345,22 @@ void TVendas::lerCampos()
             h[coluna] = e->text().trimmed().isEmpty() ? QVariant() : QVariant(e->text().trimmed().toUpper());
         h["KILOM"] = edKilom_->valor();
     }
+    for (const auto &[coluna, e] : memos_)
+        h[coluna] = e->toPlainText().trimmed().isEmpty() ? QVariant() : QVariant(e->toPlainText().trimmed());
     Valores &f = doc_.faturamento;
     f["DATA"] = edDataFat_->valor("TBCOMFAT.DATA");
     f["CONDPAGTO"] = cbCondPagto_->currentData();
     f["PARCELAS"] = cbParcelas_->currentData();
     f["PRIMVENC"] = edPrimVenc_->valor();
     f["INTVENC"] = edIntVenc_->valor();
+    f["IDTRANSPORTADORA"] = escolhido(cbTransportadora_);
+}
+
+QPlainTextEdit *TVendas::criarMemo(const QString &coluna, const QString &rotulo, const QString &aba)
+{
+    QPlainTextEdit *e = novoMemo(this);
+    adicionarCampo(coluna, rotulo, e, aba);
+    return e;
 }
 
 void TVendas::mostrarDocumento()
@@ -346,6 +385,7 @@ void TVendas::mostrarDocumento()
         for (const auto &[coluna, e] : textosServico_) e->setText(valor(h, coluna.toUtf8().constData()).toString());
         edKilom_->definir(valor(h, "KILOM"));
     }
+    for (const auto &[coluna, e] : memos_) e->setPlainText(valor(h, coluna.toUtf8().constData()).toString());
     mostrarCondicoes();
     linhas_->removeRows(0, linhas_->rowCount());
     for (const Valores &l : doc_.linhas) {
@@ -374,6 +414,7 @@ void TVendas::mostrarCondicoes()
     escolher(cbParcelas_, valor("PARCELAS").toString().trimmed().isEmpty() ? QVariant("01") : QVariant(valor("PARCELAS").toString().trimmed()));
     edPrimVenc_->definir(valor("PRIMVENC"));
     edIntVenc_->definir(valor("INTVENC"));
+    escolher(cbTransportadora_, valor("IDTRANSPORTADORA"));
 }
 
 void TVendas::EditDescontoExit()
@@ -416,6 +457,8 @@ void TVendas::BtIncluirLinhaClick()
         l["QTD"] = edQtd_->valor();
         if (!edPreco_->valor().isNull()) l["PRUNITARIO"] = edPreco_->valor();
         l["PERCDESCONTO"] = edPercDesc_->valor();
+        for (const auto &[coluna, e] : {std::pair{"FRETE", edFrete_}, std::pair{"OUTROS", edOutros_}})
+            if (!e->valor().isNull()) l[coluna] = e->valor();
         conferirLinha(l);
         lerCampos();
         doc_.linhas.append(l);
@@ -423,7 +466,7 @@ void TVendas::BtIncluirLinhaClick()
         mostrarDocumento();
         cbItem_->setCurrentIndex(-1);
         cbItem_->setEditText({});
-        for (auto *w : {edQtd_, edPreco_, edPercDesc_}) w->definir({});
+        for (auto *w : {edQtd_, edPreco_, edPercDesc_, edFrete_, edOutros_}) w->definir({});
         cbItem_->setFocus();
     } catch (const Recusa &r) {
         Atencao(r.texto);

@@ -8,6 +8,7 @@
 class QComboBox;
 class QLabel;
 class QLineEdit;
+class QPlainTextEdit;
 class QStandardItemModel;
 class QTableView;
 
@@ -53,6 +54,8 @@ protected:
     int gravar(db::Transacao &t, int id) override;
     void apagar(db::Transacao &t, int id) override;
     QString tabela() const override { return QStringLiteral("TBCOM"); }
+    // Purchases are included under their own right.
+    QString nomeOperacao(const QString &operacao) const override { return operacao == "Incluir" ? modo_.incluir : operacao; }
     QString perguntaExclusao() const override { return QStringLiteral("Tem certeza que deseja excluir esta operação?"); }
     QStringList tabelasEscritas() const override { return {"TBCOM", "TBCOMITENS", "TBCOMFAT", "TBCOMST", "TBCONTAS"}; }
     bool montarBusca(const QString &ordem, const QString &texto, Busca busca, QString &sql, std::map<QString, QVariant> &p) override;
@@ -66,6 +69,7 @@ private:
     void mostrarDocumento();
     void recalcularTela();
     void mostrarParcelas(db::Transacao &t);
+    QPlainTextEdit *criarMemo(const QString &coluna, const QString &rotulo, const QString &aba);
     void mostrarCondicoes();  // the billing terms only  // the saved billing's instalments
 
     const ModoOperacao &modo_;
@@ -74,7 +78,8 @@ private:
     ComboConsulta *cbCliente_ = nullptr, *cbAtendente_ = nullptr, *cbEmpresa_ = nullptr, *cbItem_ = nullptr;
     QComboBox *cbTipoDesconto_ = nullptr, *cbCondPagto_ = nullptr, *cbParcelas_ = nullptr;
     CampoNumero *edDescontoM_ = nullptr, *edDescontoS_ = nullptr, *edSeguro_ = nullptr, *edPrimVenc_ = nullptr, *edIntVenc_ = nullptr;
-    CampoNumero *edQtd_ = nullptr, *edPreco_ = nullptr, *edPercDesc_ = nullptr;
+    CampoNumero *edQtd_ = nullptr, *edPreco_ = nullptr, *edPercDesc_ = nullptr, *edFrete_ = nullptr, *edOutros_ = nullptr;
+    ComboConsulta *cbTransportadora_ = nullptr;
     QLineEdit *edSerial_ = nullptr;
     QStandardItemModel *linhas_ = nullptr, *parcelas_ = nullptr;
     QTableView *gradeLinhas_ = nullptr, *gradeParcelas_ = nullptr;
@@ -83,6 +88,7 @@ private:
     ComboConsulta *cbTecnico_ = nullptr, *cbAcond_ = nullptr;
     CampoNumero *edKilom_ = nullptr;
     QList<QPair<QString, QLineEdit *>> textosServico_;
+    QList<QPair<QString, QPlainTextEdit *>> memos_;  // texts of several lines: the notes, a service order's request and report
     QLabel *lbTotal_ = nullptr;
     bool mostrando_ = false;  // fields being filled from the document: their signals are not the user's
 };

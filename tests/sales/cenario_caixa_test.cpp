@@ -128,9 +128,19 @@ TEST_F(CenarioCaixa, OpenSellApproveDeliverReceiveCloseAndPrint)
     EXPECT_EQ(msg.avisos[0], "A entrega desta operação não pode ser cancelada pois a mesma já possui parcela(s) Quitada(s)!");
     definirRespostaDialogo({});
 
-    // Night: the day closed and its summary printed.
+    // Night: the day closed (Encerrar, the responsible, Salvar; Cancelar leaves it open) and its summary printed.
+    const auto fechado = [&] {
+        db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+        return !db::escalar(t, "Select DataEnc From TbAbEncMov").isNull();
+    };
     caixa.grade()->selectRow(0);
     caixa.BtQuitarClick();
+    caixa.BtCancelarClick();
+    EXPECT_FALSE(fechado());
+    caixa.grade()->selectRow(0);
+    caixa.BtQuitarClick();
+    caixa.BtSalvarClick();
+    ASSERT_TRUE(fechado()) << msg.avisos.join(" | ").toStdString();
     caixa.grade()->selectRow(0);
     caixa.botao("Imprimir")->click();
     ASSERT_EQ(impressos.size(), 1) << msg.avisos.join(" | ").toStdString();

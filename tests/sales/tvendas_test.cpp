@@ -15,6 +15,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QStandardItemModel>
 #include <QTableView>
 #include <gtest/gtest.h>
@@ -35,7 +36,7 @@ void escolher(QWidget *w, const QVariant &id)
 
 TEST_F(TVendasTest, ASaleTypedAndSavedShowsInTheBrowse)
 {
-    int cliente, atendente, empresa, item;
+    int cliente, atendente, empresa, item, transportadora;
     {
         db::Transacao t(tabs.DbORB());
         teste::CenarioVendas c(t);
@@ -43,6 +44,7 @@ TEST_F(TVendasTest, ASaleTypedAndSavedShowsInTheBrowse)
         atendente = c.atendente;
         empresa = c.empresa;
         item = c.itens["010"];
+        transportadora = db::escalar(t, "Insert Into TbCad (Nome, Tr) Values ('TRANSPORTES LIGEIRO', 'S') Returning Id").toInt();
         t.commit();
     }
     TVendas f("Ven");
@@ -64,6 +66,8 @@ TEST_F(TVendasTest, ASaleTypedAndSavedShowsInTheBrowse)
     f.BtIncluirLinhaClick();
     f.comboItem()->setEditText("SERVIÇO AVULSO");
     f.campoQtd()->setText("1");
+    f.findChild<CampoNumero *>("FRETE")->setText("10,00");
+    f.findChild<CampoNumero *>("OUTROS")->setText("2,50");
     f.BtIncluirLinhaClick();
     EXPECT_EQ(f.gradeLinhas()->model()->rowCount(), 2);
     // Term sale in three: the condition takes the parameters' terms, the count is then chosen.
@@ -79,10 +83,17 @@ TEST_F(TVendasTest, ASaleTypedAndSavedShowsInTheBrowse)
     EXPECT_EQ(msg.avisos.last(), "A Data do Faturamento deve ser maior ou igual a Data da Operação!");
     EXPECT_EQ(dataFat->text(), antes);
 
+    // The line's freight needs the carrier.
+    f.BtSalvarClick();
+    EXPECT_EQ(msg.avisos.last(), "Escolha a Transportadora primeiro!");
+    escolher(f.findChild<QWidget *>("TBCOMFAT.IDTRANSPORTADORA"), transportadora);
     f.BtSalvarClick();
     ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
     db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
     const int id = db::escalar(t, "Select Max(Id) From TbCom").toInt();
+    EXPECT_EQ(db::escalar(t, "Select C.TotalFrete || '|' || C.OutrosM || '|' || F.IdTransportadora From TbCom C "
+                             "Join TbComFat F On (F.Fk = C.Id) Where C.Id = :ID", {{"ID", id}}).toString(),
+              QString("10.00|2.50|%1").arg(transportadora));
     EXPECT_EQ(db::escalar(t, "Select Count(*) From TbComItens Where Fk = :ID", {{"ID", id}}).toInt(), 2);
     EXPECT_EQ(db::escalar(t, "Select Total From TbCom Where Id = :ID", {{"ID", id}}).value<db::Decimal>(),
               f.documento().cabecalho.at("TOTAL").value<db::Decimal>());
@@ -149,6 +160,8 @@ TEST_F(TVendasTest, AServiceOrderKeepsItsPackagingUntilDelivered)
         f.BtIncluirLinhaClick();
         for (auto *e : f.findChildren<QLineEdit *>())
             if (e->maxLength() == 7) e->setText(placa);
+        f.findChild<QPlainTextEdit *>("SOLICITACOES")->setPlainText("Não liga.\nTrocar a tela.");
+        f.findChild<QPlainTextEdit *>("LAUDOTECNICO")->setPlainText("Fonte queimada.");
     };
     novaOrdem("abc1d23");
     f.BtSalvarClick();
@@ -166,6 +179,8 @@ TEST_F(TVendasTest, AServiceOrderKeepsItsPackagingUntilDelivered)
         EXPECT_EQ(db::escalar(t, "Select Op || '|' || IdTecnico || '|' || Acond || '|' || Placa || '|' || Cast(DataPrevEntrega As Date) "
                                  "From TbCom Where Id = :ID", {{"ID", primeira}}).toString(),
                   QString("2|%1|PASTA 01|ABC1D23|2026-12-20").arg(tecnico));
+        EXPECT_EQ(db::escalar(t, "Select Solicitacoes || '|' || LaudoTecnico From TbCom Where Id = :ID", {{"ID", primeira}}).toString(),
+                  "Não liga.\nTrocar a tela.|Fonte queimada.");
     }
     msg.avisos.clear();
     novaOrdem("XYZ9A87");

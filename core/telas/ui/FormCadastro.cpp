@@ -547,13 +547,18 @@ void FormCadastro::BtIncluirClick()
 void FormCadastro::BtAlterarClick()
 {
     Tabs->Deb("procedure " + nomeTraco() + ".BtAlterarClick(Sender: TObject)");
+    alterarRegistro("Alterar");
+}
+
+bool FormCadastro::alterarRegistro(const QString &operacao)
+{
     const int id = idAtual();
-    if (estado_ != Estado::Navegando || !id || consulta_ || !permitido("Alterar")) return;
+    if (estado_ != Estado::Navegando || !id || consulta_ || !permitido(operacao)) return false;
     try {
-        conferirOperacao("Alterar", id);
+        conferirOperacao(operacao, id);
     } catch (const Recusa &r) {
         Atencao(r.texto);
-        return;
+        return false;
     }
     db::Transacao &t = transacao();
     t.iniciar();
@@ -564,13 +569,14 @@ void FormCadastro::BtAlterarClick()
     } catch (const db::ErroBanco &e) {
         t.rollback();
         AvisarFalha(e);
-        return;
+        return false;
     }
     estado_ = Estado::Alterando;
     idEditado_ = id;
     habilitarEdicao(true);
     Botoes();
     focarPrimeiro();
+    return true;
 }
 
 void FormCadastro::BtSalvarClick()

@@ -102,7 +102,12 @@ protected:
     void adicionarPainel(QWidget *w, int proporcao = 2);
     QSplitter *divisor() const { return divisor_; }  // the browse, the edit area and the panels, top to bottom
 
+    // Alterar under the right `operacao`: the record locked and loaded, the edit begun; false when
+    // refused (the user was told).
+    bool alterarRegistro(const QString &operacao);
+
     // Rules of each registry
+
     virtual void limpar() = 0;                                   // Incluir: empty fields and defaults
     virtual void carregar(db::Transacao &t, int id) = 0;        // fields from the record
     virtual int gravar(db::Transacao &t, int id) = 0;           // id 0 = new; returns the ID; throws Recusa
