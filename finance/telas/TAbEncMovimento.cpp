@@ -37,13 +37,7 @@ TAbEncMovimento::TAbEncMovimento(QWidget *parent)
     botao("Cancelar")->setText("&Cancelar (Esc)");
     botao("Excluir")->setText("&Excluir (F5)");
     botao("Fechar")->setText("&Fechar (Esc)");
-    // Printing is the day's summary, not the list.
-    QPushButton *imprimir = botao("Imprimir");
-    imprimir->setText("Im&primir (F6)");
-    imprimir->disconnect();
-    connect(imprimir, &QPushButton::clicked, this, &TAbEncMovimento::BtImprimirResumoClick);
-    auto *f6 = new QShortcut(QKeySequence("F6"), this, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
-    connect(f6, &QShortcut::activated, imprimir, [imprimir] { if (imprimir->isEnabled()) imprimir->click(); });
+    botao("Imprimir")->setText("Im&primir (F6)");
     auto *quitar = new QPushButton("E&ncerrar/Reabrir (F8)", this);
     quitar->setObjectName("BtQuitar");
     connect(quitar, &QPushButton::clicked, this, &TAbEncMovimento::BtQuitarClick);
@@ -237,11 +231,10 @@ void TAbEncMovimento::BtQuitarClick()
     }
 }
 
-void TAbEncMovimento::BtImprimirResumoClick()
+void TAbEncMovimento::imprimir()
 {
-    Tabs->Deb("procedure TAbEncMovimento.BtImprimirClick(Sender: TObject)");
     const int id = idAtual();
-    if (estado() != Estado::Navegando || !id || !permitido("Imprimir")) return;
+    if (!id) return;
     try {
         db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
         const ResumoCaixa r = resumoCaixa(t, id, quem());

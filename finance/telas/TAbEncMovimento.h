@@ -19,9 +19,10 @@ public:
     explicit TAbEncMovimento(QWidget *parent = nullptr);
 
     void BtQuitarClick();     // "E&ncerrar/Reabrir (F8)"
-    void BtImprimirResumoClick();  // "Im&primir (F6)"
 
 protected:
+    // Imprimir (F6) prints the day's summary, not the list.
+    void imprimir() override;
     void limpar() override;
     void estadoMudou() override;
     void carregar(db::Transacao &t, int id) override;

@@ -76,7 +76,7 @@ FormCadastro::FormCadastro(const QString &classe, const QString &titulo, const Q
                       {"Salvar", "Salvar (F10)", "F10", &FormCadastro::BtSalvarClick},
                       {"Cancelar", "Cancelar (Esc)", nullptr, &FormCadastro::BtCancelarClick},
                       {"Excluir", "Excluir (F5)", "F5", &FormCadastro::BtExcluirClick},
-                      {"Imprimir", "Imprimir", nullptr, &FormCadastro::BtImprimirClick},
+                      {"Imprimir", "Imprimir (F6)", "F6", &FormCadastro::BtImprimirClick},
                       {"Fechar", "Fechar", nullptr, &FormCadastro::BtFecharClick}};
     for (const B &d : defs) {
         auto *b = new QPushButton(QString::fromUtf8(d.texto), this);
