@@ -11,11 +11,13 @@
 #include "apoio/TabsTeste.h"
 #include "ui/Impressao.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QJsonArray>
 #include <QLineEdit>
 #include <QProcess>
 #include <QTableView>
+#include <QTest>
 #include <gtest/gtest.h>
 
 using namespace orb;
@@ -53,7 +55,7 @@ struct ImpVendaTelaTest : teste::ComTabs {
     }
 };
 
-TEST_F(ImpVendaTelaTest, ImprimirPreviewsTheDocumentUnderTheCursor)
+TEST_F(ImpVendaTelaTest, F6PreviewsTheDocumentUnderTheCursor)
 {
     QString titulo, html;
     definirImpressora([&](const QString &t, const QString &h) { titulo = t, html = h; });
@@ -62,7 +64,8 @@ TEST_F(ImpVendaTelaTest, ImprimirPreviewsTheDocumentUnderTheCursor)
     f.show();
     f.grade()->selectRow(0);
     ASSERT_EQ(f.idAtual(), id);
-    f.BtImprimirClick();
+    QApplication::setActiveWindow(&f);
+    QTest::keyClick(f.grade(), Qt::Key_F6);
     EXPECT_EQ(titulo, "ORÇAMENTO " + numero);
     EXPECT_TRUE(html.contains("CLIENTE BOM") && html.contains(total) && html.contains("M000")) << html.toStdString();
     EXPECT_TRUE(msg.avisos.isEmpty()) << msg.avisos.join(" | ").toStdString();
