@@ -49,6 +49,7 @@ public:
 protected:
     // Imprimir prints the document under the cursor, not the list.
     void imprimir() override;
+    void estadoMudou() override;  // the E-mail button while browsing only
     void limpar() override;
     void carregar(db::Transacao &t, int id) override;
     int gravar(db::Transacao &t, int id) override;

@@ -21,6 +21,11 @@ void TVendas::criarBotaoEmail()
         barra->insertWidget(barra->indexOf(botao("Imprimir")) + 1, email);
 }
 
+void TVendas::estadoMudou()
+{
+    if (auto *b = findChild<QPushButton *>("BtEmail")) b->setEnabled(estado() == Estado::Navegando);
+}
+
 QPair<QDateTime, QDateTime> TVendas::datasDoDocumento(int id)
 {
     db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
