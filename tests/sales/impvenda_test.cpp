@@ -89,12 +89,14 @@ struct ImpVendaTest : ::testing::Test {
     {
         db::executar(t, "Update TbCad Set Pessoa = 'F', Cpf = '12345678909', Telefone1 = '11987654321', Email = 'cliente@exemplo.com.br' "
                         "Where Id = :ID", {{"ID", c.cliente}});
-        db::executar(t, "Update TbCad Set RazaoSocial = 'LOJA BOA LTDA', Cnpj = '11222333000181' Where Id = :ID", {{"ID", c.empresa}});
+        db::executar(t, "Update TbCad Set RazaoSocial = 'LOJA BOA LTDA', Cnpj = '11222333000181', Foto = :F Where Id = :ID",
+                     {{"ID", c.empresa}, {"F", QByteArray("\x89PNG\r\n\x1a\n", 8)}});
         Documento d = incluirDocumento(t, modoOperacao(modo), adm, kAgora);
         d.cabecalho["IDCAD"] = c.cliente;
         d.cabecalho["IDATENDENTE"] = c.atendente;
         d.cabecalho["IDEMPRESA"] = c.empresa;
         d.cabecalho["DATAPREVENTREGA"] = kAgora;
+        d.cabecalho["OBSERVACOES"] = "Entregar pela manhã <portaria>.";
         d.cabecalho["IDACOND"] = db::escalar(t, "Insert Into TbAcond (Nome) Values ('CAIXA 1') Returning Id");
         d.cabecalho["ACOND"] = "CAIXA 1";
         for (const auto &[item, qtd] : {std::pair{"040", "3.0000"}, std::pair{"000", "2.0000"}}) {
@@ -130,6 +132,8 @@ TEST_F(ImpVendaTest, DatasetsOfASavedSaleInBrazilianFormats)
     EXPECT_EQ(cab["TELEFONE1"], "(11)98765-4321");
     EXPECT_EQ(cab["Z_UF"], "SP");
     EXPECT_EQ(cab["DATA"], "10/03/2026");
+    EXPECT_EQ(cab["OBSERVACOES"], "Entregar pela manhã <portaria>.");
+    EXPECT_EQ(cab["LOGOMARCA"], "data:image/png;base64,iVBORw0KGgo=");  // the company's picture inline
     EXPECT_EQ(cab["TOTAL"], db::escalar(t, "Select Total From TbCom Where Id = :ID", {{"ID", id}}).value<Decimal>().textoBR(2));
     // Lines by the item's code, quantities without needless decimals, serials on their line.
     const QVariantList m = i.dados["mercadorias"].toList();
@@ -202,6 +206,7 @@ TEST_F(ImpVendaTest, EveryTemplateRendersTheDocumentAndItsPdfHoldsNumberCustomer
             EXPECT_TRUE(html.contains(s)) << modelo << " " << s.toStdString();
     }
     i.modelo = "RelImpOServico";
+    EXPECT_TRUE(htmlImpressao(i).contains("Entregar pela manhã &lt;portaria&gt;."));  // texts escaped, never markup
     QTemporaryDir dir;
     const QString pdf = dir.filePath("os.pdf");
     ASSERT_TRUE(salvarRelatorioPdf(htmlImpressao(i), pdf));
@@ -209,7 +214,8 @@ TEST_F(ImpVendaTest, EveryTemplateRendersTheDocumentAndItsPdfHoldsNumberCustomer
     p.start("/usr/bin/pdftotext", {"-layout", pdf, "-"});
     ASSERT_TRUE(p.waitForFinished(30000));
     const QString texto = QString::fromUtf8(p.readAllStandardOutput());
-    for (const QString &s : {i.numero, QString("CLIENTE BOM"), total, QString("ORÇAMENTO"), QString("123.456.789-09")})
+    for (const QString &s : {i.numero, QString("CLIENTE BOM"), total, QString("ORÇAMENTO"), QString("123.456.789-09"),
+                             QString("Entregar pela manhã <portaria>.")})
         EXPECT_TRUE(texto.contains(s)) << s.toStdString() << "\n" << texto.toStdString();
 }
 
