@@ -53,8 +53,8 @@ void conferirVendaExpressa(db::Transacao &t, const Documento &d, const QDate &ho
     const QString frete = valor(f, "FRETE").toString().trimmed();
     if ((frete == "1" || frete == "2") && vazio(valor(f, "IDTRANSPORTADORA")))
         throw Recusa("Escolha a Transportadora primeiro!", "TBCOMFAT.IDTRANSPORTADORA");
-    if (frete == "1" && decimal(h, "TOTALFRETE") <= kZero)
-        throw Recusa("Digite o valor do Frete primeiro!", "TOTALFRETE");
+    if (frete == "1" && decimal(f, "TOTALFRETE") <= kZero)
+        throw Recusa("Digite o valor do Frete primeiro!", "TBCOMFAT.TOTALFRETE");
     if (std::none_of(d.linhas.begin(), d.linhas.end(), [](const Valores &l) { return valor(l, "TIPO") == "M"; }))
         throw Recusa("Inclua a(s) mercadoria(s) primeiro!", "TBCOMITENS");
 }
@@ -74,7 +74,7 @@ Decimal receberDevido(db::Transacao &t, int op, int idFat, const QDate &dia, con
         return kZero;
     // Money taken at the counter is a receipt like any other: the receivables' rights decide it.
     Sessao caixa = quem;
-    caixa.menuAtual = QStringLiteral("&Financeiro");
+    caixa.menuAtual = menuDoModulo(t, kModuloContas);
     caixa.moduloAtual = kModuloContas;
     caixa.sufixoOperacoes.clear();
     Pagamento p;
