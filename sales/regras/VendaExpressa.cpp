@@ -176,6 +176,25 @@ int adicionarPorCodigo(db::Transacao &t, Documento &d, const QString &codigo, co
     return l.at("IDITEM").toInt();
 }
 
+Decimal devidoAgora(const Documento &d)
+{
+    // As the billing takes it: the lines' subtotals, split in equal instalments with the rest on the last.
+    Decimal valor = kZero;
+    for (const Valores &l : d.linhas)
+        valor += decimal(l, "SUBTOTAL");
+    const Valores &f = d.faturamento;
+    const bool prazo = orb::valor(f, "CONDPAGTO").toString() == "P";
+    const int n = prazo ? std::max(1, orb::valor(f, "PARCELAS").toString().toInt()) : 1;
+    const bool entrada = prazo && orb::valor(f, "ENTRADA").toString() == "S";
+    const QDate dia = orb::valor(f, "DATA").toDate();
+    const Decimal parcela = valor.dividir(Decimal::inteiro(n), 2, db::Arredonda::MeioLonge);
+    Decimal devido = kZero;
+    for (int i = 1; i <= n; ++i)
+        if (!prazo || vencimentoParcela(dia, i, entrada, orb::valor(f, "PRIMVENC").toInt(), orb::valor(f, "INTVENC").toInt()) <= dia)
+            devido += i < n ? parcela : valor - parcela * Decimal::inteiro(n - 1);
+    return devido.comEscala(2);
+}
+
 QByteArray fotoDoItem(db::Transacao &t, int idItem)
 {
     return db::escalar(t, "Select First 1 Foto From TbItensFotos Where Fk = :ID and Foto Is Not Null Order By Id", {{"ID", idItem}})

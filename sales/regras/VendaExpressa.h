@@ -40,6 +40,10 @@ int adicionarPorCodigo(db::Transacao &t, Documento &d, const QString &codigo, co
 // The item's first picture (TbItensFotos, lowest ID); empty when it has none.
 QByteArray fotoDoItem(db::Transacao &t, int idItem);
 
+// What the counter takes now for the document as typed: the instalments its terms lay out due
+// on the billing date (all of an "A VISTA" sale, a down payment, a first due date of 0 days).
+db::Decimal devidoAgora(const Documento &d);
+
 // Salvar: the right, then in order customer, its situation, attendant, freight (a CIF '1' or FOB
 // '2' billing needs a carrier, a CIF one a freight value), a merchandise line; each refusal writes
 // nothing. Then the document's save, whose move to 'AA' carries kProntoVendaExpressa. The caller

@@ -289,14 +289,14 @@ void TVendaExp::mostrarDocumento()
 
 void TVendaExp::mostrarTroco()
 {
-    // Browsing, the change the sale kept; editing, what the amount typed leaves over the total.
+    // Browsing, the change the sale kept; editing, what the amount typed leaves over what is due now.
     db::Decimal troco = decimal(doc_.cabecalho, "TROCO");
     if (estado() != Estado::Navegando) {
         troco = db::Decimal("0");
         try {
             const QVariant r = lerNumeroDoCampo(C{"RECEBIDO", "Valor recebido", C::Decimal}, edRecebido_->text());
-            if (!r.isNull() && r.value<db::Decimal>() > decimal(doc_.cabecalho, "TOTAL"))
-                troco = r.value<db::Decimal>() - decimal(doc_.cabecalho, "TOTAL");
+            const db::Decimal devido = devidoAgora(doc_);
+            if (!r.isNull() && r.value<db::Decimal>() > devido) troco = r.value<db::Decimal>() - devido;
         } catch (const Recusa &) {
             // Half typed: the field's own check speaks when it is left.
         }

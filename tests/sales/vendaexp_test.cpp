@@ -148,6 +148,21 @@ TEST_F(VendaExpTest, AnyOtherFreightModeNeedsNoCarrier)
     EXPECT_EQ(recusa(t, [&] { salvarVendaExpressa(t, d, quem, kDia); }), "");
 }
 
+TEST_F(VendaExpTest, WhatIsDueNowIsWhatTheTermsLayOutOnTheBillingDate)
+{
+    const struct { const char *cond, *parcelas, *entrada; int primVenc; const char *devido; } casos[] = {
+        {"V", "01", "N", 0, "100.00"}, {"P", "03", "S", 30, "33.33"}, {"P", "03", "N", 30, "0.00"},
+        {"P", "03", "N", 0, "33.33"},  {"P", "01", "S", 30, "100.00"},
+    };
+    for (const auto &c : casos) {
+        Documento d;
+        d.linhas = {{{"SUBTOTAL", QVariant::fromValue(Decimal("60.00"))}}, {{"SUBTOTAL", QVariant::fromValue(Decimal("40.00"))}}};
+        d.faturamento = {{"DATA", kDia.date()}, {"CONDPAGTO", c.cond}, {"PARCELAS", c.parcelas}, {"ENTRADA", c.entrada},
+                         {"PRIMVENC", c.primVenc}, {"INTVENC", 30}};
+        EXPECT_EQ(devidoAgora(d), Decimal(c.devido)) << c.cond << c.parcelas << c.entrada << c.primVenc;
+    }
+}
+
 // The finishing of the counter, per payment terms and cash session.
 TEST_F(VendaExpTest, FinishingApprovesReceivesWhatIsDueNowAndDelivers)
 {
