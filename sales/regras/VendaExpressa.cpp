@@ -151,19 +151,20 @@ QString precoDoCliente(db::Transacao &t, const QVariant &idCad)
 Valores linhaPorCodigo(db::Transacao &t, const QString &codigo, const QVariant &idCliente, const Decimal &qtd)
 {
     const QString c = codigo.trimmed();
-    QVariant id;
+    Valores achado;
     // The code first, then the bar code: each lookup on its own index.
     if (!c.isEmpty())
         for (const char *coluna : {"Codigo", "CodigoBarras"}) {
-            id = db::escalar(t, QString("Select First 1 Id From TbItens Where %1 = :C and Tipo = 'M' Order By Id").arg(coluna), {{"C", c}});
-            if (!id.isNull())
+            achado = primeiraLinha(t, QString("Select First 1 Id, Codigo From TbItens Where %1 = :C and Tipo = 'M' Order By Id").arg(coluna),
+                                   {{"C", c}});
+            if (!achado.empty())
                 break;
         }
-    if (id.isNull())
+    if (achado.empty())
         throw Recusa("Mercadoria não encontrada!", "CODIGO");
-    Valores l = linhaDoItem(t, id.toInt(), precoDoCliente(t, idCliente));
+    Valores l = linhaDoItem(t, achado.at("ID").toInt(), precoDoCliente(t, idCliente));
     l["QTD"] = QVariant::fromValue(qtd);
-    l["Z_CODIGO"] = db::escalar(t, "Select Codigo From TbItens Where Id = :ID", {{"ID", id}});
+    l["Z_CODIGO"] = achado.at("CODIGO");
     return l;
 }
 
