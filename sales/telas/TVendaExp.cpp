@@ -103,13 +103,27 @@ TVendaExp::TVendaExp(QWidget *parent) : FormCadastro(kClasseVendaExpressa, kTitu
     for (int i = 1; i <= 60; ++i) cbParcelas_->addItem(QString::asprintf("%02d", i), QString::asprintf("%02d", i));
     cbCondPagto_->setFixedWidth(120);
     cbParcelas_->setFixedWidth(70);
-    linha("Pagamento", {{"TBCOMFAT.CONDPAGTO", "Condição", cbCondPagto_, 0}, {"TBCOMFAT.PARCELAS", "Parcelas", cbParcelas_, 0}});
+    // Freight only when the goods travel: CIF and FOB with a carrier, CIF with its value.
+    cbFrete_ = new QComboBox(this);
+    cbFrete_->addItem("SEM FRETE", QVariant());
+    cbFrete_->addItem("CIF", "1");
+    cbFrete_->addItem("FOB", "2");
+    cbFrete_->addItem("OUTROS", "0");
+    cbTransportadora_ = new ComboConsulta("Select Id, Nome From TbCad Where Tr = 'S' Order By Nome", {}, this);
+    edFrete_ = new CampoNumero(C{"TOTALFRETE", "Valor do frete", C::Decimal}, this);
+    edFrete_->setFixedWidth(100);
+    linha("Pagamento", {{"TBCOMFAT.CONDPAGTO", "Condição", cbCondPagto_, 0}, {"TBCOMFAT.PARCELAS", "Parcelas", cbParcelas_, 0},
+                        {"TBCOMFAT.FRETE", "Frete", cbFrete_, 0}, {"TBCOMFAT.IDTRANSPORTADORA", "Transportadora", cbTransportadora_, 2},
+                        {"TBCOMFAT.TOTALFRETE", "Valor do frete", edFrete_, 0}});
     // Names the tests and the refusals find them by, after the fields took their columns' names.
     cbCliente_->setObjectName("CbCliente");
     cbAtendente_->setObjectName("CbAtendente");
     cbEmpresa_->setObjectName("CbEmpresa");
     cbCondPagto_->setObjectName("CbCondPagto");
     cbParcelas_->setObjectName("CbParcelas");
+    cbFrete_->setObjectName("CbFrete");
+    cbTransportadora_->setObjectName("CbTransportadora");
+    edFrete_->setObjectName("EditFrete");
     edCodigo_->setObjectName("EditCodigo");
     edQtd_->setObjectName("EditQtd");
 
@@ -139,6 +153,9 @@ TVendaExp::TVendaExp(QWidget *parent) : FormCadastro(kClasseVendaExpressa, kTitu
     h->addLayout(esquerda, 1);
 
     auto *direita = new QVBoxLayout;
+    lbLegenda_ = rotulo({}, 1.2, true, painel);
+    lbLegenda_->setObjectName("LbLegenda");
+    direita->addWidget(lbLegenda_);
     foto_ = new QLabel("(sem foto)", painel);
     foto_->setObjectName("Foto");
     foto_->setFixedSize(300, 200);
@@ -260,6 +277,9 @@ void TVendaExp::lerCampos()
     f["IDEMPRESA"] = h["IDEMPRESA"];
     f["CONDPAGTO"] = cbCondPagto_->currentData();
     f["PARCELAS"] = cbParcelas_->currentData();
+    f["FRETE"] = cbFrete_->currentData();
+    f["IDTRANSPORTADORA"] = cbTransportadora_->currentData();
+    f["TOTALFRETE"] = edFrete_->valor().isNull() ? QVariant::fromValue(db::Decimal("0")) : edFrete_->valor();
 }
 
 void TVendaExp::mostrarDocumento()
@@ -272,6 +292,13 @@ void TVendaExp::mostrarDocumento()
     escolher(cbCondPagto_, valor(f, "CONDPAGTO").isNull() ? QVariant("V") : valor(f, "CONDPAGTO"));
     const QString parcelas = valor(f, "PARCELAS").toString().trimmed();
     escolher(cbParcelas_, parcelas.isEmpty() ? QStringLiteral("01") : parcelas);
+    const QString frete = valor(f, "FRETE").toString().trimmed();
+    cbFrete_->setCurrentIndex(frete.isEmpty() ? 0 : std::max(0, cbFrete_->findData(frete)));
+    escolher(cbTransportadora_, valor(f, "IDTRANSPORTADORA"));
+    edFrete_->definir(decimal(f, "TOTALFRETE").zero() ? QVariant() : valor(f, "TOTALFRETE"));
+    lbLegenda_->setText(estado() == Estado::Incluindo ? QStringLiteral("Nova Venda Expressa")
+                        : doc_.id                     ? QString::asprintf("Venda (%06d)", doc_.id)
+                                                      : QString());
     linhas_->removeRows(0, linhas_->rowCount());
     for (const Valores &l : doc_.linhas) {
         auto celula = [](const QString &s, bool numero) {
@@ -401,6 +428,7 @@ void TVendaExp::finalizar(int id)
         == Desfecho::Feito) {
         informarMonitor(id, "Entregue");
         recarregar(id);
+        lbLegenda_->setText(legendaVendaExpressa(id));  // the sale just made, by its number
     }
 }
 

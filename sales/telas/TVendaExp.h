@@ -54,13 +54,13 @@ private:
     void finalizar(int id);
 
     Documento doc_;
-    ComboConsulta *cbCliente_ = nullptr, *cbAtendente_ = nullptr, *cbEmpresa_ = nullptr;
-    QComboBox *cbCondPagto_ = nullptr, *cbParcelas_ = nullptr;
+    ComboConsulta *cbCliente_ = nullptr, *cbAtendente_ = nullptr, *cbEmpresa_ = nullptr, *cbTransportadora_ = nullptr;
+    QComboBox *cbCondPagto_ = nullptr, *cbParcelas_ = nullptr, *cbFrete_ = nullptr;
     QLineEdit *edCodigo_ = nullptr;
-    CampoNumero *edQtd_ = nullptr, *edRecebido_ = nullptr;
+    CampoNumero *edQtd_ = nullptr, *edRecebido_ = nullptr, *edFrete_ = nullptr;
     QStandardItemModel *linhas_ = nullptr;
     QTableView *gradeLinhas_ = nullptr;
-    QLabel *foto_ = nullptr, *lbItem_ = nullptr, *lbTotal_ = nullptr, *lbTroco_ = nullptr;
+    QLabel *lbLegenda_ = nullptr, *foto_ = nullptr, *lbItem_ = nullptr, *lbTotal_ = nullptr, *lbTroco_ = nullptr;
     QVariant recebido_;          // what the customer handed over, kept for the finishing after the save
     bool mostrando_ = false;     // fields being filled from the document: their signals are not the user's
     bool cancelou_ = false;      // the edit just ended by Cancelar: a new sale is offered
