@@ -79,17 +79,24 @@ TEST_F(TVendaExpTest, ACashierScansPaysAndTheSaleIsApprovedAndDeliveredAtOnce)
     f->definirMenu("Comercial", kClasseVendaExpressa);
     f->resize(1366, 700);
     f->show();
+    f->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(f));
     f->BtIncluirClick();
+    EXPECT_TRUE(f->campoCodigo()->hasFocus());  // ready for the first scan
     ASSERT_EQ(f->estado(), FormCadastro::Estado::Incluindo) << msg.avisos.join(" | ").toStdString();
     EXPECT_EQ(f->findChild<QComboBox *>("CbCliente")->currentData().toInt(), cliente);
 
     teclar(f->campoCodigo(), "M100");
+    EXPECT_TRUE(f->campoCodigo()->hasFocus() && f->campoCodigo()->text().isEmpty());  // cleared, focus kept
     teclar(f->campoQtd(), "2");  // the quantity first, then the scan
+    EXPECT_TRUE(f->campoCodigo()->hasFocus());
     teclar(f->campoCodigo(), "7891234567895");
     teclar(f->campoCodigo(), "NAOEXISTE");
     ASSERT_EQ(msg.avisos, QStringList{"Mercadoria não encontrada!"});
     EXPECT_EQ(f->campoCodigo()->text(), "NAOEXISTE");  // kept for correction
     f->campoCodigo()->clear();
+    teclar(f->campoCodigo(), "");  // nothing more to scan: on to the payment
+    EXPECT_TRUE(f->campoRecebido()->hasFocus());
     EXPECT_EQ(f->gradeLinhas()->model()->rowCount(), 2);
     EXPECT_EQ(f->gradeLinhas()->model()->index(1, 2).data().toString(), "2,0000");
     EXPECT_TRUE(f->campoQtd()->text().isEmpty());
