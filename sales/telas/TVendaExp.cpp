@@ -137,10 +137,10 @@ TVendaExp::TVendaExp(QWidget *parent) : FormCadastro(kClasseVendaExpressa, kTitu
     entrada->addWidget(edQtd_);
     entrada->addWidget(new QLabel("Código", painel));
     entrada->addWidget(edCodigo_, 1);
-    auto *btExcluir = new QPushButton("Excluir item (Del)", painel);
-    btExcluir->setObjectName("BtExcluirItem");
-    btExcluir->setFocusPolicy(Qt::NoFocus);
-    entrada->addWidget(btExcluir);
+    btExcluirItem_ = new QPushButton("Excluir item (Del)", painel);
+    btExcluirItem_->setObjectName("BtExcluirItem");
+    btExcluirItem_->setFocusPolicy(Qt::NoFocus);
+    entrada->addWidget(btExcluirItem_);
     esquerda->addLayout(entrada);
     linhas_ = new QStandardItemModel(0, 5, this);
     linhas_->setHorizontalHeaderLabels({"Código", "Descrição", "Qtd", "Preço unitário", "Total"});
@@ -191,7 +191,7 @@ TVendaExp::TVendaExp(QWidget *parent) : FormCadastro(kClasseVendaExpressa, kTitu
     grade()->setMinimumHeight(90);
     divisor()->setSizes({110, 0, 500});
 
-    connect(btExcluir, &QPushButton::clicked, this, &TVendaExp::BtExcluirItemClick);
+    connect(btExcluirItem_, &QPushButton::clicked, this, &TVendaExp::BtExcluirItemClick);
     auto *del = new QShortcut(QKeySequence(Qt::Key_Delete), gradeLinhas_, nullptr, nullptr, Qt::WidgetShortcut);
     connect(del, &QShortcut::activated, this, &TVendaExp::BtExcluirItemClick);
     connect(cbCondPagto_, &QComboBox::currentIndexChanged, this, &TVendaExp::CbCondPagtoExit);
@@ -258,6 +258,7 @@ void TVendaExp::limpar()
     doc_ = estado() == Estado::Incluindo ? incluirVendaExpressa(transacao(), quem(), QDateTime::currentDateTime()) : Documento{};
     mostrarDocumento();
     mostrarFoto({}, {});
+    edRecebido_->definir({});
 }
 
 void TVendaExp::carregar(db::Transacao &t, int id)
@@ -265,6 +266,14 @@ void TVendaExp::carregar(db::Transacao &t, int id)
     doc_ = lerDocumento(t, id);
     mostrarDocumento();
     mostrarFoto({}, {});
+    // What the customer handed over: what was paid and the change given back.
+    const db::Decimal entregue = decimal(doc_.cabecalho, "TOTALPAGO") + decimal(doc_.cabecalho, "TROCO");
+    edRecebido_->definir(entregue.zero() ? QVariant() : QVariant::fromValue(entregue));
+}
+
+void TVendaExp::estadoMudou()
+{
+    btExcluirItem_->setEnabled(estado() != Estado::Navegando);
 }
 
 void TVendaExp::lerCampos()

@@ -9,6 +9,7 @@
 class QComboBox;
 class QLabel;
 class QLineEdit;
+class QPushButton;
 class QStandardItemModel;
 class QTableView;
 
@@ -45,6 +46,7 @@ protected:
     bool montarBusca(const QString &ordem, const QString &texto, Busca busca, QString &sql, std::map<QString, QVariant> &p) override;
     bool confirmarCancelamento() override;
     bool eventFilter(QObject *o, QEvent *e) override;
+    void estadoMudou() override;
 
 private:
     void lerCampos();
@@ -60,6 +62,7 @@ private:
     CampoNumero *edQtd_ = nullptr, *edRecebido_ = nullptr, *edFrete_ = nullptr;
     QStandardItemModel *linhas_ = nullptr;
     QTableView *gradeLinhas_ = nullptr;
+    QPushButton *btExcluirItem_ = nullptr;
     QLabel *lbLegenda_ = nullptr, *foto_ = nullptr, *lbItem_ = nullptr, *lbTotal_ = nullptr, *lbTroco_ = nullptr;
     QVariant recebido_;          // what the customer handed over, kept for the finishing after the save
     bool mostrando_ = false;     // fields being filled from the document: their signals are not the user's
