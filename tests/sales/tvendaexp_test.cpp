@@ -140,6 +140,17 @@ TEST_F(TVendaExpTest, ACashierScansPaysAndTheSaleIsApprovedAndDeliveredAtOnce)
     EXPECT_EQ(f->findChild<QLabel *>("LbLegenda")->text(), QString::asprintf("Nova Venda Expressa (%06d)", id));
 }
 
+TEST_F(TVendaExpTest, TheBrowseStartsInTheOrderTheParametersName)
+{
+    {
+        db::Transacao t(tabs.DbORB());
+        db::executar(t, "Insert Into TbParVendas (Data, ConsultaVE) Values ('2021-01-01', 'CLIENTE')");
+        t.commit();
+    }
+    TVendaExp f;
+    EXPECT_EQ(f.findChild<QComboBox *>("CbOrdem")->currentText(), "CLIENTE");
+}
+
 TEST_F(TVendaExpTest, CancelarTracesTheOperationAndOffersANewSale)
 {
     TVendaExp f;
