@@ -124,8 +124,11 @@ TEST_F(TVendaExpTest, ACashierScansPaysAndTheSaleIsApprovedAndDeliveredAtOnce)
     EXPECT_EQ(escalar("Select First 1 Status From TbComSt Where Fk = :ID Order By Id Desc", id).toString(), "EN");
     EXPECT_EQ(escalar("Select Count(*) From TbComSt Where Fk = :ID and Observacoes = 'Pronto ser aprovação.'", id).toInt(), 1);
     for (const auto &[item, qtd] : {std::pair{cem, "-1.0000"}, std::pair{vinte, "-2.0000"}})
-        EXPECT_EQ(escalar(QString("Select EstAtual From TbItensEst Where IdEmpresa = %1 and Fk = :ID").arg(empresa), item).value<Decimal>(),
-                  Decimal(qtd));
+    {
+        db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+        EXPECT_EQ(db::escalar(t, "Select EstAtual From TbItensEst Where IdEmpresa = :E and Fk = :ID", {{"E", empresa}, {"ID", item}})
+                      .value<Decimal>(), Decimal(qtd));
+    }
     db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
     db::Consulta q(t, "Select C.Parcela, C.Valor, C.NaoQuitado From TbContas C Join TbComFat F On (F.Id = C.Fk) Where C.Fks = 1 and "
                       "F.Fk = :ID Order By C.Vencimento, C.Parcela");
