@@ -402,8 +402,9 @@ int salvarDocumento(db::Transacao &t, Documento &d, const Sessao &quem, const QD
         statusInicial(t, d.id, m.op, agora, quem.idUsuario ? QVariant(quem.idUsuario) : QVariant());
     const QString st = statusAtual(t, d.id);
     const QVariant resp = quem.idUsuario ? QVariant(quem.idUsuario) : QVariant();
+    const QString pronto = !d.notaPronto.isEmpty() ? d.notaPronto : m.op == 2 ? kProntoAnalise : QStringLiteral("Pronto para aprovação.");
     if (st == "AO" && !semPreco)
-        acrescentarStatus(t, d.id, m.op, {"AA", m.op == 2 ? kProntoAnalise : QStringLiteral("Pronto para aprovação."), agora, resp});
+        acrescentarStatus(t, d.id, m.op, {"AA", pronto, agora, resp});
     else if (st == "AO" && semPreco && novo)
         db::executar(t, "Update TbComSt Set Observacoes = :O Where Id = (Select Max(Id) From TbComSt Where Fk = :FK)",
                      {{"O", kSemPreco}, {"FK", d.id}});

@@ -18,6 +18,7 @@ struct Documento {
     QList<Valores> linhas;        // TBCOMITENS; "ID" absent or 0 for a new line; "Z_SERIAIS" a QStringList
     QList<int> linhasExcluidas;   // IDs of lines removed in this edit
     Valores faturamento;          // TBCOMFAT (one billing per document)
+    QString notaPronto;           // the note of the save's move to 'AA' when not the usual one
 };
 
 // "Nova Venda (000012)".

@@ -1,5 +1,6 @@
 #include "FormsVendas.h"
 
+#include "TVendaExp.h"
 #include "TVendas.h"
 #include "principal/Menus.h"
 
@@ -11,6 +12,7 @@ void registrarVendas()
     for (const ModoOperacao &m : modosOperacao())
         if (!m.classe.isEmpty())
             registrarFormulario(m.classe, [codigo = m.codigo](QWidget *p) { return new TVendas(codigo, p); });
+    registrarFormulario(kClasseVendaExpressa, [](QWidget *p) { return new TVendaExp(p); });
 }
 
 } // namespace orb
