@@ -192,12 +192,13 @@ ModeloImpressao modeloImpressao(int op, const QString &tipoImpressao)
     throw Recusa("Esta operação não pode ser impressa!");
 }
 
-Impressao prepararImpressao(db::Transacao &t, int op, int id, const QDateTime &dataApr, const QDateTime &dataEnt, const Sessao &quem)
+Impressao prepararImpressao(db::Transacao &t, int op, int id, const QDateTime &dataApr, const QDateTime &dataEnt, const Sessao &quem,
+                            const QString &sufixo)
 {
     exigirOperacao(t, quem, "Imprimir");
     modeloImpressao(op, {});  // a kind without a printout is refused before anything is read
     const QVariantMap par = parametros(t, modoDoOp(op).parametros);
-    const ModeloImpressao m = modeloImpressao(op, par.value("TIPOIMPRESSAO").toString().trimmed());
+    const ModeloImpressao m = modeloImpressao(op, par.value("TIPOIMPRESSAO" + sufixo).toString().trimmed());
 
     const QVariantList cab = linhas(t, kCabecalho, {{"ID", id}, {"OP", op}});
     if (cab.isEmpty())
@@ -259,10 +260,10 @@ Impressao prepararImpressao(db::Transacao &t, int op, int id, const QDateTime &d
     d["TEMPARCELAS"] = !d["parcelas"].toList().isEmpty();
 
     // The report variables.
-    d["IMPCONTRINTERNO"] = par.value("IMPCONTRINTERNO").toString() == "S";
+    d["IMPCONTRINTERNO"] = par.value("IMPCONTRINTERNO" + sufixo).toString() == "S";
     d["GARANTIA"] = par.value("GARANTIA").toString();
     d["MENSGARANTIA"] = par.value("MENSGARANTIA").toString();
-    d["MENSAGEM"] = par.value("MENSAGEM").toString();
+    d["MENSAGEM"] = par.value("MENSAGEM" + sufixo).toString();
     // The closing message of the step reached: the delivery's, else the approval's.
     d["MENSFINAL"] = dataEnt.isValid() ? par.value("MENSENTREGA").toString()
                      : dataApr.isValid() ? par.value("MENSAPROVACAO").toString() : QString();

@@ -31,8 +31,10 @@ struct Impressao {
 
 // The right "Imprimir" of the screen in `quem`, then the document `id` of kind `op` read with its
 // datasets. `dataApr` and `dataEnt` (invalid when not reached) choose the closing messages; a
-// document not approved, still in 'AO' or 'AA', is titled "ORÇAMENTO".
-Impressao prepararImpressao(db::Transacao &t, int op, int id, const QDateTime &dataApr, const QDateTime &dataEnt, const Sessao &quem);
+// document not approved, still in 'AO' or 'AA', is titled "ORÇAMENTO". `sufixo` "VE" reads the
+// express sale's print settings (TIPOIMPRESSAOVE, IMPCONTRINTERNOVE, MENSAGEMVE) of TbParVendas.
+Impressao prepararImpressao(db::Transacao &t, int op, int id, const QDateTime &dataApr, const QDateTime &dataEnt, const Sessao &quem,
+                            const QString &sufixo = {});
 // The template filled in.
 QString htmlImpressao(const Impressao &i);
 

@@ -2,6 +2,7 @@
 
 #include "ImpVenda.h"
 #include "Recusa.h"
+#include "TDataAprovacaoVendas.h"
 #include "dados/Tabs.h"
 #include "relatorios/Relatorios.h"
 #include "ui/Mensagens.h"
@@ -17,13 +18,13 @@
 namespace orb {
 
 bool ImpVenda(int op, int id, const QDateTime &dataApr, const QDateTime &dataEnt, const QString &saida, const QString &dest,
-              const QString &formato, QWidget *parent, const Sessao &quem)
+              const QString &formato, QWidget *parent, const Sessao &quem, const QString &sufixo)
 {
     Tabs->Deb("procedure TTabs.ImpVenda(Op, Id: String; DataApr, DataEnt: TDateTime; Saida: String = 'T'; Dest: String = ''; "
               "Formato: String = 'P')");
     try {
         db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
-        const Impressao i = prepararImpressao(t, op, id, dataApr, dataEnt, quem);
+        const Impressao i = prepararImpressao(t, op, id, dataApr, dataEnt, quem, sufixo);
         const QString html = htmlImpressao(i);
         if (saida != "E") {
             t.rollback();
@@ -43,8 +44,27 @@ bool ImpVenda(int op, int id, const QDateTime &dataApr, const QDateTime &dataEnt
     return false;
 }
 
-TOpEmailVendas::TOpEmailVendas(int op, int id, const QDateTime &dataApr, const QDateTime &dataEnt, const Sessao &quem, QWidget *parent)
-    : QDialog(parent), op_(op), id_(id), dataApr_(dataApr), dataEnt_(dataEnt), quem_(quem)
+void imprimirDocumento(int op, int id, const QString &saida, const Sessao &quem, QWidget *parent, const QString &sufixo)
+{
+    QDateTime apr, ent;
+    {
+        db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
+        db::Consulta q(t, "Select First 1 DataAprovacao, DataEntrega From TbComFat Where Fk = :ID Order By Data, Id");
+        q.bind("ID", id);
+        q.executar();
+        if (q.proxima()) apr = q[0].toDateTime(), ent = q[1].toDateTime();
+    }
+    if (saida != "E") {
+        ImpVenda(op, id, apr, ent, "T", {}, "P", parent, quem, sufixo);
+        return;
+    }
+    TOpEmailVendas d(op, id, apr, ent, quem, parent, sufixo);
+    executarDialogo(d);
+}
+
+TOpEmailVendas::TOpEmailVendas(int op, int id, const QDateTime &dataApr, const QDateTime &dataEnt, const Sessao &quem, QWidget *parent,
+                               const QString &sufixo)
+    : QDialog(parent), op_(op), id_(id), dataApr_(dataApr), dataEnt_(dataEnt), quem_(quem), sufixo_(sufixo)
 {
     Tabs->Deb("procedure TOpEmailVendas.FormCreate(Sender: TObject)");
     setWindowTitle("Enviar por E-mail");
@@ -88,7 +108,7 @@ void TOpEmailVendas::BtOkClick()
         return;
     }
     // A refusal keeps the dialog open with the address as typed.
-    if (ImpVenda(op_, id_, dataApr_, dataEnt_, "E", email, cbFormato->currentData().toString(), this, quem_)) {
+    if (ImpVenda(op_, id_, dataApr_, dataEnt_, "E", email, cbFormato->currentData().toString(), this, quem_, sufixo_)) {
         Mensagem("E-mail enviado para " + email + "!");
         accept();
     }

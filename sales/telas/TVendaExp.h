@@ -36,6 +36,8 @@ public:
     QLabel *total() const { return lbTotal_; }
 
 protected:
+    // Imprimir (F6) prints the sale under the cursor with the express sale's print settings.
+    void imprimir() override;
     void limpar() override;
     void carregar(db::Transacao &t, int id) override;
     int gravar(db::Transacao &t, int id) override;

@@ -64,8 +64,6 @@ protected:
 private:
     void criarBotoesPassos();
     void criarBotaoEmail();
-    // The approval and delivery dates of the document's billing (invalid when not reached).
-    QPair<QDateTime, QDateTime> datasDoDocumento(int id);
     void lerCampos();
     void mostrarDocumento();
     void recalcularTela();

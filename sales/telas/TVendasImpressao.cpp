@@ -1,8 +1,8 @@
-// The printout of the document under the cursor: Imprimir (F6) previews it, the "E-mail" button
-// mails it through "Enviar por E-mail". Both need the mode's right "Imprimir".
+// The printout of the document under the cursor on the sales screens: Imprimir (F6) previews it,
+// the "E-mail" button mails it through "Enviar por E-mail". Both need the right "Imprimir".
 
 #include "TOpEmailVendas.h"
-#include "TDataAprovacaoVendas.h"
+#include "TVendaExp.h"
 #include "TVendas.h"
 #include "dados/Tabs.h"
 
@@ -26,22 +26,11 @@ void TVendas::estadoMudou()
     if (auto *b = findChild<QPushButton *>("BtEmail")) b->setEnabled(estado() == Estado::Navegando);
 }
 
-QPair<QDateTime, QDateTime> TVendas::datasDoDocumento(int id)
-{
-    db::Transacao t(Tabs->DbORB(), db::Modo::Leitura);
-    db::Consulta q(t, "Select First 1 DataAprovacao, DataEntrega From TbComFat Where Fk = :ID Order By Data, Id");
-    q.bind("ID", id);
-    q.executar();
-    if (!q.proxima()) return {};
-    return {q[0].toDateTime(), q[1].toDateTime()};
-}
-
 void TVendas::imprimir()
 {
     const int id = idAtual();
     if (!id) return FormCadastro::imprimir();
-    const auto [apr, ent] = datasDoDocumento(id);
-    ImpVenda(modo_.op, id, apr, ent, "T", {}, "P", this, quem());
+    imprimirDocumento(modo_.op, id, "T", quem(), this);
 }
 
 void TVendas::BtEmailClick()
@@ -49,9 +38,14 @@ void TVendas::BtEmailClick()
     Tabs->Deb("procedure " + QString(modo_.classe.isEmpty() ? "TVendas" : modo_.classe) + ".BtEmailClick(Sender: TObject)");
     const int id = idAtual();
     if (estado() != Estado::Navegando || !id || !permitido("Imprimir")) return;
-    const auto [apr, ent] = datasDoDocumento(id);
-    TOpEmailVendas d(modo_.op, id, apr, ent, quem(), this);
-    executarDialogo(d);
+    imprimirDocumento(modo_.op, id, "E", quem(), this);
+}
+
+void TVendaExp::imprimir()
+{
+    const int id = idAtual();
+    if (!id) return FormCadastro::imprimir();
+    imprimirDocumento(1, id, "T", quem(), this, "VE");
 }
 
 } // namespace orb

@@ -173,6 +173,20 @@ TEST_F(ImpVendaTest, QuotationUntilApprovedAndClosingMessagesByStep)
     }
 }
 
+TEST_F(ImpVendaTest, TheExpressSaleHasPrintSettingsOfItsOwn)
+{
+    const int id = salvar();
+    db::executar(t, "Insert Into TbParVendas (Data, TipoImpressao, TipoImpressaoVE, Mensagem, MensagemVE) "
+                    "Values ('2026-01-01', 'F', 'C', 'Volte sempre!', 'Obrigado, volte sempre!')");
+    const struct { const char *sufixo, *modelo, *mensagem; } casos[] = {
+        {"", "RelImpVenda", "Volte sempre!"}, {"VE", "RelImpVendaTk", "Obrigado, volte sempre!"}};
+    for (const auto &k : casos) {
+        const Impressao i = prepararImpressao(t, 1, id, {}, {}, adm, k.sufixo);
+        EXPECT_EQ(i.modelo, QString(k.modelo));
+        EXPECT_EQ(i.dados["MENSAGEM"], QString(k.mensagem));
+    }
+}
+
 TEST_F(ImpVendaTest, MailBodyAndSubject)
 {
     const int id = salvar();
