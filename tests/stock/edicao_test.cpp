@@ -13,8 +13,6 @@
 #include <QComboBox>
 #include <QImage>
 #include <QLineEdit>
-#include <QFileInfo>
-#include <QProcess>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTableWidget>
@@ -257,7 +255,7 @@ TEST_F(EdicaoTest, InventoryMovementFailedLineThenCorrected)
 // before the commit, as a workstation switched off at that moment would.
 TEST(EdicaoInterrompida, Filho)
 {
-    const QString banco = qEnvironmentVariable("ORB_TESTE_BANCO_FILHO");
+    const QString banco = teste::bancoDoFilho();
     if (banco.isEmpty()) GTEST_SKIP() << "só como processo filho";
     TTabs tabs;
     Tabs = &tabs;
@@ -289,21 +287,10 @@ TEST(EdicaoInterrompida, NothingOfTheItemSurvivesAKillBeforeTheCommit)
 {
     teste::BancoTemporario bt;
     Cenario c(bt.banco());
-    bt.fechar();  // the embedded engine opens the file for one process at a time
-    QProcess filho;
-    QProcessEnvironment env = teste::ambienteFilho(QFileInfo(bt.caminho()).absolutePath());
-    env.insert("ORB_TESTE_BANCO_FILHO", bt.caminho());
-    filho.setProcessEnvironment(env);
-    filho.start(QCoreApplication::applicationFilePath(), {"--gtest_filter=EdicaoInterrompida.Filho"});
-    ASSERT_TRUE(filho.waitForFinished(60000));
-    ASSERT_EQ(filho.exitStatus(), QProcess::CrashExit) << filho.readAll().toStdString();
-    bt.reabrir();
+    ASSERT_EQ(teste::filhoInterrompido(bt, "EdicaoInterrompida.Filho"), "");
     db::Transacao t(bt.banco(), db::Modo::Leitura);
-    EXPECT_EQ(contar(t, "select count(*) from TbItens"), 0);
-    EXPECT_EQ(contar(t, "select count(*) from TbItensEst"), 0);
-    EXPECT_EQ(contar(t, "select count(*) from TbItensFotos"), 0);
-    EXPECT_EQ(contar(t, "select count(*) from TbItensForn"), 0);
-    EXPECT_EQ(contar(t, "select count(*) from TbLog"), 0);
+    for (const char *tabela : {"TbItens", "TbItensEst", "TbItensFotos", "TbItensForn", "TbLog"})
+        EXPECT_EQ(contar(t, QString("select count(*) from ") + tabela), 0) << tabela;
 }
 
 } // namespace
