@@ -3,7 +3,7 @@
 // before the commit leaves nothing, and deletions log every row that goes.
 
 #include "Estoque.h"
-#include "Inventario.h"
+#include "Movimentacao.h"
 #include "TEstoque.h"
 #include "TInventario.h"
 #include "apoio/TabsTeste.h"
@@ -206,31 +206,15 @@ TEST_F(EdicaoTest, DeletionLogsTheItemAndEachDetailRow)
 // writes the header and both lines once.
 TEST_F(EdicaoTest, InventoryMovementFailedLineThenCorrected)
 {
-    int grupo = 0, sub = 0, papel = 0, resp = 0;
+    std::unique_ptr<teste::PapelNoAlmoxarifado> p;
     {
         db::Transacao t(tabs.DbORB());
-        grupo = db::escalar(t, "insert into TbGrupos (Codigo, Grupo) values (1, 'ESCRITÓRIO') returning Id").toInt();
-        sub = db::escalar(t, "insert into TbGruposSub (Fk, Codigo, Subgrupo) values (:G, 1, 'PAPEL') returning Id", {{"G", grupo}}).toInt();
-        papel = db::escalar(t, "insert into TbInventario (Tipo, Codigo, Descricao, Un, IdGrupo, IdSubgrupo, EstAtual) "
-                               "values ('ESTOQUE', 1, 'Papel A4', 'CX', :G, :S, 10) returning Id", {{"G", grupo}, {"S", sub}}).toInt();
-        resp = db::escalar(t, "insert into TbCad (Codigo, Nome, Apelido, Fu, Pessoa) values (77, 'Ana Lima', 'ANA', 'S', 'F') "
-                              "returning Codigo").toInt();
+        p = std::make_unique<teste::PapelNoAlmoxarifado>(t, 10);
         t.commit();
     }
-    auto linha = [&](const QString &obs) {
-        Valores l = novaLinha();
-        l.insert({{"IDGRUPO", grupo}, {"IDSUBGRUPO", sub}, {"IDINVENTARIO", papel}, {"QTD", QVariant::fromValue(D("2"))},
-                  {"ORIGEM", "Almoxarifado"}, {"DESTINO", "Recepção"}, {"CODREMETENTE", resp}, {"CODDESTINATARIO", resp}});
-        l["OBSERVACOES"] = obs;
-        return l;
-    };
-    Valores cab = novaMovimentacao(QDate(2026, 11, 23));
-    cab["FORMAENVIORECTO"] = kViaOutros;
-    cab["CODRESPMOVIMENTACAO"] = resp;
-    Linhas linhas{linha("primeira")};
-    Valores segunda = linha(QString::fromUtf8("urgente \xE2\x9C\x93"));  // a check mark: outside WIN1252
-    segunda["TIPOMOVIMENTACAO"] = kEntrada;
-    linhas << segunda;
+    const Valores cab = p->cabecalho();
+    Linhas linhas{p->linha("2"), p->linha("2", kEntrada)};
+    linhas[1]["OBSERVACOES"] = QString::fromUtf8("urgente \xE2\x9C\x93");  // a check mark: outside WIN1252
 
     db::Transacao &t = tabs.Tr("TrMovInventario");
     t.iniciar();

@@ -23,6 +23,8 @@ using D = db::Decimal;
 
 namespace {
 
+using teste::recusa;
+
 QVariant dec(const char *s) { return QVariant::fromValue(D(s)); }
 D lido(const Valores &v, const QString &c) { return v.at(c).value<D>(); }
 
@@ -146,15 +148,6 @@ struct EstoqueTest : teste::ComTabs {
         l.minimo = D(minimo);
         l.maximo = D(maximo);
         return salvarItem(t, 0, v, {l}, "CO", teste::administrador(t));
-    }
-    static QString recusa(const std::function<void()> &f)
-    {
-        try {
-            f();
-        } catch (const Recusa &r) {
-            return r.texto;
-        }
-        return {};
     }
 };
 
@@ -338,10 +331,10 @@ TEST_F(EstoqueTest, FiltersSelectTheExpectedItems)
         salvar(t, "F4", "Serrote", {{"DISPVENDA", "N"}, {"DISPWEB", "S"}, {"VERSAO", "C"}}, "6", "2", "10");
         t.commit();
     }
-    auto codigos = [&](const QString &ordem, const QString &texto, const FiltroEstoque &f) {
+    auto codigos = [&](const QString &ordem, const QString &texto, const FiltroEstoque &f, Busca b = Busca::Trecho) {
         std::map<QString, QVariant> p;
         db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
-        db::Consulta q(t, sqlEstoque(ordem, texto, f, p));
+        db::Consulta q(t, sqlEstoque(ordem, texto, f, p, b));
         for (const auto &[k, x] : p) q.bind(k, x);
         q.executar();
         QStringList r;
@@ -378,20 +371,10 @@ TEST_F(EstoqueTest, FiltersSelectTheExpectedItems)
     for (const auto &c : casos) EXPECT_EQ(codigos(c.ordem, c.texto, c.f), c.esperado) << c.nome;
 
     // While typing: the description's start, or a whole code.
-    auto digitando = [&](const QString &ordem, const QString &texto) {
-        std::map<QString, QVariant> p;
-        db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
-        db::Consulta q(t, sqlEstoque(ordem, texto, {}, p, Busca::Inicio));
-        for (const auto &[k, x] : p) q.bind(k, x);
-        q.executar();
-        QStringList r;
-        while (q.proxima()) r << q["CODIGO"].toString();
-        return r.join(",");
-    };
     const struct { QString ordem, texto; const char *esperado; } inicio[] = {
         {"DESCRIÇÃO", "mar", "F3"}, {"DESCRIÇÃO", "arte", ""}, {"TODOS", "F2", "F2"}, {"TODOS", "s", "F4"}, {"TODOS", "obra", ""},
     };
-    for (const auto &c : inicio) EXPECT_EQ(digitando(c.ordem, c.texto), c.esperado) << c.ordem.toStdString() << "/" << c.texto.toStdString();
+    for (const auto &c : inicio) EXPECT_EQ(codigos(c.ordem, c.texto, {}, Busca::Inicio), c.esperado) << c.ordem.toStdString() << "/" << c.texto.toStdString();
 }
 
 // As a cashier would: Incluir, type the item with its cost and prices and the shop's stock on the
