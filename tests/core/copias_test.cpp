@@ -345,10 +345,7 @@ struct CopiaNoServidor : ::testing::Test {
     {
         if (!teste::ServidorFirebird::disponivel()) return;
         servidor = std::make_unique<teste::ServidorFirebird>();
-        conexao.banco = servidor->endereco("ORBManager.fdb");
-        conexao.usuario = servidor->usuario();
-        conexao.senha = servidor->senha();
-        esquema::criarBanco(conexao);
+        conexao = servidor->bancoNovo();
     }
     static void TearDownTestSuite() { servidor.reset(); }
     void SetUp() override

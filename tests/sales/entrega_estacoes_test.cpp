@@ -5,7 +5,6 @@
 #include "Entregas.h"
 #include "Status.h"
 #include "apoio/ServidorFirebird.h"
-#include "schema/Atualizacao.h"
 
 #include <QElapsedTimer>
 #include <csignal>
@@ -19,8 +18,7 @@ TEST(EntregaEstacoes, TwoWorkstationsApprovingAtOnceOneSucceedsTheOtherIsRefused
 {
     if (!teste::ServidorFirebird::disponivel()) GTEST_SKIP() << teste::ServidorFirebird::motivoIndisponivel().toStdString();
     teste::ServidorFirebird servidor;
-    const db::Conexao c{servidor.endereco("ORBManager.fdb"), servidor.usuario(), servidor.senha()};
-    esquema::criarBanco(c);
+    const db::Conexao c = servidor.bancoNovo();
     int id = 0;
     Sessao adm;
     {

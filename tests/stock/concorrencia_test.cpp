@@ -4,7 +4,6 @@
 #include "Movimentacao.h"
 #include "apoio/BancoTeste.h"
 #include "apoio/ServidorFirebird.h"
-#include "schema/Atualizacao.h"
 
 #include <QDate>
 #include <atomic>
@@ -18,8 +17,7 @@ TEST(Concorrencia, RacingApprovalsMoveTheStockOncePerStep)
 {
     if (!teste::ServidorFirebird::disponivel()) GTEST_SKIP() << teste::ServidorFirebird::motivoIndisponivel().toStdString();
     teste::ServidorFirebird servidor;
-    const db::Conexao c{servidor.endereco("ORBManager.fdb"), servidor.usuario(), servidor.senha()};
-    esquema::criarBanco(c);
+    const db::Conexao c = servidor.bancoNovo();
     int papel = 0, codigo = 0;
     {
         auto b = db::Banco::abrir(c);
