@@ -1,5 +1,6 @@
 // Stock items: the price composition, code uniqueness, the save and delete rules, the browse
-// filters on a small fixture, and one item registered through the screen.
+// filters on a small fixture, and the stock sheet at the keyboard (the first item typed whole:
+// primeira_hora_test).
 
 #include "Estoque.h"
 #include "TEstoque.h"
@@ -375,48 +376,6 @@ TEST_F(EstoqueTest, FiltersSelectTheExpectedItems)
         {"DESCRIÇÃO", "mar", "F3"}, {"DESCRIÇÃO", "arte", ""}, {"TODOS", "F2", "F2"}, {"TODOS", "s", "F4"}, {"TODOS", "obra", ""},
     };
     for (const auto &c : inicio) EXPECT_EQ(codigos(c.ordem, c.texto, {}, Busca::Inicio), c.esperado) << c.ordem.toStdString() << "/" << c.texto.toStdString();
-}
-
-// As a cashier would: Incluir, type the item with its cost and prices and the shop's stock on the
-// general sheet, Salvar, then find it by its bar code.
-TEST_F(EstoqueTest, ItemRegisteredThroughTheScreen)
-{
-    TEstoque f;
-    f.show();
-    QApplication::setActiveWindow(&f);
-    f.BtIncluirClick();
-    ASSERT_EQ(f.estado(), FormCadastro::Estado::Incluindo);
-    ASSERT_EQ(f.estoques().size(), 1);  // the principal company's row, at once
-    auto digitar = [&](const char *campo, const QString &texto) {
-        auto *e = f.findChild<QLineEdit *>(campo);
-        e->setFocus();
-        e->selectAll();
-        e->insert(texto);
-        e->clearFocus();  // leaving the field runs its rules
-    };
-    digitar("CODIGO", "CAN-01");
-    digitar("CODIGOBARRAS", "7890000000012");
-    digitar("DESCRICAO", "Caneta esferográfica azul");
-    digitar("UN", "UN");
-    f.findChild<QComboBox *>("IDFABRICANTE")->setCurrentIndex(1);
-    digitar("CUSTO", "1,20");
-    digitar("PERCLUCROMINVAR", "100");
-    digitar("PRVENDAVAR", "2,50");
-    EXPECT_EQ(f.valorDoCampo("PRVENDAMINVAR").value<D>(), D("2.4"));  // proposed as the field is left
-    EXPECT_EQ(f.valorDoCampo("PERCMCVAR").value<D>(), D("108.33"));
-    digitar("Z_ESTATUALP", "35");
-    f.BtSalvarClick();
-    ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
-
-    auto *ordem = f.findChild<QComboBox *>("CbOrdem");
-    ordem->setCurrentText("CÓDIGO BARRAS");
-    auto *busca = f.findChild<QLineEdit *>("EdBusca");
-    busca->setText("0000000012");
-    f.pesquisar();
-    ASSERT_EQ(f.modelo()->rowCount(), 1);
-    EXPECT_EQ(f.modelo()->valor(0, "DESCRICAO").toString(), "Caneta esferográfica azul");
-    EXPECT_EQ(f.modelo()->valor(0, "Z_ESTATUAL").value<D>(), D("35"));
-    EXPECT_EQ(f.modelo()->valor(0, "PRVENDAVAR").value<D>(), D("2.5"));
 }
 
 // The totals per item follow every change of a stock row, whatever writes it, and an existing
