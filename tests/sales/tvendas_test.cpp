@@ -1,9 +1,8 @@
 // The operation form driven like a user: each kind's mode, a term sale typed, saved and opened again,
 // a service order's packaging, serials on a line.
 
-#include "Cenario.h"
 #include "FormsVendas.h"
-#include "TVendas.h"
+#include "Telas.h"
 #include "principal/Menus.h"
 #include "apoio/TabsTeste.h"
 #include "ui/ComboConsulta.h"
@@ -37,20 +36,8 @@ struct TVendasTest : teste::ComTabs {
     }
 };
 
-void escolher(QWidget *w, const QVariant &id)
-{
-    auto *cb = static_cast<QComboBox *>(w);
-    if (auto *cc = qobject_cast<ComboConsulta *>(cb)) cc->recarregar();
-    cb->setCurrentIndex(cb->findData(id));
-}
-
-// The customer, attendant and company of the scenario on the header.
-void partes(TVendas &f, const teste::CenarioVendas &c)
-{
-    escolher(f.findChild<ComboConsulta *>("CbCliente"), c.cliente);
-    escolher(f.findChild<ComboConsulta *>("CbAtendente"), c.atendente);
-    escolher(f.findChild<ComboConsulta *>("CbEmpresa"), c.empresa);
-}
+using teste::escolher;
+using teste::partes;
 
 // Every kind a menu names opens the one form in its own mode: caption of the party, total label and the
 // fields only that kind has.
