@@ -70,6 +70,13 @@ QProcessEnvironment ambienteFilho(const QString &pasta)
     return env;
 }
 
+void abrirCaixa(db::Transacao &t, const QDate &dia, int resp, bool fechado)
+{
+    db::executar(t, "Insert Into TbAbEncMov (Data, DataAb, IdRespAb, DataEnc, IdRespEnc) Values (:D, :A, :R, :E, :RE)",
+                 {{"D", dia}, {"A", QDateTime(dia, QTime(7, 0))}, {"R", resp},
+                  {"E", fechado ? QVariant(QDateTime(dia, QTime(18, 0))) : QVariant()}, {"RE", fechado ? QVariant(resp) : QVariant()}});
+}
+
 QString recusa(db::Transacao &t, const std::function<void()> &f)
 {
     try {

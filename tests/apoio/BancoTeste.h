@@ -50,6 +50,9 @@ orb::Sessao administrador(db::Transacao &t, const QString &menu = QStringLiteral
 // shared mutexes leaves it held for good, and every later process using the same folder waits.
 QProcessEnvironment ambienteFilho(const QString &pasta);
 
+// The cash session of `dia` opened by `resp` at 07:00 and, when `fechado`, closed by them at 18:00.
+void abrirCaixa(db::Transacao &t, const QDate &dia, int resp, bool fechado = false);
+
 // The refusal's text when `f`, tried once in `t`, refuses; empty when it goes through.
 QString recusa(db::Transacao &t, const std::function<void()> &f);
 // The same without a savepoint: what `f` wrote before refusing stays for the caller to see.

@@ -68,8 +68,7 @@ TEST_F(AprovacaoTest, ApprovalChecksInOrderAndWritesNothingOnARefusal)
     db::executar(t, "Insert Into TbCadSit (Situacao, Data, Motivo, Fk) Values ('A', '2026-03-02', '', :C)", {{"C", v.c.cliente}});
     EXPECT_EQ(recusa(t, [&] { aprovarOperacao(t, id, kDia, "A", v.adm); }),
               "Não é possível aprovar essa operação pois ainda não foi efetuada a abertura do movimento nesta data!");
-    v.abrirCaixa();
-    v.fecharCaixa();
+    v.abrirCaixa(true);
     EXPECT_EQ(recusa(t, [&] { aprovarOperacao(t, id, kDia, "A", v.adm); }),
               "Não é possível aprovar essa operação pois já foi efetuado o encerramento do movimento nesta data!");
     EXPECT_EQ(contar("Select Count(*) From TbComSt Where Fk = :ID", id), linhasSt);
@@ -78,8 +77,7 @@ TEST_F(AprovacaoTest, ApprovalChecksInOrderAndWritesNothingOnARefusal)
 
 TEST_F(AprovacaoTest, AClosedDayBlocksApprovalOnlyWhenAccountsAreGeneratedThen)
 {
-    v.abrirCaixa();
-    v.fecharCaixa();
+    v.abrirCaixa(true);
     const int porEntrega = v.salvar("2.0000", "03", "E");
     aprovarOperacao(t, porEntrega, kDia, "E", v.adm);
     EXPECT_EQ(statusAtual(t, porEntrega), "AP");
