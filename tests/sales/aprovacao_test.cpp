@@ -24,15 +24,6 @@ struct AprovacaoTest : ::testing::Test {
     teste::VendaPronta v{t};
 
     int contar(const QString &sql, int id) { return db::escalar(t, sql, {{"ID", id}}).toInt(); }
-    QList<Decimal> parcelas(int idCom)
-    {
-        db::Consulta q(t, "Select Valor From TbContas Where Fks = 1 and Fk = :F Order By Prazo, Parcela");
-        q.bind("F", v.fat(idCom));
-        q.executar();
-        QList<Decimal> r;
-        while (q.proxima()) r << q[0].value<Decimal>();
-        return r;
-    }
     void pagarPrimeira(int idCom)
     {
         const int conta = db::escalar(t, "Select First 1 Id From TbContas Where Fks = 1 and Fk = :F Order By Prazo", {{"F", v.fat(idCom)}}).toInt();
@@ -47,12 +38,6 @@ struct AprovacaoTest : ::testing::Test {
         quitarConta(t, conta, p, s);
     }
 };
-
-TEST_F(AprovacaoTest, AHundredInThreeIs3333And3333And3334)
-{
-    const int id = v.salvar();
-    EXPECT_EQ(parcelas(id), (QList<Decimal>{Decimal("33.33"), Decimal("33.33"), Decimal("33.34")}));
-}
 
 TEST_F(AprovacaoTest, ApprovalChecksInOrderAndWritesNothingOnARefusal)
 {
