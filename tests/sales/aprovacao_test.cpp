@@ -6,6 +6,7 @@
 #include "Contas.h"
 #include "Entregas.h"
 #include "Status.h"
+#include "apoio/Direitos.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -163,6 +164,22 @@ TEST_F(AprovacaoTest, SerialsOfAnItemControlledOnEntryAndExitMustHaveComeInByAPu
     aprovarOperacao(t, outra, kDia, "E", v.adm);
     EXPECT_EQ(recusa(t, [&] { entregarOperacao(t, outra, kDia, "", v.adm); }),
               "Serial não cadastrado! (Esse item controla serial na entrada e na saída!)");
+}
+
+// Each step asks for its own right, a purchase for the purchases' one; delivering without the right
+// to deliver says whether approving is allowed either.
+TEST_F(AprovacaoTest, EachStepAsksForItsOwnRight)
+{
+    v.abrirCaixa();
+    const int venda = v.salvar("1.0000", "01", "E"), outra = v.salvar("1.0000", "01", "E"), compra = v.salvar("1.0000", "01", "E", 0, 4);
+    aprovarOperacao(t, venda, kDia, "E", v.adm);
+    const QStringList todas = {"Aprovar", "Aprovar Compras", "Entregar", "Receber Compras"};
+    const Sessao nada = teste::usuarioCom(t, "Comercial", "TVendas", todas, {}, "nada");
+    const Sessao aprova = teste::usuarioCom(t, "Comercial", "TVendas", todas, {"Aprovar"}, "aprova");
+    EXPECT_EQ(recusa(t, [&] { entregarOperacao(t, venda, kDia, "", nada); }), "Você não tem permissão para aprovar ou entregar operações!");
+    EXPECT_EQ(recusa(t, [&] { entregarOperacao(t, venda, kDia, "", aprova); }), kSemPermissao);
+    EXPECT_EQ(recusa(t, [&] { aprovarOperacao(t, compra, kDia, "E", aprova); }), kSemPermissao);
+    EXPECT_EQ(recusa(t, [&] { aprovarOperacao(t, outra, kDia, "E", aprova); }), "");
 }
 
 TEST_F(AprovacaoTest, ACancelledOperationIsReactivated)
