@@ -10,15 +10,14 @@
 #include "Vendas.h"
 #include "relatorios/Relatorio.h"
 #include "relatorios/Relatorios.h"
-#include "schema/Atualizacao.h"
 #include "ui/ModeloConsulta.h"
 
+#include "Bancos.h"
 #include "Coletor.h"
 
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
-#include <QTemporaryDir>
 
 using db::Decimal;
 using namespace orb;
@@ -27,33 +26,16 @@ namespace {
 
 const QDate kDia(2026, 3, 10);
 const QDateTime kAgora(kDia, QTime(18, 0));
-QTemporaryDir pasta;
 std::unique_ptr<db::Banco> banco;
 int empresa = 0, cliente = 0, sessaoDia = 0, venda50 = 0;
 QList<int> itens;
 
-Sessao administrador(db::Transacao &t, const QString &menu, const QString &modulo)
-{
-    db::Consulta q(t, "Select U.Id, U.IdNivel, N.Nivel From TbCad U Join TbNiveis N On N.Id = U.IdNivel Where U.Usuario = 'ADMIN'");
-    q.executar();
-    q.proxima();
-    Sessao s;
-    s.idUsuario = q[0].toInt();
-    s.usuario = "ADMIN";
-    s.tipoUsuario = "D";
-    s.idNivel = q[1].toInt();
-    s.nivel = q[2].toInt();
-    s.menuAtual = menu;
-    s.moduloAtual = modulo;
-    return s;
-}
+using bench::administrador;
 
 db::Banco &preparado()
 {
     if (banco) return *banco;
-    db::Conexao c;
-    c.banco = pasta.filePath("caixa.fdb");
-    banco = esquema::criarBanco(c);
+    banco = bench::bancoNovo("caixa");
     db::Transacao t(*banco);
     const Sessao adm = administrador(t, "&Comercial", "TVendas");
     db::executar(t, "Update TbCad Set Fu = 'S' Where Id = :ID", {{"ID", adm.idUsuario}});
@@ -115,7 +97,7 @@ void FechamentoEResumo500(benchmark::State &st)
         const Sessao s = administrador(t, "Financeiro", kModuloCaixa);
         encerrarMovimento(t, sessaoDia, s.idUsuario, s, kAgora);
         const QString html = renderizarRelatorio("RelEncMovim", dadosResumo(resumoCaixa(t, sessaoDia, s), kAgora));
-        benchmark::DoNotOptimize(salvarRelatorioPdf(html, pasta.filePath("resumo.pdf")));
+        benchmark::DoNotOptimize(salvarRelatorioPdf(html, bench::arquivoDaExecucao("resumo.pdf")));
         st.PauseTiming();
         t.rollback();
         st.ResumeTiming();

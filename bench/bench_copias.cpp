@@ -6,8 +6,8 @@
 #include "Gerador.h"
 #include "copias/Copias.h"
 #include "copias/Servico.h"
-#include "schema/Atualizacao.h"
 
+#include "Bancos.h"
 #include "Coletor.h"
 
 #include <benchmark/benchmark.h>
@@ -18,30 +18,27 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <cstdio>
 #include <unistd.h>
 
 namespace {
 
-QTemporaryDir pasta;
 db::Conexao conexao;
 qint64 bytesBanco = 0;
 
 const db::Conexao &banco()
 {
     if (conexao.banco.isEmpty()) {
-        db::Conexao c;
-        c.banco = pasta.filePath("volume.fdb");
         QElapsedTimer r;
         r.start();
         {
-            auto b = esquema::criarBanco(c);
+            auto b = bench::bancoNovo("volume");
             bench::gerarCadastros(*b, 100000);
             bench::gerarItens(*b, 50000, 3);
             bench::gerarDocumentos(*b, 100000);
+            conexao = b->conexao();
         }
-        conexao = c;
+        const db::Conexao &c = conexao;
         bytesBanco = QFileInfo(c.banco).size();
         std::printf("banco gerado em %.1f s: %.1f MB\n", double(r.elapsed()) / 1000.0, double(bytesBanco) / 1048576.0);
     }
@@ -63,7 +60,7 @@ void registrarVelocidade(benchmark::State &st)
 void PisoCopiaArquivo(benchmark::State &st)
 {
     const db::Conexao &c = banco();
-    const QString destino = pasta.filePath("piso.fdb");
+    const QString destino = bench::arquivoDaExecucao("piso.fdb");
     for (auto _ : st) {
         QFile::remove(destino);
         QFile::copy(c.banco, destino);
@@ -76,7 +73,7 @@ void PisoCopiaArquivo(benchmark::State &st)
 void Backup(benchmark::State &st)
 {
     const db::Conexao &c = banco();
-    const QString destino = pasta.filePath("copia.fbk");
+    const QString destino = bench::arquivoDaExecucao("copia.fbk");
     for (auto _ : st) {
         QFile::remove(destino);
         copias::gerarBackup(c, destino);
@@ -89,7 +86,7 @@ void Backup(benchmark::State &st)
 void CopiaVerificada(benchmark::State &st)
 {
     const db::Conexao &c = banco();
-    const QString dir = pasta.filePath("copias");
+    const QString dir = bench::arquivoDaExecucao("copias");
     for (auto _ : st) {
         QDir(dir).removeRecursively();
         const copias::Copia k = copias::fazerCopia(c, dir, QDateTime::currentDateTime(), true);
@@ -102,12 +99,12 @@ void CopiaVerificada(benchmark::State &st)
 void RestauracaoVerificada(benchmark::State &st)
 {
     const db::Conexao &c = banco();
-    const QString dir = pasta.filePath("prova");
+    const QString dir = bench::arquivoDaExecucao("prova");
     QDir(dir).removeRecursively();
     const copias::Copia k = copias::fazerCopia(c, dir, QDateTime::currentDateTime(), true);
     for (auto _ : st) {
-        copias::restaurarConferido(c, k, pasta.filePath("restaurado.fdb"));
-        QFile::remove(pasta.filePath("restaurado.fdb"));
+        copias::restaurarConferido(c, k, bench::arquivoDaExecucao("restaurado.fdb"));
+        QFile::remove(bench::arquivoDaExecucao("restaurado.fdb"));
     }
     registrarVelocidade(st);
 }
@@ -117,7 +114,7 @@ void RestauracaoVerificada(benchmark::State &st)
 void Gbak(benchmark::State &st, bool detalhado)
 {
     const db::Conexao &c = banco();
-    const QString destino = pasta.filePath("gbak.fbk");
+    const QString destino = bench::arquivoDaExecucao("gbak.fbk");
     if (!QFileInfo::exists("/usr/bin/gbak")) {
         st.SkipWithError("gbak não instalado");
         return;

@@ -5,6 +5,7 @@
 #include "db/Banco.h"
 #include "schema/Atualizacao.h"
 
+#include "Bancos.h"
 #include "Coletor.h"
 
 #include <benchmark/benchmark.h>
@@ -13,7 +14,6 @@
 
 #include <QDir>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <cstdio>
 #include <map>
 
@@ -21,15 +21,12 @@ using namespace Firebird;
 
 namespace {
 
-QTemporaryDir pasta;
 std::unique_ptr<db::Banco> banco;
 
 db::Banco &base()
 {
     if (!banco) {
-        db::Conexao c;
-        c.banco = pasta.filePath("bench.fdb");
-        banco = esquema::criarBanco(c);
+        banco = bench::bancoNovo("bench");
         // 100,000 colours with codes, for the numbering benchmark.
         db::Transacao t(*banco);
         db::executar(t, "execute block as declare i integer = 0; begin "
@@ -40,6 +37,7 @@ db::Banco &base()
 }
 
 constexpr int kLinhas = 10000;
+constexpr int kPrimeiroCodigo = 100000;  // past the prepared colours: the code is unique
 
 void PisoMetadados(benchmark::State &st)
 {
@@ -75,8 +73,9 @@ void PisoInsercoesApi(benchmark::State &st)
         const unsigned oCor = meta->getOffset(&s, 1), nCor = meta->getNullOffset(&s, 1);
         static const char cor[] = "Azul celeste";
         for (int i = 0; i < kLinhas; ++i) {
+            const int codigo = kPrimeiroCodigo + i;
             *reinterpret_cast<short *>(&buf[nCod]) = 0;
-            std::memcpy(&buf[oCod], &i, sizeof i);
+            std::memcpy(&buf[oCod], &codigo, sizeof codigo);
             *reinterpret_cast<short *>(&buf[nCor]) = 0;
             const unsigned short len = sizeof cor - 1;
             std::memcpy(&buf[oCor], &len, sizeof len);
@@ -97,7 +96,7 @@ void InsercoesCamada(benchmark::State &st)
         db::Transacao t(b);
         db::Consulta q(t, "insert into TBCORES (CODIGO, COR) values (:CODIGO, :COR)");
         for (int i = 0; i < kLinhas; ++i) {
-            q.bind("CODIGO", i).bind("COR", QStringLiteral("Azul celeste"));
+            q.bind("CODIGO", kPrimeiroCodigo + i).bind("COR", QStringLiteral("Azul celeste"));
             q.executar();
         }
         t.rollback();
@@ -151,8 +150,8 @@ QString bancoInicio()
 {
     static QString arq;
     if (arq.isEmpty()) {
-        arq = pasta.filePath("inicio/ORBManager.fdb");
-        QDir().mkpath(pasta.filePath("inicio"));
+        arq = bench::arquivoDaExecucao("inicio/ORBManager.fdb");
+        QDir().mkpath(bench::arquivoDaExecucao("inicio"));
         db::Conexao c;
         c.banco = arq;
         esquema::criarBanco(c);  // closed again: the program opens it alone

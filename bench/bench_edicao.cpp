@@ -4,19 +4,17 @@
 
 #include "Estoque.h"
 #include "dados/Tabs.h"
-#include "schema/Atualizacao.h"
 
+#include "Bancos.h"
 #include "Coletor.h"
 
 #include <benchmark/benchmark.h>
 
 #include <QCoreApplication>
-#include <QTemporaryDir>
 #include <cstdio>
 
 namespace {
 
-QTemporaryDir pasta;
 constexpr int kLinhas = 10;  // detail rows: one stock row and nine suppliers
 
 struct Base {
@@ -24,10 +22,8 @@ struct Base {
     int fabricante = 0, fornecedor = 0;
     Base()
     {
-        db::Conexao c;
-        c.banco = pasta.filePath("edicao.fdb");
         tabs = std::make_unique<orb::TTabs>();
-        tabs->conectar(esquema::criarBanco(c));
+        tabs->conectar(bench::bancoNovo("edicao"));
         orb::Tabs = tabs.get();
         tabs->definirUsuario(2);
         db::Transacao t(tabs->DbORB());

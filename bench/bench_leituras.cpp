@@ -2,15 +2,14 @@
 // (31,200 rows), a route's first page and a quarter of it, each against the bare select of the
 // same rows without the screen's joins, measured in the same run.
 
+#include "Bancos.h"
 #include "Coletor.h"
 #include "Leituras.h"
-#include "schema/Atualizacao.h"
 #include "ui/ModeloConsulta.h"
 
 #include <benchmark/benchmark.h>
 
 #include <QCoreApplication>
-#include <QTemporaryDir>
 #include <cstdio>
 
 namespace {
@@ -18,16 +17,13 @@ namespace {
 constexpr int kRotas = 10, kMaquinas = 300, kSemanas = 104;
 const QDate kInicio(2024, 11, 4);
 
-QTemporaryDir pasta;
 std::unique_ptr<db::Banco> banco_;
 int rota_ = 0;  // the route measured
 
 db::Banco &banco()
 {
     if (banco_) return *banco_;
-    db::Conexao c;
-    c.banco = pasta.filePath("leituras.fdb");
-    banco_ = esquema::criarBanco(c);
+    banco_ = bench::bancoNovo("leituras");
     db::Transacao t(*banco_);
     const int area = db::escalar(t, "Insert Into TBFL_AREAS (Area) Values ('Centro') Returning Id").toInt();
     QList<int> rotas, pontos, maquinas;

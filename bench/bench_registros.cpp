@@ -5,30 +5,26 @@
 #include "Comercial.h"
 #include "Estoque.h"
 #include "Gerador.h"
-#include "schema/Atualizacao.h"
 #include "ui/ModeloConsulta.h"
 
+#include "Bancos.h"
 #include "Coletor.h"
 
 #include <benchmark/benchmark.h>
 
 #include <QCoreApplication>
-#include <QTemporaryDir>
 #include <cstdio>
 #include <map>
 
 namespace {
 
-QTemporaryDir pasta;
 std::map<QString, std::unique_ptr<db::Banco>> bancos;
 
 db::Banco &banco(const QString &nome, const std::function<void(db::Banco &)> &preencher)
 {
     auto &b = bancos[nome];
     if (!b) {
-        db::Conexao c;
-        c.banco = pasta.filePath(nome + ".fdb");
-        b = esquema::criarBanco(c);
+        b = bench::bancoNovo(nome);
         preencher(*b);
     }
     return *b;

@@ -6,8 +6,8 @@
 
 #include "GeraContas.h"
 #include "Vendas.h"
-#include "schema/Atualizacao.h"
 
+#include "Bancos.h"
 #include "Coletor.h"
 #include "Gerador.h"
 #include "ui/ModeloConsulta.h"
@@ -15,7 +15,6 @@
 #include <benchmark/benchmark.h>
 
 #include <QCoreApplication>
-#include <QTemporaryDir>
 
 using db::Decimal;
 using namespace orb;
@@ -23,7 +22,6 @@ using namespace orb;
 namespace {
 
 const QDateTime kAgora(QDate(2026, 3, 10), QTime(14, 30));
-QTemporaryDir pasta;
 std::unique_ptr<db::Banco> banco;
 int cliente = 0, atendente = 0, empresa = 0;
 QList<int> itens;
@@ -32,9 +30,7 @@ db::Banco &preparado()
 {
     if (banco)
         return *banco;
-    db::Conexao c;
-    c.banco = pasta.filePath("vendas.fdb");
-    banco = esquema::criarBanco(c);
+    banco = bench::bancoNovo("vendas");
     db::Transacao t(*banco);
     auto cad = [&](const char *nome, const char *flag) {
         return db::escalar(t, QString("Insert Into TbCad (Nome, Apelido, Pessoa, %1) Values (:N, :N, 'J', 'S') Returning Id").arg(flag),
@@ -54,21 +50,7 @@ db::Banco &preparado()
     return *banco;
 }
 
-Sessao administrador(db::Transacao &t)
-{
-    db::Consulta q(t, "Select U.Id, U.IdNivel, N.Nivel From TbCad U Join TbNiveis N On N.Id = U.IdNivel Where U.Usuario = 'ADMIN'");
-    q.executar();
-    q.proxima();
-    Sessao s;
-    s.idUsuario = q[0].toInt();
-    s.usuario = "ADMIN";
-    s.tipoUsuario = "D";
-    s.idNivel = q[1].toInt();
-    s.nivel = q[2].toInt();
-    s.menuAtual = "&Comercial";
-    s.moduloAtual = "TVendas";
-    return s;
-}
+using bench::administrador;
 
 Documento venda(db::Transacao &t, const Sessao &s)
 {
@@ -226,9 +208,7 @@ db::Banco &documentos()
 {
     static std::unique_ptr<db::Banco> b;
     if (b) return *b;
-    db::Conexao c;
-    c.banco = pasta.filePath("documentos.fdb");
-    b = esquema::criarBanco(c);
+    b = bench::bancoNovo("documentos");
     bench::gerarCadastros(*b, 2000);
     bench::gerarItens(*b, 200, 1);
     bench::gerarDocumentos(*b, 100000);

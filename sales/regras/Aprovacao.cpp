@@ -212,25 +212,61 @@ QString direitoDoPasso(const QString &passo, int op)
 }
 
 namespace {
-Operacao conferirAprovacao_(db::Transacao &t, int idCom, const Sessao &quem)
+
+// Every step's opening: the operation locked, the step's right, its state in the table, then the
+// checks that are the step's own, in order. Nothing is written yet.
+Operacao conferirPasso(db::Transacao &t, int idCom, const Sessao &quem, const QString &passo)
 {
     const Operacao o = travar(t, idCom);
-    exigirOperacao(t, quem, direitoDoPasso("Aprovar", o.op));
-    exigirStatus(o, "Aprovar");
-    if (o.op == 2 && linhas(t, idCom) == 0)
+    if (passo == "Entregar" && !temOperacao(t, quem, quem.menuAtual, quem.moduloAtual, direitoDoPasso(passo, o.op))) {
+        if (!temOperacao(t, quem, quem.menuAtual, quem.moduloAtual, direitoDoPasso("Aprovar", o.op)))
+            throw Recusa("Você não tem permissão para aprovar ou entregar operações!");
+        throw Recusa(kSemPermissao);
+    }
+    if (passo != "Entregar")
+        exigirOperacao(t, quem, direitoDoPasso(passo, o.op));
+    if (passo == "Entregar" && o.status == "IN")
+        throw Recusa("Esta operação não pode ser Entregue pois ainda está em Execução!");
+    exigirStatus(o, passo);
+    if (passo == "Aprovar" && o.op == 2 && linhas(t, idCom) == 0)
         throw Recusa("Não é possível aprovar Ordens de Serviço sem algum item!");
+    if (passo == "Cancelar Aprovação") {
+        semParcelaQuitada(t, o, "A aprovação desta operação não pode ser cancelada pois a mesma já possui parcela(s) Quitada(s)!");
+        if (o.geraFin == "A")
+            exigirCaixaAberto(t, o.dataFat, "cancelar a aprovação dessa operação");
+    }
+    if (passo == "Cancelar Entrega") {
+        semParcelaQuitada(t, o, "A entrega desta operação não pode ser cancelada pois a mesma já possui parcela(s) Quitada(s)!");
+        exigirCaixaAberto(t, o.dataFat, "cancelar a entrega dessa operação");
+    }
     return o;
 }
+
+// A step undone: its log line, the status moved back with `observacao`, the step's date and
+// responsible ("DATAAPROVACAO"/"IDRESPAPROVACAO", ...) cleared, the instalments it generated (when
+// the billing generates them at `geraFin`) removed, and the supply order told.
+void desfazerPasso(db::Transacao &t, const Operacao &o, const QString &passo, const QString &coluna, const QString &geraFin,
+                   const QString &textoLog, const QString &observacao, const QString &pedido, const Sessao &quem, const QDateTime &agora)
+{
+    log(t, o, textoLog);
+    mover(t, o, passo, {{}, observacao, agora, quem.idUsuario ? QVariant(quem.idUsuario) : QVariant()});
+    db::executar(t, QString("Update TbComFat Set Data%1 = Null, IdResp%1 = Null Where Fk = :ID").arg(coluna), {{"ID", o.id}});
+    db::executar(t, QString("Update TbCom Set Data%1 = Null Where Id = :ID").arg(coluna), {{"ID", o.id}});
+    if (o.geraFin == geraFin && o.idFat)
+        GeraContas(t, QString::number(o.op), QString::number(o.idFat), "D", {});
+    pedidoFornecedor(t, o, pedido, agora, quem.idUsuario);
+}
+
 } // namespace
 
-void conferirAprovacao(db::Transacao &t, int idCom, const Sessao &quem)
-{
-    conferirAprovacao_(t, idCom, quem);
-}
+void conferirAprovacao(db::Transacao &t, int idCom, const Sessao &quem) { conferirPasso(t, idCom, quem, "Aprovar"); }
+void conferirCancelamentoAprovacao(db::Transacao &t, int idCom, const Sessao &quem) { conferirPasso(t, idCom, quem, "Cancelar Aprovação"); }
+void conferirEntrega(db::Transacao &t, int idCom, const Sessao &quem) { conferirPasso(t, idCom, quem, "Entregar"); }
+void conferirCancelamentoEntrega(db::Transacao &t, int idCom, const Sessao &quem) { conferirPasso(t, idCom, quem, "Cancelar Entrega"); }
 
 void aprovarOperacao(db::Transacao &t, int idCom, const QDateTime &data, const QString &geraFin, const Sessao &quem)
 {
-    const Operacao o = conferirAprovacao_(t, idCom, quem);
+    const Operacao o = conferirPasso(t, idCom, quem, "Aprovar");
     if (!data.isValid())
         throw Recusa(kDataHora, "DATA");
     const int resp = responsavelDoUsuario(
@@ -249,63 +285,18 @@ void aprovarOperacao(db::Transacao &t, int idCom, const QDateTime &data, const Q
     pedidoFornecedor(t, o, "APROVADA", data, resp);
 }
 
-namespace {
-Operacao conferirCancelamentoAprovacao_(db::Transacao &t, int idCom, const Sessao &quem)
-{
-    const Operacao o = travar(t, idCom);
-    exigirOperacao(t, quem, direitoDoPasso("Cancelar Aprovação", o.op));
-    exigirStatus(o, "Cancelar Aprovação");
-    semParcelaQuitada(t, o, "A aprovação desta operação não pode ser cancelada pois a mesma já possui parcela(s) Quitada(s)!");
-    if (o.geraFin == "A")
-        exigirCaixaAberto(t, o.dataFat, "cancelar a aprovação dessa operação");
-    return o;
-}
-} // namespace
-
-void conferirCancelamentoAprovacao(db::Transacao &t, int idCom, const Sessao &quem)
-{
-    conferirCancelamentoAprovacao_(t, idCom, quem);
-}
-
 void cancelarAprovacao(db::Transacao &t, int idCom, const Sessao &quem, const QDateTime &agora)
 {
-    const Operacao o = conferirCancelamentoAprovacao_(t, idCom, quem);
-    log(t, o, textoPorKind(o.op, {"Aprovação da Venda Cancelada", "Aprovação de Serviço Cancelada", "Aprocação de Contrato Cancelada",
-                                  "Aprovação de Compra Cancelada", "Aprovação de Locação Cancelada"}));
-    const QVariant resp = quem.idUsuario ? QVariant(quem.idUsuario) : QVariant();
-    mover(t, o, "Cancelar Aprovação", {{}, "Pronto para aprovação.", agora, resp});
-    db::executar(t, "Update TbComFat Set DataAprovacao = Null, IdRespAprovacao = Null Where Fk = :ID", {{"ID", idCom}});
-    db::executar(t, "Update TbCom Set DataAprovacao = Null Where Id = :ID", {{"ID", idCom}});
-    if (o.geraFin == "A" && o.idFat)
-        GeraContas(t, QString::number(o.op), QString::number(o.idFat), "D", {});
-    pedidoFornecedor(t, o, "APROVAÇÃO CANCELADA", agora, quem.idUsuario);
-}
-
-namespace {
-Operacao conferirEntrega_(db::Transacao &t, int idCom, const Sessao &quem)
-{
-    const Operacao o = travar(t, idCom);
-    const QString direito = direitoDoPasso("Entregar", o.op);
-    if (!temOperacao(t, quem, quem.menuAtual, quem.moduloAtual, direito)) {
-        if (!temOperacao(t, quem, quem.menuAtual, quem.moduloAtual, direitoDoPasso("Aprovar", o.op)))
-            throw Recusa("Você não tem permissão para aprovar ou entregar operações!");
-        throw Recusa(kSemPermissao);
-    }
-    if (o.status == "IN")
-        throw Recusa("Esta operação não pode ser Entregue pois ainda está em Execução!");
-    exigirStatus(o, "Entregar");
-    return o;
-}
-} // namespace
-
-void conferirEntrega(db::Transacao &t, int idCom, const Sessao &quem)
-{
-    conferirEntrega_(t, idCom, quem);
+    const Operacao o = conferirPasso(t, idCom, quem, "Cancelar Aprovação");
+    desfazerPasso(t, o, "Cancelar Aprovação", "Aprovacao", "A",
+                  textoPorKind(o.op, {"Aprovação da Venda Cancelada", "Aprovação de Serviço Cancelada", "Aprocação de Contrato Cancelada",
+                                      "Aprovação de Compra Cancelada", "Aprovação de Locação Cancelada"}),
+                  "Pronto para aprovação.", "APROVAÇÃO CANCELADA", quem, agora);
 }
 
 void entregarOperacao(db::Transacao &t, int idCom, const QDateTime &data, const QString &numeroNF, const Sessao &quem)
 {
-    const Operacao o = conferirEntrega_(t, idCom, quem);
+    const Operacao o = conferirPasso(t, idCom, quem, "Entregar");
     if (!data.isValid())
         throw Recusa(kDataHora, "DATA");
     const int resp = responsavelDoUsuario(
@@ -343,44 +334,21 @@ void entregarOperacao(db::Transacao &t, int idCom, const QDateTime &data, const 
     pedidoFornecedor(t, o, "RECEBIDA", data, resp);
 }
 
-namespace {
-Operacao conferirCancelamentoEntrega_(db::Transacao &t, int idCom, const Sessao &quem)
-{
-    const Operacao o = travar(t, idCom);
-    exigirOperacao(t, quem, direitoDoPasso("Cancelar Entrega", o.op));
-    exigirStatus(o, "Cancelar Entrega");
-    semParcelaQuitada(t, o, "A entrega desta operação não pode ser cancelada pois a mesma já possui parcela(s) Quitada(s)!");
-    exigirCaixaAberto(t, o.dataFat, "cancelar a entrega dessa operação");
-    return o;
-}
-} // namespace
-
-void conferirCancelamentoEntrega(db::Transacao &t, int idCom, const Sessao &quem)
-{
-    conferirCancelamentoEntrega_(t, idCom, quem);
-}
-
 void cancelarEntrega(db::Transacao &t, int idCom, const Sessao &quem, const QDateTime &agora)
 {
-    const Operacao o = conferirCancelamentoEntrega_(t, idCom, quem);
-    log(t, o, textoPorKind(o.op, {"Entrega da Venda Cancelada", "Entrega do Serviço Cancelado", "Entrega Contrato Cancelado",
-                                  "Entrega da Compra Cancelada", "Entrega da Locação Cancelado"}));
+    const Operacao o = conferirPasso(t, idCom, quem, "Cancelar Entrega");
+    // The stock goes back to the principal company's row, not the billing company's.
     const int principal = db::escalar(t, "Select First 1 IdEmpresa From TbParGlobais Order By Id").toInt();
     moverEstoque(t, idCom, principal, o.op == 4 ? -1 : 1);
-    const QVariant resp = quem.idUsuario ? QVariant(quem.idUsuario) : QVariant();
-    mover(t, o, "Cancelar Entrega", {{}, kAguardandoEntrega, agora, resp});
-    db::executar(t, "Update TbComFat Set DataEntrega = Null, IdRespEntrega = Null Where Fk = :ID", {{"ID", idCom}});
-    db::executar(t, "Update TbCom Set DataEntrega = Null Where Id = :ID", {{"ID", idCom}});
-    if (o.geraFin == "E" && o.idFat)
-        GeraContas(t, QString::number(o.op), QString::number(o.idFat), "D", {});
-    pedidoFornecedor(t, o, "ENTREGA CANCELADA", agora, quem.idUsuario);
+    desfazerPasso(t, o, "Cancelar Entrega", "Entrega", "E",
+                  textoPorKind(o.op, {"Entrega da Venda Cancelada", "Entrega do Serviço Cancelado", "Entrega Contrato Cancelado",
+                                      "Entrega da Compra Cancelada", "Entrega da Locação Cancelado"}),
+                  kAguardandoEntrega, "ENTREGA CANCELADA", quem, agora);
 }
 
 void reativarOperacao(db::Transacao &t, int idCom, const Sessao &quem, const QDateTime &agora)
 {
-    const Operacao o = travar(t, idCom);
-    exigirOperacao(t, quem, direitoDoPasso("Reativar", o.op));
-    exigirStatus(o, "Reativar");
+    const Operacao o = conferirPasso(t, idCom, quem, "Reativar");
     log(t, o, textoPorKind(o.op, {"Venda Reativada", "Serviço Reativado", "Contrato Reativado", "Compra Reativada", "Locação Reativada"}));
     mover(t, o, "Reativar", {{}, "Pronto para aprovação.", agora, quem.idUsuario ? QVariant(quem.idUsuario) : QVariant()});
 }

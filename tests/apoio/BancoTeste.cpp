@@ -6,6 +6,8 @@
 #include "schema/Atualizacao.h"
 
 #include <QFile>
+#include <QFileInfo>
+#include <QProcess>
 #include <stdexcept>
 
 namespace teste {
@@ -68,6 +70,13 @@ QProcessEnvironment ambienteFilho(const QString &pasta)
     return env;
 }
 
+void abrirCaixa(db::Transacao &t, const QDate &dia, int resp, bool fechado)
+{
+    db::executar(t, "Insert Into TbAbEncMov (Data, DataAb, IdRespAb, DataEnc, IdRespEnc) Values (:D, :A, :R, :E, :RE)",
+                 {{"D", dia}, {"A", QDateTime(dia, QTime(7, 0))}, {"R", resp},
+                  {"E", fechado ? QVariant(QDateTime(dia, QTime(18, 0))) : QVariant()}, {"RE", fechado ? QVariant(resp) : QVariant()}});
+}
+
 QString recusa(db::Transacao &t, const std::function<void()> &f)
 {
     try {
@@ -76,6 +85,32 @@ QString recusa(db::Transacao &t, const std::function<void()> &f)
         return r.texto;
     }
     return {};
+}
+
+QString recusa(const std::function<void()> &f)
+{
+    try {
+        f();
+    } catch (const orb::Recusa &r) {
+        return r.texto;
+    }
+    return {};
+}
+
+QString filhoInterrompido(BancoTemporario &bt, const QString &filtro)
+{
+    bt.fechar();  // the embedded engine opens the file for one process at a time
+    QProcess filho;
+    QProcessEnvironment env = ambienteFilho(QFileInfo(bt.caminho()).absolutePath());
+    env.insert("ORB_TESTE_FILHO", bt.caminho());
+    filho.setProcessEnvironment(env);
+    filho.setProcessChannelMode(QProcess::MergedChannels);
+    filho.start(QCoreApplication::applicationFilePath(), {"--gtest_filter=" + filtro});
+    const bool terminou = filho.waitForFinished(60000);
+    const QString saida = QString::fromLocal8Bit(filho.readAll());
+    bt.reabrir();
+    if (terminou && filho.exitStatus() == QProcess::CrashExit) return {};
+    return saida.isEmpty() ? QStringLiteral("o filho terminou sem ser interrompido") : saida;
 }
 
 orb::Sessao administrador(db::Transacao &t, const QString &menu, const QString &modulo)

@@ -50,7 +50,18 @@ orb::Sessao administrador(db::Transacao &t, const QString &menu = QStringLiteral
 // shared mutexes leaves it held for good, and every later process using the same folder waits.
 QProcessEnvironment ambienteFilho(const QString &pasta);
 
+// The cash session of `dia` opened by `resp` at 07:00 and, when `fechado`, closed by them at 18:00.
+void abrirCaixa(db::Transacao &t, const QDate &dia, int resp, bool fechado = false);
+
 // The refusal's text when `f`, tried once in `t`, refuses; empty when it goes through.
 QString recusa(db::Transacao &t, const std::function<void()> &f);
+// The same without a savepoint: what `f` wrote before refusing stays for the caller to see.
+QString recusa(const std::function<void()> &f);
+
+// Runs this test binary's `filtro` as a child on `bt`'s file (closed meanwhile; the child finds it in
+// ORB_TESTE_FILHO) and opens it again. Empty when the child died killed, as it should; else its output.
+QString filhoInterrompido(BancoTemporario &bt, const QString &filtro);
+// In that child, the file; empty when the test runs as itself (and then skips).
+inline QString bancoDoFilho() { return qEnvironmentVariable("ORB_TESTE_FILHO"); }
 
 } // namespace teste

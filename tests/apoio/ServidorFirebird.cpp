@@ -1,5 +1,7 @@
 #include "apoio/ServidorFirebird.h"
 
+#include "schema/Atualizacao.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -149,13 +151,6 @@ void liberarPorta(ReservaPorta &reserva) {
   ::unlink(reserva.arquivo.constData());
   ::close(reserva.fd);
   reserva.fd = -1;
-}
-
-QProcessEnvironment ambienteCliente() {
-  QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-  env.remove(QStringLiteral("ISC_USER"));
-  env.remove(QStringLiteral("ISC_PASSWORD"));
-  return env;
 }
 
 // Runs isql-fb with the script on stdin; returns stdout+stderr.
@@ -373,8 +368,6 @@ void ServidorFirebird::iniciar() {
 
 int ServidorFirebird::porta() const { return d->porta; }
 
-qint64 ServidorFirebird::pid() const { return d->processo ? d->processo->processId() : 0; }
-
 QString ServidorFirebird::pasta() const { return d->bancos; }
 
 QString ServidorFirebird::endereco(const QString &arquivo) const {
@@ -386,6 +379,14 @@ QString ServidorFirebird::usuario() const { return kUsuario; }
 
 QString ServidorFirebird::senha() const { return kSenha; }
 
+db::Conexao ServidorFirebird::conexao(const QString &arquivo) const { return {endereco(arquivo), kUsuario, kSenha}; }
+
+db::Conexao ServidorFirebird::bancoNovo(const QString &arquivo) const {
+  const db::Conexao c = conexao(arquivo);
+  esquema::criarBanco(c);
+  return c;
+}
+
 bool ServidorFirebird::disponivel() { return motivoIndisponivel().isEmpty(); }
 
 QString ServidorFirebird::motivoIndisponivel() {
@@ -396,10 +397,6 @@ QString ServidorFirebird::motivoIndisponivel() {
   if (pastaBibliotecas().isEmpty())
     return QStringLiteral("firebird.msg/intl do Firebird 3.0 não encontrados em /usr/lib/*/firebird/3.0");
   return {};
-}
-
-QString ServidorFirebird::isql(const QString &script, int *codigoSaida, int timeoutMs) const {
-  return rodarIsql(ambienteCliente(), script, codigoSaida, timeoutMs);
 }
 
 }  // namespace teste

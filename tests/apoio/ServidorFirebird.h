@@ -1,5 +1,7 @@
 #pragma once
 
+#include "db/Banco.h"
+
 #include <QString>
 
 #include <memory>
@@ -36,7 +38,6 @@ public:
   void iniciar();
 
   int porta() const;
-  qint64 pid() const;
 
   // The only folder where this server accepts databases.
   QString pasta() const;
@@ -45,17 +46,15 @@ public:
 
   QString usuario() const;  // "SYSDBA"
   QString senha() const;    // SYSDBA's password on this server
+  // The connection to `arquivo` on this server as SYSDBA; bancoNovo() first creates it as a new
+  // installation (schema, upgrade and first records).
+  db::Conexao conexao(const QString &arquivo = QStringLiteral("ORBManager.fdb")) const;
+  db::Conexao bancoNovo(const QString &arquivo = QStringLiteral("ORBManager.fdb")) const;
 
   // Whether the server and the tools it needs are installed; when not,
   // motivoIndisponivel() says what is missing (for GTEST_SKIP).
   static bool disponivel();
   static QString motivoIndisponivel();
-
-  // Runs "isql-fb -q -b" with the script on stdin (connect/create database
-  // through endereco()) and returns stdout+stderr. ISC_USER/ISC_PASSWORD
-  // from the caller's environment are dropped.
-  QString isql(const QString &script, int *codigoSaida = nullptr,
-               int timeoutMs = 30000) const;
 
 private:
   struct Dados;

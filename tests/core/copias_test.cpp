@@ -130,12 +130,7 @@ TEST(CopiaDeSeguranca, DamagedCopyIsRefusedAndTheDatabaseUntouched)
 
         Restauracao r{bt.conexao(), c, kAgora, 0};
         bool fechou = false;
-        try {
-            restaurar(r, &bt.banco(), [&] { fechou = true; });
-            FAIL() << "uma cópia estragada não pode ser restaurada";
-        } catch (const orb::Recusa &e) {
-            EXPECT_TRUE(e.texto.startsWith("A cópia")) << e.texto.toStdString();
-        }
+        EXPECT_TRUE(teste::recusa([&] { restaurar(r, &bt.banco(), [&] { fechou = true; }); }).startsWith("A cópia"));
         EXPECT_FALSE(fechou);
         EXPECT_FALSE(QFile::exists(bt.caminho() + ".restaurando"));
         bt.reabrir();
@@ -173,12 +168,7 @@ TEST(Restauracao, RefusedBelowLevel900AndWhileAnotherConnectionIsAttached)
         std::vector<std::unique_ptr<db::Banco>> outras;
         for (int i = 0; i < k.outras; ++i) outras.push_back(db::Banco::abrir(bt.conexao()));
         Restauracao r{bt.conexao(), c, kAgora, k.usuario};
-        try {
-            restaurar(r, &bt.banco(), [] {});
-            FAIL() << "a restauração deveria ser recusada";
-        } catch (const orb::Recusa &e) {
-            EXPECT_TRUE(e.texto.startsWith(k.mensagem)) << e.texto.toStdString();
-        }
+        EXPECT_TRUE(teste::recusa([&] { restaurar(r, &bt.banco(), [] {}); }).startsWith(k.mensagem));
         EXPECT_FALSE(QFile::exists(bt.caminho() + ".restaurando"));
     }
 }
@@ -355,10 +345,7 @@ struct CopiaNoServidor : ::testing::Test {
     {
         if (!teste::ServidorFirebird::disponivel()) return;
         servidor = std::make_unique<teste::ServidorFirebird>();
-        conexao.banco = servidor->endereco("ORBManager.fdb");
-        conexao.usuario = servidor->usuario();
-        conexao.senha = servidor->senha();
-        esquema::criarBanco(conexao);
+        conexao = servidor->bancoNovo();
     }
     static void TearDownTestSuite() { servidor.reset(); }
     void SetUp() override
@@ -421,12 +408,7 @@ TEST_F(CopiaNoServidor, RestoreWaitsForTheOtherWorkstations)
         auto outra1 = db::Banco::abrir(conexao);
         auto outra2 = db::Banco::abrir(conexao);
         Restauracao r{conexao, c, kAgora, 0};
-        try {
-            restaurar(r, estacao.get(), [] {});
-            FAIL() << "outras estações estão conectadas";
-        } catch (const orb::Recusa &e) {
-            EXPECT_TRUE(e.texto.startsWith("Existem 2 outras conexões ao banco de dados")) << e.texto.toStdString();
-        }
+        EXPECT_TRUE(teste::recusa([&] { restaurar(r, estacao.get(), [] {}); }).startsWith("Existem 2 outras conexões ao banco de dados"));
     }
     {
         db::Transacao t(*estacao);

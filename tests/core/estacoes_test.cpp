@@ -2,7 +2,6 @@
 
 #include "apoio/ServidorFirebird.h"
 #include "db/Banco.h"
-#include "schema/Atualizacao.h"
 
 #include <QCoreApplication>
 #include <QSignalSpy>
@@ -20,10 +19,7 @@ struct EstacoesTest : ::testing::Test {
     {
         if (!ServidorFirebird::disponivel()) return;
         servidor = std::make_unique<ServidorFirebird>();
-        conexao.banco = servidor->endereco("ORBManager.fdb");
-        conexao.usuario = servidor->usuario();
-        conexao.senha = servidor->senha();
-        esquema::criarBanco(conexao);
+        conexao = servidor->bancoNovo();
     }
     static void TearDownTestSuite() { servidor.reset(); }
     void SetUp() override

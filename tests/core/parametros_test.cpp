@@ -88,21 +88,15 @@ TEST(Parametros, CorDoBanco)
     for (const auto &[valor, cor] : casos) EXPECT_EQ(corDoBanco(valor), cor) << valor.toString().toStdString();
 }
 
-TEST(Clinica, SemeiaUmaVezESegundaChamadaNadaInsere)
+// Seeded once (a second call adds nothing): the stages and statuses, the doctor with level, password
+// and week.
+TEST(Clinica, SemeiaUmaVezEtapasStatusEMedico)
 {
     teste::BancoTemporario bt;
     db::Transacao t(bt.banco());
-    EXPECT_EQ(semear(t), (std::map<QString, int>{{"TBETAPASCOM", 4}, {"TBSTATUSCOM", 7}, {"TBITENS", 1}, {"TBCAD", 2},
-                                                  {"TBCONSULTORIOS", 1}, {"TBNIVEIS", 1}, {"TBCADMEDSIT", 1}}));
-    // Without a date given, the week is dated by the server.
-    EXPECT_EQ(db::escalar(t, "Select Data From TbCadMedSit").toDate(), QDate::currentDate());
-}
-
-TEST(Clinica, EtapasEStatus)
-{
-    teste::BancoTemporario bt;
-    db::Transacao t(bt.banco());
-    semearClinica(t);
+    const QDate hoje(2024, 3, 15);
+    EXPECT_EQ(semear(t, hoje), (std::map<QString, int>{{"TBETAPASCOM", 4}, {"TBSTATUSCOM", 7}, {"TBITENS", 1}, {"TBCAD", 2},
+                                                        {"TBCONSULTORIOS", 1}, {"TBNIVEIS", 1}, {"TBCADMEDSIT", 1}}));
     EXPECT_EQ(coluna(t, "Select E.Ordem || ' ' || E.Etapa || ' ' || S.Ordem || ' ' || S.Status || ' ' || S.StatusRed || ' ' || "
                         "S.CorFundo || ' ' || S.Obr From TbEtapasCom E Join TbStatusCom S On (S.Fk = E.Id) Order By E.Ordem, S.Ordem"),
               QStringList({"1 AGENDAMENTO 1 AGENDADO AG 16776960 N", "2 RECEPÇÃO 1 AGUARDANDO AD 65535 N",
@@ -111,14 +105,6 @@ TEST(Clinica, EtapasEStatus)
                            "4 FINALIZAÇÃO 4 ATENDIDO / FINALIZADO FI 32768 S"}));
     EXPECT_EQ(db::escalar(t, "Select Count(*) From TbEtapasCom E Join TbStatusCom S On (S.Fk = E.Id) Where E.Op = 8 and S.Op = 8 "
                              "and S.GeraFin = 'N' and S.GeraEst = 'N' and S.Final = 'N'").toInt(), 7);
-}
-
-TEST(Clinica, MedicoComNivelSenhaESemana)
-{
-    teste::BancoTemporario bt;
-    db::Transacao t(bt.banco());
-    const QDate hoje(2024, 3, 15);
-    semearClinica(t, hoje);
     // The password is MD5("123456").
     EXPECT_EQ(coluna(t, "Select C.Pessoa || ' ' || C.Nome || '/' || C.RazaoSocial || '/' || C.Apelido || '/' || C.Usuario || ' ' || "
                         "C.Us || C.TipoUsuario || ' ' || C.Senha || ' ' || N.Nivel || ' ' || N.Descricao "
@@ -135,6 +121,15 @@ TEST(Clinica, MedicoComNivelSenhaESemana)
         EXPECT_EQ(horas, QStringList({"08:00", "12:00", "13:00", "18:00", "00:30"})) << dia;
     }
     EXPECT_FALSE(w.proxima());
+}
+
+// Without a date given, the week is dated by the server.
+TEST(Clinica, SemanaDatadaPeloServidor)
+{
+    teste::BancoTemporario bt;
+    db::Transacao t(bt.banco());
+    semearClinica(t);
+    EXPECT_EQ(db::escalar(t, "Select Data From TbCadMedSit").toDate(), QDate::currentDate());
 }
 
 // What the user already has is kept and reused, and only the missing records are added.

@@ -175,14 +175,8 @@ TEST_F(PermissoesTest, UserRules)
         {{0, "", "Sem login", "", "x", "U", nivel}, "Digite o nome de usuário primeiro!"},
         {{0, "curta", "Curta", "", "12345", "U", nivel}, "A senha deve conter no mínimo 6 caracteres"},
     };
-    for (const Caso &c : casos) {
-        try {
-            salvarUsuario(t, c.u, supervisor);
-            EXPECT_TRUE(c.recusa.isEmpty()) << c.u.usuario.toStdString();
-        } catch (const Recusa &r) {
-            EXPECT_EQ(r.texto, c.recusa) << c.u.usuario.toStdString();
-        }
-    }
+    for (const Caso &c : casos)
+        EXPECT_EQ(teste::recusa([&] { salvarUsuario(t, c.u, supervisor); }), c.recusa) << c.u.usuario.toStdString();
     const int admin = db::escalar(t, "select Id from TbCad where Usuario = 'ADMIN'").toInt();
     EXPECT_THROW(excluirUsuario(t, admin, teste::administrador(t)), Recusa);
     EXPECT_THROW(excluirNivel(t, nivel, teste::administrador(t)), Recusa);  // JOAO and SUP belong to it

@@ -16,7 +16,7 @@ TEST(Reconexao, TabsAttachAgainAfterTheServerRestarted)
 {
     if (!ServidorFirebird::disponivel()) GTEST_SKIP() << ServidorFirebird::motivoIndisponivel().toStdString();
     ServidorFirebird servidor;
-    const db::Conexao c{servidor.endereco("reconexao.fdb"), servidor.usuario(), servidor.senha()};
+    const db::Conexao c = servidor.conexao("reconexao.fdb");
     orb::TTabs tabs;
     tabs.conectar(db::Banco::criar(c));
     db::Banco &b = tabs.DbORB();

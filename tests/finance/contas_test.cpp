@@ -41,12 +41,7 @@ struct ContasTest : ::testing::Test {
             v.insert({{"IDBANCO", 1}, {"AGENCIACH", "1"}, {"CCORRENTECH", "2"}, {"CORRENTISTACH", "X"}, {"CPFCNPJCH", "1"}, {"RGIECH", "1"}});
         return salvarConta(t, 0, v, {{{"VALOR", dv(bruto)}}}, adm);
     }
-    void abrirCaixa(bool fechado = false)
-    {
-        db::executar(t, "Insert Into TbAbEncMov (Data, DataAb, IdRespAb, DataEnc, IdRespEnc) Values (:D, :D, :R, :E, :RE)",
-                     {{"D", kHoje}, {"R", adm.idUsuario}, {"E", fechado ? QVariant(QDateTime(kHoje, QTime(18, 0))) : QVariant()},
-                      {"RE", fechado ? QVariant(adm.idUsuario) : QVariant()}});
-    }
+    void abrirCaixa(bool fechado = false) { teste::abrirCaixa(t, kHoje, adm.idUsuario, fechado); }
     Pagamento pagamento(const char *valor)
     {
         Pagamento p;

@@ -113,12 +113,7 @@ TEST_F(AuxiliaresTest, CategoryCodeIsUniqueButItsOwnIsAllowed)
     db::Transacao t(tabs.DbORB());
     const int a = gravarRegistro(t, d, 0, {{"COD", "1.01"}, {"CATEGORIA", "Vendas"}});
     EXPECT_EQ(gravarRegistro(t, d, a, {{"COD", "1.01"}, {"CATEGORIA", "Vendas à vista"}}), a);
-    try {
-        gravarRegistro(t, d, 0, {{"COD", "1.01"}, {"CATEGORIA", "Outra"}});
-        FAIL() << "código repetido aceito";
-    } catch (const Recusa &r) {
-        EXPECT_EQ(r.texto, "Código já existente!");
-    }
+    EXPECT_EQ(teste::recusa([&] { gravarRegistro(t, d, 0, {{"COD", "1.01"}, {"CATEGORIA", "Outra"}}); }), "Código já existente!");
 }
 
 // A plan is a legal-person row of the commercial registry, and its prices are supplier rows of items.
@@ -130,12 +125,8 @@ TEST_F(AuxiliaresTest, PlanIsACommercialRowWithPrices)
     EXPECT_EQ(db::escalar(t, "select Pessoa || Cv || Apelido from TbCad where Id = :ID", {{"ID", plano}}).toString(), "JSSaúde Total Planos");
     const int exame = db::escalar(t, "insert into TbItens (Descricao, Tipo) values ('Hemograma', 'E') returning Id").toInt();
     const DetalheRegistro &precos = d.detalhes[0];
-    try {
-        conferirLinhaDetalhe(t, precos, {{"FK", exame}, {"PRUNITARIO", QVariant()}}, {});
-        FAIL() << "preço vazio aceito";
-    } catch (const Recusa &r) {
-        EXPECT_EQ(r.texto, "Digite o preço primeiro!");
-    }
+    EXPECT_EQ(teste::recusa([&] { conferirLinhaDetalhe(t, precos, {{"FK", exame}, {"PRUNITARIO", QVariant()}}, {}); }),
+              "Digite o preço primeiro!");
     EdicaoDetalhes e(d.detalhes.size());
     e[0].incluir({{"FK", exame}, {"PRUNITARIO", QVariant::fromValue(db::Decimal("35.50"))}});
     gravarDetalhes(t, d, plano, e, teste::administrador(t));
@@ -290,12 +281,7 @@ TEST_F(AuxiliaresTest, PlansAndLaboratoriesNumberedAmongAllPartiesAndActive)
         const DeclaracaoRegistro &d = *registroAuxiliar(classe);
         db::Transacao t(tabs.DbORB());
         const int usado = db::escalar(t, "select max(Codigo) from TbCad").toInt();
-        try {
-            gravarRegistro(t, d, 0, {{"CODIGO", usado}, {"NOME", "Repetido"}});
-            FAIL() << "código de outro cadastro aceito";
-        } catch (const Recusa &r) {
-            EXPECT_EQ(r.texto, "Código já existente!");
-        }
+        EXPECT_EQ(teste::recusa([&] { gravarRegistro(t, d, 0, {{"CODIGO", usado}, {"NOME", "Repetido"}}); }), "Código já existente!");
         const int id = gravarRegistro(t, d, 0, {{"CODIGO", usado + 1}, {"NOME", "Novo Parceiro"}});
         EXPECT_EQ(db::escalar(t, "select Situacao || IdResp from TbCadSit where Fk = :F", {{"F", id}}).toString(), "A2");
         excluirRegistro(t, d, id);

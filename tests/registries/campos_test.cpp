@@ -46,14 +46,12 @@ TEST_F(CamposTest, HolidayDatesAsTyped)
         QDate data;           // invalid: refused
         const char *mostra;   // what the field shows after leaving it
     } casos[] = {
+        // Each way of typing is read by lerData (Datas.TypedDates); here, what the field does with it.
         {"25122026", {2026, 12, 25}, "25/12/2026"},
-        {"15/03/2020", {2020, 3, 15}, "15/03/2020"},
-        {"010727", {2027, 7, 1}, "01/07/2027"},
         {"0208", {hoje.year(), 8, 2}, nullptr},
         {"H", hoje, nullptr},
         {"31022024", {}, "31022024"},
         {"31/04", {}, "31/04"},
-        {"29/02/2023", {}, "29/02/2023"},
     };
     FormRegistro f(*registroAuxiliar("TFeriados"));
     f.show();

@@ -29,8 +29,7 @@ TEST(Codigos, SimultaneousNewRecordsGetDistinctCodes)
 {
     if (!teste::ServidorFirebird::disponivel()) GTEST_SKIP() << teste::ServidorFirebird::motivoIndisponivel().toStdString();
     teste::ServidorFirebird servidor;
-    const db::Conexao c{servidor.endereco("ORBManager.fdb"), servidor.usuario(), servidor.senha()};
-    esquema::criarBanco(c);
+    const db::Conexao c = servidor.bancoNovo();
 
     using Salvar = std::function<void(db::Transacao &, int i, const Valores &novo)>;
     const struct {

@@ -54,15 +54,7 @@ struct DireitosTest : ::testing::Test {
                                   "Returning Id", {{"F", cliente}}).toInt();
     }
 
-    QString recusa(const std::function<void()> &f)
-    {
-        try {
-            db::tentativa(t, f);
-            return {};
-        } catch (const Recusa &r) {
-            return r.texto;
-        }
-    }
+    QString recusa(const std::function<void()> &f) { return teste::recusa(t, f); }
 };
 
 TEST_F(DireitosTest, ClerkCannotReachAboveTheirRights)

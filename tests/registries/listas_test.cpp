@@ -6,7 +6,6 @@
 #include "apoio/ServidorFirebird.h"
 #include "apoio/TabsTeste.h"
 #include "dados/Avisos.h"
-#include "schema/Atualizacao.h"
 #include "ui/ComboConsulta.h"
 #include "ui/FormRegistro.h"
 
@@ -76,8 +75,7 @@ TEST(ListasEstacoes, SecondWorkstationsEntryReachesTheOpenList)
 {
     if (!teste::ServidorFirebird::disponivel()) GTEST_SKIP() << teste::ServidorFirebird::motivoIndisponivel().toStdString();
     teste::ServidorFirebird servidor;
-    const db::Conexao c{servidor.endereco("ORBManager.fdb"), servidor.usuario(), servidor.senha()};
-    esquema::criarBanco(c);
+    const db::Conexao c = servidor.bancoNovo();
     TTabs tabs;
     Tabs = &tabs;
     tabs.conectar(db::Banco::abrir(c));

@@ -5,7 +5,6 @@
 #include "acesso/Sessao.h"
 #include "apoio/ServidorFirebird.h"
 #include "dados/Tabs.h"
-#include "schema/Atualizacao.h"
 #include "ui/FormRegistro.h"
 #include "ui/Mensagens.h"
 #include "ui/TratadorErros.h"
@@ -24,8 +23,7 @@ TEST(Reconexao, EditIsDiscardedAndWorkGoesOnWhenTheServerIsBack)
 {
     if (!teste::ServidorFirebird::disponivel()) GTEST_SKIP() << teste::ServidorFirebird::motivoIndisponivel().toStdString();
     teste::ServidorFirebird servidor;
-    const db::Conexao c{servidor.endereco("ORBManager.fdb"), servidor.usuario(), servidor.senha()};
-    esquema::criarBanco(c);
+    const db::Conexao c = servidor.bancoNovo();
     auto contar = [&](const QString &banco) {
         auto b = db::Banco::abrir(c);
         db::Transacao t(*b, db::Modo::Leitura);

@@ -5,7 +5,6 @@
 #include "acesso/Sessao.h"
 #include "apoio/ServidorFirebird.h"
 #include "dados/Tabs.h"
-#include "schema/Atualizacao.h"
 #include "ui/Mensagens.h"
 
 #include <QLineEdit>
@@ -19,8 +18,7 @@ TEST(Travamento, SecondWorkstationIsToldTheRecordIsInUse)
 {
     if (!teste::ServidorFirebird::disponivel()) GTEST_SKIP() << teste::ServidorFirebird::motivoIndisponivel().toStdString();
     teste::ServidorFirebird servidor;
-    const db::Conexao c{servidor.endereco("ORBManager.fdb"), servidor.usuario(), servidor.senha()};
-    esquema::criarBanco(c);
+    const db::Conexao c = servidor.bancoNovo();
     int taubate = 0;
     {
         auto b = db::Banco::abrir(c);
@@ -67,8 +65,7 @@ TEST(Travamento, RecordStaysLockedWhileItsDetailsAreEdited)
 {
     if (!teste::ServidorFirebird::disponivel()) GTEST_SKIP() << teste::ServidorFirebird::motivoIndisponivel().toStdString();
     teste::ServidorFirebird servidor;
-    const db::Conexao c{servidor.endereco("ORBManager.fdb"), servidor.usuario(), servidor.senha()};
-    esquema::criarBanco(c);
+    const db::Conexao c = servidor.bancoNovo();
     int funcao = 0, cidade = 0;
     {
         auto b = db::Banco::abrir(c);

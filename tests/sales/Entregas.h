@@ -23,16 +23,7 @@ struct VendaPronta {
                               "ContrSerial) Values ('M100', 'MERCADORIA CEM', 'M', 'UN', 100, 100, '0', '40', 0, 0, 'NÃO') Returning Id").toInt();
         principal = db::escalar(t, "Select First 1 IdEmpresa From TbParGlobais").toInt();
     }
-    void abrirCaixa(const QDate &dia = kDia.date())
-    {
-        db::executar(t, "Insert Into TbAbEncMov (Data, DataAb, IdRespAb) Values (:D, :A, :R)",
-                     {{"D", dia}, {"A", QDateTime(dia, QTime(7, 0))}, {"R", adm.idUsuario}});
-    }
-    void fecharCaixa(const QDate &dia = kDia.date())
-    {
-        db::executar(t, "Update TbAbEncMov Set DataEnc = :E, IdRespEnc = :R Where Data = :D",
-                     {{"D", dia}, {"E", QDateTime(dia, QTime(18, 0))}, {"R", adm.idUsuario}});
-    }
+    void abrirCaixa(bool fechado = false) { teste::abrirCaixa(t, kDia.date(), adm.idUsuario, fechado); }
     // A sale (op 1) or a purchase (op 4) of `qtd` of `idItem`, in `parcelas` instalments.
     int salvar(const char *qtd = "2.0000", const QString &parcelas = "03", const QString &geraFin = "A", int idItem = 0, int op = 1)
     {

@@ -6,6 +6,7 @@
 #include "Contas.h"
 #include "Entregas.h"
 #include "Status.h"
+#include "apoio/Direitos.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -24,15 +25,6 @@ struct AprovacaoTest : ::testing::Test {
     teste::VendaPronta v{t};
 
     int contar(const QString &sql, int id) { return db::escalar(t, sql, {{"ID", id}}).toInt(); }
-    QList<Decimal> parcelas(int idCom)
-    {
-        db::Consulta q(t, "Select Valor From TbContas Where Fks = 1 and Fk = :F Order By Prazo, Parcela");
-        q.bind("F", v.fat(idCom));
-        q.executar();
-        QList<Decimal> r;
-        while (q.proxima()) r << q[0].value<Decimal>();
-        return r;
-    }
     void pagarPrimeira(int idCom)
     {
         const int conta = db::escalar(t, "Select First 1 Id From TbContas Where Fks = 1 and Fk = :F Order By Prazo", {{"F", v.fat(idCom)}}).toInt();
@@ -48,12 +40,6 @@ struct AprovacaoTest : ::testing::Test {
     }
 };
 
-TEST_F(AprovacaoTest, AHundredInThreeIs3333And3333And3334)
-{
-    const int id = v.salvar();
-    EXPECT_EQ(parcelas(id), (QList<Decimal>{Decimal("33.33"), Decimal("33.33"), Decimal("33.34")}));
-}
-
 TEST_F(AprovacaoTest, ApprovalChecksInOrderAndWritesNothingOnARefusal)
 {
     const int id = v.salvar();
@@ -68,8 +54,7 @@ TEST_F(AprovacaoTest, ApprovalChecksInOrderAndWritesNothingOnARefusal)
     db::executar(t, "Insert Into TbCadSit (Situacao, Data, Motivo, Fk) Values ('A', '2026-03-02', '', :C)", {{"C", v.c.cliente}});
     EXPECT_EQ(recusa(t, [&] { aprovarOperacao(t, id, kDia, "A", v.adm); }),
               "Não é possível aprovar essa operação pois ainda não foi efetuada a abertura do movimento nesta data!");
-    v.abrirCaixa();
-    v.fecharCaixa();
+    v.abrirCaixa(true);
     EXPECT_EQ(recusa(t, [&] { aprovarOperacao(t, id, kDia, "A", v.adm); }),
               "Não é possível aprovar essa operação pois já foi efetuado o encerramento do movimento nesta data!");
     EXPECT_EQ(contar("Select Count(*) From TbComSt Where Fk = :ID", id), linhasSt);
@@ -78,8 +63,7 @@ TEST_F(AprovacaoTest, ApprovalChecksInOrderAndWritesNothingOnARefusal)
 
 TEST_F(AprovacaoTest, AClosedDayBlocksApprovalOnlyWhenAccountsAreGeneratedThen)
 {
-    v.abrirCaixa();
-    v.fecharCaixa();
+    v.abrirCaixa(true);
     const int porEntrega = v.salvar("2.0000", "03", "E");
     aprovarOperacao(t, porEntrega, kDia, "E", v.adm);
     EXPECT_EQ(statusAtual(t, porEntrega), "AP");
@@ -180,6 +164,22 @@ TEST_F(AprovacaoTest, SerialsOfAnItemControlledOnEntryAndExitMustHaveComeInByAPu
     aprovarOperacao(t, outra, kDia, "E", v.adm);
     EXPECT_EQ(recusa(t, [&] { entregarOperacao(t, outra, kDia, "", v.adm); }),
               "Serial não cadastrado! (Esse item controla serial na entrada e na saída!)");
+}
+
+// Each step asks for its own right, a purchase for the purchases' one; delivering without the right
+// to deliver says whether approving is allowed either.
+TEST_F(AprovacaoTest, EachStepAsksForItsOwnRight)
+{
+    v.abrirCaixa();
+    const int venda = v.salvar("1.0000", "01", "E"), outra = v.salvar("1.0000", "01", "E"), compra = v.salvar("1.0000", "01", "E", 0, 4);
+    aprovarOperacao(t, venda, kDia, "E", v.adm);
+    const QStringList todas = {"Aprovar", "Aprovar Compras", "Entregar", "Receber Compras"};
+    const Sessao nada = teste::usuarioCom(t, "Comercial", "TVendas", todas, {}, "nada");
+    const Sessao aprova = teste::usuarioCom(t, "Comercial", "TVendas", todas, {"Aprovar"}, "aprova");
+    EXPECT_EQ(recusa(t, [&] { entregarOperacao(t, venda, kDia, "", nada); }), "Você não tem permissão para aprovar ou entregar operações!");
+    EXPECT_EQ(recusa(t, [&] { entregarOperacao(t, venda, kDia, "", aprova); }), kSemPermissao);
+    EXPECT_EQ(recusa(t, [&] { aprovarOperacao(t, compra, kDia, "E", aprova); }), kSemPermissao);
+    EXPECT_EQ(recusa(t, [&] { aprovarOperacao(t, outra, kDia, "E", aprova); }), "");
 }
 
 TEST_F(AprovacaoTest, ACancelledOperationIsReactivated)

@@ -6,13 +6,14 @@
 #include "TAbEncMovimento.h"
 #include "TContas.h"
 #include "TDataAprovacaoVendas.h"
-#include "TVendas.h"
+#include "Telas.h"
 #include "apoio/TabsTeste.h"
 #include "ui/Campos.h"
 #include "ui/ComboConsulta.h"
 #include "ui/Impressao.h"
 
 #include <QComboBox>
+#include <optional>
 #include <QPushButton>
 #include <QTableView>
 #include <QTableWidget>
@@ -26,21 +27,16 @@ namespace {
 
 struct CenarioCaixa : teste::ComTabs {};
 
-void escolher(QComboBox *cb, const QVariant &id)
-{
-    if (auto *cc = qobject_cast<ComboConsulta *>(cb)) cc->recarregar();
-    cb->setCurrentIndex(cb->findData(id));
-}
+using teste::escolher;
 
 TEST_F(CenarioCaixa, OpenSellApproveDeliverReceiveCloseAndPrint)
 {
-    int cliente, atendente, empresa, item, admin;
+    std::optional<teste::CenarioVendas> c;
+    int item, admin;
     {
         db::Transacao t(tabs.DbORB());
         teste::VendaPronta v(t);
-        cliente = v.c.cliente;
-        atendente = v.c.atendente;
-        empresa = v.c.empresa;
+        c = v.c;
         item = v.item;
         admin = v.adm.idUsuario;
         // Term sales: the first due date a month after billing, monthly after that.
@@ -66,9 +62,7 @@ TEST_F(CenarioCaixa, OpenSellApproveDeliverReceiveCloseAndPrint)
     venda.definirMenu("&Comercial", "TVendas");
     venda.BtIncluirClick();
     ASSERT_EQ(venda.estado(), FormCadastro::Estado::Incluindo) << msg.avisos.join(" | ").toStdString();
-    escolher(venda.findChild<ComboConsulta *>("CbCliente"), cliente);
-    escolher(venda.findChild<ComboConsulta *>("CbAtendente"), atendente);
-    escolher(venda.findChild<ComboConsulta *>("CbEmpresa"), empresa);
+    teste::partes(venda, *c);
     escolher(venda.comboItem(), item);
     venda.campoQtd()->setText("1");
     venda.BtIncluirLinhaClick();
@@ -103,7 +97,7 @@ TEST_F(CenarioCaixa, OpenSellApproveDeliverReceiveCloseAndPrint)
     {
         db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
         EXPECT_EQ(db::escalar(t, "Select First 1 Status From TbComSt Where Fk = :ID Order By Id Desc", {{"ID", id}}).toString(), "EN");
-        EXPECT_EQ(db::escalar(t, "Select EstAtual From TbItensEst Where Fk = :I and IdEmpresa = :E", {{"I", item}, {"E", empresa}})
+        EXPECT_EQ(db::escalar(t, "Select EstAtual From TbItensEst Where Fk = :I and IdEmpresa = :E", {{"I", item}, {"E", c->empresa}})
                       .value<Decimal>(), Decimal("-1.0000"));
     }
 

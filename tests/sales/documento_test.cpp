@@ -8,9 +8,6 @@
 #include "Vendas.h"
 #include "dados/Tabs.h"
 
-#include <QCoreApplication>
-#include <QFileInfo>
-#include <QProcess>
 #include <csignal>
 #include <gtest/gtest.h>
 
@@ -18,6 +15,8 @@ using db::Decimal;
 using namespace orb;
 
 namespace {
+
+using teste::recusa;
 
 QVariant dv(const char *s) { return QVariant::fromValue(Decimal(s)); }
 const QDateTime kAgora(QDate(2026, 3, 10), QTime(14, 30));
@@ -97,13 +96,8 @@ TEST_F(DocumentoTest, SaveChecksInTheirOrderAndWritesNothingOnARefusal)
     };
     const int antes = total("TbCom") + total("TbComItens") + total("TbComFat") + total("TbComSt") + total("TbContas");
     for (const Passo &p : passos) {
-        try {
-            Documento copia = d;
-            salvarDocumento(t, copia, adm, kAgora);
-            ADD_FAILURE() << "salvou sem: " << p.mensagem.toStdString();
-        } catch (const Recusa &r) {
-            EXPECT_EQ(r.texto, p.mensagem);
-        }
+        Documento copia = d;
+        EXPECT_EQ(recusa([&] { salvarDocumento(t, copia, adm, kAgora); }), p.mensagem);
         EXPECT_EQ(total("TbCom") + total("TbComItens") + total("TbComFat") + total("TbComSt") + total("TbContas"), antes);
         p.corrigir(d);
     }
@@ -114,31 +108,14 @@ TEST_F(DocumentoTest, SaveChecksInTheirOrderAndWritesNothingOnARefusal)
     EXPECT_THROW(salvarDocumento(t, semLinhas, adm, kAgora), Recusa);
     Documento os = venda();
     os.op = 2;
-    try {
-        salvarDocumento(t, os, adm, kAgora);
-        ADD_FAILURE();
-    } catch (const Recusa &r) {
-        EXPECT_EQ(r.texto, "Digite a data de Previsão de Entrega primeiro!");
-    }
+    EXPECT_EQ(recusa([&] { salvarDocumento(t, os, adm, kAgora); }), "Digite a data de Previsão de Entrega primeiro!");
     os.cabecalho["DATAPREVENTREGA"] = kAgora;
-    try {
-        salvarDocumento(t, os, adm, kAgora);
-        ADD_FAILURE();
-    } catch (const Recusa &r) {
-        EXPECT_EQ(r.texto, "Defina o Acondicionamento (Pasta, Mochila, Caixa) primeiro!");
-    }
+    EXPECT_EQ(recusa([&] { salvarDocumento(t, os, adm, kAgora); }), "Defina o Acondicionamento (Pasta, Mochila, Caixa) primeiro!");
     os.cabecalho["ACOND"] = "MOCHILA AZUL";
+    Documento outra = os;  // another order wanting the same packaging
     const int primeira = salvarDocumento(t, os, adm, kAgora);
-    Documento outra = venda();
-    outra.op = 2;
-    outra.cabecalho["DATAPREVENTREGA"] = kAgora;
-    outra.cabecalho["ACOND"] = "MOCHILA AZUL";
-    try {
-        salvarDocumento(t, outra, adm, kAgora);
-        ADD_FAILURE();
-    } catch (const Recusa &r) {
-        EXPECT_EQ(r.texto, "Esse Acondicionamento está sendo utilizado na Ordem de Serviço " + QString::asprintf("%06d", primeira));
-    }
+    EXPECT_EQ(recusa([&] { salvarDocumento(t, outra, adm, kAgora); }),
+              "Esse Acondicionamento está sendo utilizado na Ordem de Serviço " + QString::asprintf("%06d", primeira));
 }
 
 TEST_F(DocumentoTest, ABillingDateOneDayBeforeTheOperationIsRefused)
@@ -247,12 +224,7 @@ TEST_F(DocumentoTest, DeletionIsRefusedOnceApprovedDeliveredOrCancelled)
         d.cabecalho["ACOND"] = QString("CAIXA ") + k.modo;
         const int id = salvarDocumento(t, d, adm, kAgora);
         acrescentarStatus(t, id, d.op, {k.status, {}, kAgora, {}});
-        try {
-            excluirDocumento(t, id, adm);
-            ADD_FAILURE() << k.modo;
-        } catch (const Recusa &r) {
-            EXPECT_EQ(r.texto, k.mensagem);
-        }
+        EXPECT_EQ(recusa([&] { excluirDocumento(t, id, adm); }), k.mensagem);
     }
     Documento d = venda();
     d.faturamento["CONDPAGTO"] = "P";
@@ -274,57 +246,29 @@ TEST_F(DocumentoTest, LineEntryRefusals)
         {{{"DESCRICAO", "LIVRE"}, {"QTD", dv("1")}, {"PERCDESCONTO", dv("-1")}}, "O desconto deve ser maior ou igual a 0%!"},
         {{{"DESCRICAO", "LIVRE"}, {"QTD", dv("1")}, {"PERCDESCONTO", dv("100.0001")}}, "O desconto deve ser menor ou igual a 100%!"},
     };
-    for (const auto &k : casos) {
-        try {
-            conferirLinha(k.linha);
-            ADD_FAILURE() << k.mensagem;
-        } catch (const Recusa &r) {
-            EXPECT_EQ(r.texto, k.mensagem);
-        }
-    }
+    for (const auto &k : casos) EXPECT_EQ(recusa([&] { conferirLinha(k.linha); }), k.mensagem);
     EXPECT_NO_THROW(conferirLinha({{"DESCRICAO", "LIVRE"}, {"QTD", dv("1")}, {"PERCDESCONTO", dv("100")}}));
     EXPECT_EQ(linhaServico(t, "7890001", "V")["IDITEM"].toInt(), c.itens["SERV"]);
     EXPECT_EQ(linhaServico(t, "S1", "A")["IDITEM"].toInt(), c.itens["SERV"]);
-    try {
-        linhaServico(t, "NADA", "V");
-        ADD_FAILURE();
-    } catch (const Recusa &r) {
-        EXPECT_EQ(r.texto, "Serviço não encontrada!");
-    }
+    EXPECT_EQ(recusa([&] { linhaServico(t, "NADA", "V"); }), "Serviço não encontrada!");
     EXPECT_EQ(buscarMercadorias(t, "cadoria 07").size(), 1);
 
     // Serials: the item's control against the kind, and no more than the quantity.
     Valores l = linhaDoItem(t, c.itens["000"], "V");  // controls serials on exit only
     l["QTD"] = dv("2");
     EXPECT_NO_THROW(conferirSerial(t, l, 1));
-    try {
-        conferirSerial(t, l, 4);
-        ADD_FAILURE();
-    } catch (const Recusa &r) {
-        EXPECT_EQ(r.texto, "Essa mercadoria não controla seriais na entrada!");
-    }
+    EXPECT_EQ(recusa([&] { conferirSerial(t, l, 4); }), "Essa mercadoria não controla seriais na entrada!");
     l["Z_SERIAIS"] = QStringList{"A1", "A2"};
-    try {
-        conferirSerial(t, l, 1);
-        ADD_FAILURE();
-    } catch (const Recusa &r) {
-        EXPECT_EQ(r.texto, "A quantidade de seriais já atingiu a quantidade da mercadoria!");
-    }
-    Valores livre = {{"DESCRICAO", "LIVRE"}, {"QTD", dv("1")}};
-    try {
-        conferirSerial(t, livre, 1);
-        ADD_FAILURE();
-    } catch (const Recusa &r) {
-        EXPECT_EQ(r.texto, "Essa mercadoria não controla seriais na saída!");
-    }
+    EXPECT_EQ(recusa([&] { conferirSerial(t, l, 1); }), "A quantidade de seriais já atingiu a quantidade da mercadoria!");
+    EXPECT_EQ(recusa([&] { conferirSerial(t, {{"DESCRICAO", "LIVRE"}, {"QTD", dv("1")}}, 1); }),
+              "Essa mercadoria não controla seriais na saída!");
 }
 
 // The child half of the next test: it saves a whole sale and dies before the commit.
 TEST(VendaInterrompida, Filho)
 {
-    const QString banco = qEnvironmentVariable("ORB_TESTE_VENDA_FILHO");
-    if (banco.isEmpty())
-        GTEST_SKIP() << "só como processo filho";
+    const QString banco = teste::bancoDoFilho();
+    if (banco.isEmpty()) GTEST_SKIP() << "só como processo filho";
     auto b = db::Banco::abrir({banco});
     db::Transacao t(*b);
     const Sessao adm = teste::administrador(t, "&Comercial", "TVendas");
@@ -356,15 +300,7 @@ TEST(VendaInterrompida, ASaleKilledBeforeItsCommitIsAbsentWhenReopened)
         teste::CenarioVendas c(t);
         t.commit();
     }
-    bt.fechar();
-    QProcess filho;
-    QProcessEnvironment env = teste::ambienteFilho(QFileInfo(bt.caminho()).absolutePath());
-    env.insert("ORB_TESTE_VENDA_FILHO", bt.caminho());
-    filho.setProcessEnvironment(env);
-    filho.start(QCoreApplication::applicationFilePath(), {"--gtest_filter=VendaInterrompida.Filho"});
-    ASSERT_TRUE(filho.waitForFinished(60000));
-    ASSERT_EQ(filho.exitStatus(), QProcess::CrashExit) << filho.readAll().toStdString();
-    bt.reabrir();
+    ASSERT_EQ(teste::filhoInterrompido(bt, "VendaInterrompida.Filho"), "");
     db::Transacao t(bt.banco(), db::Modo::Leitura);
     for (const char *tabela : {"TbCom", "TbComItens", "TbComFat", "TbComFatItens", "TbComSt", "TbContas", "TbContasRat"})
         EXPECT_EQ(contar(t, QString("Select Count(*) From ") + tabela), 0) << tabela;

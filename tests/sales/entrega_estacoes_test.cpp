@@ -5,12 +5,8 @@
 #include "Entregas.h"
 #include "Status.h"
 #include "apoio/ServidorFirebird.h"
-#include "schema/Atualizacao.h"
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QFileInfo>
-#include <QProcess>
 #include <csignal>
 #include <gtest/gtest.h>
 
@@ -22,8 +18,7 @@ TEST(EntregaEstacoes, TwoWorkstationsApprovingAtOnceOneSucceedsTheOtherIsRefused
 {
     if (!teste::ServidorFirebird::disponivel()) GTEST_SKIP() << teste::ServidorFirebird::motivoIndisponivel().toStdString();
     teste::ServidorFirebird servidor;
-    const db::Conexao c{servidor.endereco("ORBManager.fdb"), servidor.usuario(), servidor.senha()};
-    esquema::criarBanco(c);
+    const db::Conexao c = servidor.bancoNovo();
     int id = 0;
     Sessao adm;
     {
@@ -69,9 +64,9 @@ TEST(EntregaEstacoes, TwoWorkstationsApprovingAtOnceOneSucceedsTheOtherIsRefused
 // The child: a delivery that dies after its stock rows, before the commit.
 TEST(EntregaInterrompida, Filho)
 {
-    const QByteArray caminho = qgetenv("ORB_TESTE_ENTREGA_FILHO");
-    if (caminho.isEmpty()) GTEST_SKIP() << "só como processo filho";
-    auto b = db::Banco::abrir({QString::fromLocal8Bit(caminho)});
+    const QString banco = teste::bancoDoFilho();
+    if (banco.isEmpty()) GTEST_SKIP() << "só como processo filho";
+    auto b = db::Banco::abrir({banco});
     db::Transacao t(*b);
     const int id = db::escalar(t, "Select Max(Id) From TbCom").toInt();
     Sessao adm = teste::administrador(t, "&Comercial", "TVendas");
@@ -92,15 +87,7 @@ TEST(EntregaInterrompida, ADeliveryKilledBeforeItsCommitIsAbsentWhenReopened)
         empresa = v.c.empresa;
         t.commit();
     }
-    bt.fechar();
-    QProcess filho;
-    QProcessEnvironment env = teste::ambienteFilho(QFileInfo(bt.caminho()).absolutePath());
-    env.insert("ORB_TESTE_ENTREGA_FILHO", bt.caminho());
-    filho.setProcessEnvironment(env);
-    filho.start(QCoreApplication::applicationFilePath(), {"--gtest_filter=EntregaInterrompida.Filho"});
-    ASSERT_TRUE(filho.waitForFinished(60000));
-    ASSERT_EQ(filho.exitStatus(), QProcess::CrashExit) << filho.readAll().toStdString();
-    bt.reabrir();
+    ASSERT_EQ(teste::filhoInterrompido(bt, "EntregaInterrompida.Filho"), "");
     db::Transacao t(bt.banco(), db::Modo::Leitura);
     EXPECT_EQ(statusAtual(t, id), "AP");
     EXPECT_EQ(db::escalar(t, "Select Count(*) From TbItensEst Where IdEmpresa = :E", {{"E", empresa}}).toInt(), 0);

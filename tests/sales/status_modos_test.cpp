@@ -1,4 +1,4 @@
-// The status table and history, a move two workstations race for, and the modes' browse.
+// The status table and history, and the modes' browse (two workstations racing: entrega_estacoes_test).
 
 #include "Cenario.h"
 #include "Status.h"
@@ -60,18 +60,6 @@ TEST_F(StatusTest, TheHistoryOnlyGrowsAndTheNewestRowIsTheStatus)
               "AO>AA>AP>EN");
 }
 
-TEST_F(StatusTest, TwoWorkstationsApprovingAtOnce)
-{
-    db::Transacao a(bt.banco()), b(bt.banco());
-    EXPECT_EQ(mudarStatus(a, id, "Aprovar", {{}, {}, kAgora, {}}), "AP");
-    // The second is refused at once, not after the first commits.
-    EXPECT_ANY_THROW(mudarStatus(b, id, "Aprovar", {{}, {}, kAgora, {}}));
-    a.commit();
-    b.rollback();
-    b.iniciar();
-    EXPECT_THROW(mudarStatus(b, id, "Aprovar", {{}, {}, kAgora, {}}), Recusa);  // already approved
-}
-
 TEST_F(StatusTest, BrowseOfEveryModeAndOrder)
 {
     db::Transacao t(bt.banco());
@@ -98,26 +86,10 @@ TEST_F(StatusTest, BrowseOfEveryModeAndOrder)
     EXPECT_FALSE(q.proxima());
 }
 
-TEST(Modos, EachModeReadsAsData)
+// Code and number name the same mode; an unknown code is no mode.
+TEST(Modos, CodeAndNumberAgree)
 {
-    struct { const char *codigo; int op; const char *titulo, *total, *noventa; int acoes; } casos[] = {
-        {"Ven", 1, "Comercial - Vendas", "Total da Venda", "Nova Venda", 9},
-        {"Ser", 2, "Comercial - Ordens de Serviço", "Total da OS", "Novo Serviço", 11},
-        {"Con", 3, "Comercial - Contratos", "Total do Contrato", "Novo Contrato", 10},
-        {"Com", 4, "Comercial - Compras", "Total da Compra", "Nova Compra", 9},
-        {"Loc", 5, "Comercial - Locações", "", "Nova Locação", 9},
-    };
-    for (const auto &c : casos) {
-        const ModoOperacao &m = modoOperacao(c.codigo);
-        EXPECT_EQ(m.op, c.op);
-        EXPECT_EQ(m.titulo, c.titulo);
-        EXPECT_EQ(m.rotuloTotal, c.total);
-        EXPECT_EQ(m.novo, c.noventa);
-        EXPECT_EQ(m.operacoes.size(), c.acoes) << c.codigo;
-        EXPECT_EQ(m.operacoes.mid(0, 4), QStringList({"Incluir", "Alterar", "Imprimir", "Excluir"}));
-        EXPECT_EQ(&modoDoOp(c.op), &m);
-    }
-    EXPECT_EQ(modoOperacao("Com").incluir, "Incluir Compras");
+    for (const ModoOperacao &m : modosOperacao()) EXPECT_EQ(&modoDoOp(m.op), &modoOperacao(m.codigo)) << m.codigo.toStdString();
     EXPECT_THROW(modoOperacao("Xyz"), std::out_of_range);
 }
 

@@ -53,7 +53,7 @@ struct TVendaExpTest : teste::ComTabs {
         db::executar(t, "Insert Into TbParVendas (Data, IdClienteVE, IdAtendenteVE, IdEmpresaVE, GeraFinVE, CondPagtoVE, Parcelas, "
                         "Entrada, PrimVenc, IntVenc) Values ('2020-01-01', :CL, :AT, :EM, 'A', 'V', '03', 'S', 30, 30)",
                      {{"CL", cliente}, {"AT", v.c.atendente}, {"EM", empresa}});
-        v.abrirCaixa(QDate::currentDate());
+        teste::abrirCaixa(t, QDate::currentDate(), v.adm.idUsuario);
         sessao().idUsuario = v.adm.idUsuario;
         t.commit();
     }

@@ -1,8 +1,8 @@
-// The operation form driven like a user: Incluir, the header, two lines, Salvar, the grid.
+// The operation form driven like a user: each kind's mode, a term sale typed, saved and opened again,
+// a service order's packaging, serials on a line.
 
-#include "Cenario.h"
 #include "FormsVendas.h"
-#include "TVendas.h"
+#include "Telas.h"
 #include "principal/Menus.h"
 #include "apoio/TabsTeste.h"
 #include "ui/ComboConsulta.h"
@@ -25,82 +25,20 @@ using namespace orb;
 
 namespace {
 
-struct TVendasTest : teste::ComTabs {};
-
-void escolher(QWidget *w, const QVariant &id)
-{
-    auto *cb = static_cast<QComboBox *>(w);
-    if (auto *cc = qobject_cast<ComboConsulta *>(cb)) cc->recarregar();
-    cb->setCurrentIndex(cb->findData(id));
-}
-
-TEST_F(TVendasTest, ASaleTypedAndSavedShowsInTheBrowse)
-{
-    int cliente, atendente, empresa, item, transportadora;
+// A workstation on the sales scenario, committed; `extra` adds to it in the same transaction.
+struct TVendasTest : teste::ComTabs {
+    teste::CenarioVendas cenario(const std::function<void(db::Transacao &, teste::CenarioVendas &)> &extra = {})
     {
         db::Transacao t(tabs.DbORB());
         teste::CenarioVendas c(t);
-        cliente = c.cliente;
-        atendente = c.atendente;
-        empresa = c.empresa;
-        item = c.itens["010"];
-        transportadora = db::escalar(t, "Insert Into TbCad (Nome, Tr) Values ('TRANSPORTES LIGEIRO', 'S') Returning Id").toInt();
+        if (extra) extra(t, c);
         t.commit();
+        return c;
     }
-    TVendas f("Ven");
-    f.definirMenu("&Comercial", "TVendas");
-    f.show();
-    EXPECT_LE(f.minimumSizeHint().width(), 1366 - 24);  // fits the main window's tab area on a 1366×768 screen
-    f.BtIncluirClick();
-    ASSERT_EQ(f.estado(), FormCadastro::Estado::Incluindo) << msg.avisos.join(" | ").toStdString();
-    escolher(f.findChild<ComboConsulta *>("CbCliente"), cliente);
-    escolher(f.findChild<ComboConsulta *>("CbAtendente"), atendente);
-    escolher(f.findChild<ComboConsulta *>("CbEmpresa"), empresa);
+};
 
-    // A line without quantity is refused; with it, it enters the grid and the total.
-    escolher(f.comboItem(), item);
-    f.BtIncluirLinhaClick();
-    EXPECT_EQ(msg.avisos.value(0), "Digite a quantidade primeiro!");
-    escolher(f.comboItem(), item);
-    f.campoQtd()->setText("2");
-    f.BtIncluirLinhaClick();
-    f.comboItem()->setEditText("SERVIÇO AVULSO");
-    f.campoQtd()->setText("1");
-    f.findChild<CampoNumero *>("FRETE")->setText("10,00");
-    f.findChild<CampoNumero *>("OUTROS")->setText("2,50");
-    f.BtIncluirLinhaClick();
-    EXPECT_EQ(f.gradeLinhas()->model()->rowCount(), 2);
-    // Term sale in three: the condition takes the parameters' terms, the count is then chosen.
-    auto *cond = f.findChild<QComboBox *>("CbCondPagto");
-    cond->setCurrentIndex(cond->findData("P"));
-    auto *parcelas = f.findChild<QComboBox *>("CbParcelas");
-    parcelas->setCurrentIndex(parcelas->findData("03"));
-    // A billing date before the operation's is refused as it is left, and the date typed goes back.
-    auto *dataFat = f.findChild<CampoData *>("EdDataFat");
-    const QString antes = dataFat->text();
-    dataFat->setText("01/01/2020");
-    emit dataFat->editingFinished();
-    EXPECT_EQ(msg.avisos.last(), "A Data do Faturamento deve ser maior ou igual a Data da Operação!");
-    EXPECT_EQ(dataFat->text(), antes);
-
-    // The line's freight needs the carrier.
-    f.BtSalvarClick();
-    EXPECT_EQ(msg.avisos.last(), "Escolha a Transportadora primeiro!");
-    escolher(f.findChild<QWidget *>("TBCOMFAT.IDTRANSPORTADORA"), transportadora);
-    f.BtSalvarClick();
-    ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
-    db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
-    const int id = db::escalar(t, "Select Max(Id) From TbCom").toInt();
-    EXPECT_EQ(db::escalar(t, "Select C.TotalFrete || '|' || C.OutrosM || '|' || F.IdTransportadora From TbCom C "
-                             "Join TbComFat F On (F.Fk = C.Id) Where C.Id = :ID", {{"ID", id}}).toString(),
-              QString("10.00|2.50|%1").arg(transportadora));
-    EXPECT_EQ(db::escalar(t, "Select Count(*) From TbComItens Where Fk = :ID", {{"ID", id}}).toInt(), 2);
-    EXPECT_EQ(db::escalar(t, "Select Total From TbCom Where Id = :ID", {{"ID", id}}).value<db::Decimal>(),
-              f.documento().cabecalho.at("TOTAL").value<db::Decimal>());
-    EXPECT_GE(f.modelo()->linhaDoId(id), 0);
-    EXPECT_EQ(db::escalar(t, "Select Count(*) From TbContas C Join TbComFat F On (F.Id = C.Fk) Where C.Fks = 1 and F.Fk = :ID",
-                          {{"ID", id}}).toInt(), 3);
-}
+using teste::escolher;
+using teste::partes;
 
 // Every kind a menu names opens the one form in its own mode: caption of the party, total label and the
 // fields only that kind has.
@@ -133,29 +71,20 @@ TEST_F(TVendasTest, EveryMenuKindOpensTheFormInItsMode)
 // order may not take the packaging the first still holds.
 TEST_F(TVendasTest, AServiceOrderKeepsItsPackagingUntilDelivered)
 {
-    int cliente, atendente, empresa, servico, pasta, tecnico;
-    {
-        db::Transacao t(tabs.DbORB());
-        teste::CenarioVendas c(t);
-        cliente = c.cliente;
-        atendente = c.atendente;
-        tecnico = c.atendente;
-        empresa = c.empresa;
-        servico = c.itens["SERV"];
+    int pasta = 0;
+    const teste::CenarioVendas c = cenario([&](db::Transacao &t, teste::CenarioVendas &) {
         pasta = db::escalar(t, "Insert Into TbAcond (Codigo, Nome) Values (1, 'PASTA 01') Returning Id").toInt();
-        t.commit();
-    }
+    });
+    const int tecnico = c.atendente;
     TVendas f("Ser");
     f.definirMenu("&Comercial", "TServicos");
     f.show();
     auto novaOrdem = [&](const QString &placa) {
         f.BtIncluirClick();
         EXPECT_EQ(f.estado(), FormCadastro::Estado::Incluindo) << msg.avisos.join(" | ").toStdString();
-        escolher(f.findChild<ComboConsulta *>("CbCliente"), cliente);
-        escolher(f.findChild<ComboConsulta *>("CbAtendente"), atendente);
-        escolher(f.findChild<ComboConsulta *>("CbEmpresa"), empresa);
+        partes(f, c);
         escolher(f.findChild<ComboConsulta *>("CbTecnico"), tecnico);
-        escolher(f.comboItem(), servico);
+        escolher(f.comboItem(), c.itens["SERV"]);
         f.campoQtd()->setText("1");
         f.BtIncluirLinhaClick();
         for (auto *e : f.findChildren<QLineEdit *>())
@@ -199,36 +128,39 @@ QStringList textos(const QAbstractItemModel *m)
     return r;
 }
 
-// Through the widgets: three lines, a discount on the subtotal, "A PRAZO" in three, saved; the instalments
-// add up to the billing, and the sale opened again shows the same lines, total and instalments.
+// Through the widgets: a line without quantity refused, three lines and a free-text service, a discount
+// on the subtotal, "A PRAZO" in three, a billing date before the operation's refused, saved; the
+// instalments add up to the billing, and the sale opened again shows the same lines, total and instalments.
 TEST_F(TVendasTest, ATermSaleInThreeShowsTheSameFiguresWhenOpenedAgain)
 {
-    int cliente, atendente, empresa;
-    QList<int> itens;
-    {
-        db::Transacao t(tabs.DbORB());
-        teste::CenarioVendas c(t);
-        cliente = c.cliente;
-        atendente = c.atendente;
-        empresa = c.empresa;
-        itens = {c.itens["000"], c.itens["010"], c.itens["SERV"]};
+    int transportadora = 0;
+    const teste::CenarioVendas c = cenario([&](db::Transacao &t, teste::CenarioVendas &) {
         db::executar(t, "Insert Into TbParVendas (Data, IntVenc, PrimVenc) Values ('2020-01-01', 30, 30)");
-        t.commit();
-    }
+        transportadora = db::escalar(t, "Insert Into TbCad (Nome, Tr) Values ('TRANSPORTES LIGEIRO', 'S') Returning Id").toInt();
+    });
+    const QList<int> itens = {c.itens["000"], c.itens["010"], c.itens["SERV"]};
     TVendas f("Ven");
     f.definirMenu("&Comercial", "TVendas");
     f.resize(1342, 680);
     f.show();
     f.BtIncluirClick();
-    escolher(f.findChild<ComboConsulta *>("CbCliente"), cliente);
-    escolher(f.findChild<ComboConsulta *>("CbAtendente"), atendente);
-    escolher(f.findChild<ComboConsulta *>("CbEmpresa"), empresa);
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Incluindo) << msg.avisos.join(" | ").toStdString();
+    partes(f, c);
+    escolher(f.comboItem(), itens[0]);
+    f.BtIncluirLinhaClick();
+    EXPECT_EQ(msg.avisos.value(0), "Digite a quantidade primeiro!");
     const char *qtds[] = {"3", "2,5", "1"};
     for (int i = 0; i < 3; ++i) {
         escolher(f.comboItem(), itens[i]);
         f.campoQtd()->setText(qtds[i]);
         f.BtIncluirLinhaClick();
     }
+    f.comboItem()->setEditText("SERVIÇO AVULSO");
+    f.campoQtd()->setText("1");
+    f.findChild<CampoNumero *>("FRETE")->setText("10,00");
+    f.findChild<CampoNumero *>("OUTROS")->setText("2,50");
+    f.BtIncluirLinhaClick();
+    EXPECT_EQ(f.gradeLinhas()->model()->rowCount(), 4);
     auto *tipo = f.findChild<QComboBox *>("TIPODESCONTO");
     tipo->setCurrentIndex(tipo->findData("S"));
     f.findChild<CampoNumero *>("DESCONTOM")->setText("10,01");
@@ -238,17 +170,33 @@ TEST_F(TVendasTest, ATermSaleInThreeShowsTheSameFiguresWhenOpenedAgain)
     cond->setCurrentIndex(cond->findData("P"));
     auto *parcelas = f.findChild<QComboBox *>("CbParcelas");
     parcelas->setCurrentIndex(parcelas->findData("03"));
+    // A billing date before the operation's is refused as it is left, and the date typed goes back.
+    auto *dataFat = f.findChild<CampoData *>("EdDataFat");
+    const QString antes = dataFat->text();
+    dataFat->setText("01/01/2020");
+    emit dataFat->editingFinished();
+    EXPECT_EQ(msg.avisos.last(), "A Data do Faturamento deve ser maior ou igual a Data da Operação!");
+    EXPECT_EQ(dataFat->text(), antes);
+    // The line's freight needs the carrier.
+    f.BtSalvarClick();
+    EXPECT_EQ(msg.avisos.last(), "Escolha a Transportadora primeiro!");
+    escolher(f.findChild<QComboBox *>("TBCOMFAT.IDTRANSPORTADORA"), transportadora);
     f.BtSalvarClick();
     ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
 
     db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
     const int id = db::escalar(t, "Select Max(Id) From TbCom").toInt();
+    EXPECT_EQ(db::escalar(t, "Select Count(*) From TbComItens Where Fk = :ID", {{"ID", id}}).toInt(), 4);
+    EXPECT_EQ(db::escalar(t, "Select Total From TbCom Where Id = :ID", {{"ID", id}}).value<db::Decimal>(),
+              f.documento().cabecalho.at("TOTAL").value<db::Decimal>());
     const auto fat = db::escalar(t, "Select Valor From TbComFat Where Fk = :ID", {{"ID", id}}).value<db::Decimal>();
     EXPECT_EQ(db::escalar(t, "Select Sum(C.Valor) From TbContas C Join TbComFat F On (F.Id = C.Fk) Where C.Fks = 1 and F.Fk = :ID",
                           {{"ID", id}}).value<db::Decimal>(), fat);
-    EXPECT_EQ(db::escalar(t, "Select DescontoM || '|' || DescontoS || '|' || Seguro || '|' || Iif(TotalM = SubtotalM + Ipi + Seguro, 'S', 'N') "
-                             "From TbCom Where Id = :ID", {{"ID", id}}).toString(), "10.01|5.00|3.50|S");
-    EXPECT_EQ(f.gradeLinhas()->model()->index(2, 4).data().toString(), "5,00");  // the service takes the services' discount
+    EXPECT_EQ(db::escalar(t, "Select C.DescontoM || '|' || C.DescontoS || '|' || C.Seguro || '|' || C.TotalFrete || '|' || C.OutrosM || '|' || "
+                             "Iif(C.TotalM = C.SubtotalM + C.Ipi + C.Seguro + C.TotalFreteM + C.OutrosM, 'S', 'N') || '|' || F.IdTransportadora "
+                             "From TbCom C Join TbComFat F On (F.Fk = C.Id) Where C.Id = :ID", {{"ID", id}}).toString(),
+              QString("10.01|5.00|3.50|10.00|2.50|S|%1").arg(transportadora));
+    EXPECT_EQ(f.gradeLinhas()->model()->index(3, 4).data().toString(), "5,00");  // INSTALAÇÃO takes the services' discount
     // The instalments on the screen are the saved ones, and they add up to the billing too.
     ASSERT_EQ(f.gradeParcelas()->model()->rowCount(), 3);
     db::Decimal soma("0");
@@ -281,19 +229,11 @@ TEST_F(TVendasTest, ATermSaleInThreeShowsTheSameFiguresWhenOpenedAgain)
 // line already has as many as its quantity; kept with the sale and shown again when it is reopened.
 TEST_F(TVendasTest, SerialsOnTheMarkedLine)
 {
-    int cliente, atendente, empresa, saida, entrada;
-    {
-        db::Transacao t(tabs.DbORB());
-        teste::CenarioVendas c(t);
-        cliente = c.cliente;
-        atendente = c.atendente;
-        empresa = c.empresa;
-        saida = c.itens["000"];  // 'SAÍ'
-        entrada = c.itens["010"];
-        db::executar(t, "Update TbItens Set ContrSerial = 'ENT' Where Id = :ID", {{"ID", entrada}});
-        db::executar(t, "Update TbCad Set Fo = 'S' Where Id = :ID", {{"ID", cliente}});
-        t.commit();
-    }
+    const teste::CenarioVendas c = cenario([](db::Transacao &t, teste::CenarioVendas &c) {
+        db::executar(t, "Update TbItens Set ContrSerial = 'ENT' Where Id = :ID", {{"ID", c.itens["010"]}});
+        db::executar(t, "Update TbCad Set Fo = 'S' Where Id = :ID", {{"ID", c.cliente}});
+    });
+    const int saida = c.itens["000"], entrada = c.itens["010"];  // 'SAÍ', 'ENT'
     auto serial = [](TVendas &f) { return f.findChild<QLineEdit *>("SERIAL"); };
     auto digitar = [&](TVendas &f, int linha, const QString &s) {
         f.gradeLinhas()->selectRow(linha);
@@ -323,9 +263,7 @@ TEST_F(TVendasTest, SerialsOnTheMarkedLine)
     TVendas f("Ven");
     f.show();
     f.BtIncluirClick();
-    escolher(f.findChild<ComboConsulta *>("CbCliente"), cliente);
-    escolher(f.findChild<ComboConsulta *>("CbAtendente"), atendente);
-    escolher(f.findChild<ComboConsulta *>("CbEmpresa"), empresa);
+    partes(f, c);
     escolher(f.comboItem(), saida);
     f.campoQtd()->setText("2");
     f.BtIncluirLinhaClick();

@@ -194,8 +194,7 @@ TEST_F(VendaExpTest, FinishingApprovesReceivesWhatIsDueNowAndDelivers)
         db::executar(t, "Delete From TbParVendas");
         db::executar(t, "Delete From TbAbEncMov");
         parametros(c.geraFin, c.cond, c.parcelas, c.entrada, c.primVenc);
-        if (c.caixa != Nenhum) v.abrirCaixa();
-        if (c.caixa == Fechado) v.fecharCaixa();
+        if (c.caixa != Nenhum) v.abrirCaixa(c.caixa == Fechado);
         const Decimal antes = v.temEstoque(v.c.empresa) ? v.estoque(v.c.empresa) : Decimal("0");
         const int id = vender();
         const QVariant recebido = c.recebido ? QVariant::fromValue(Decimal(c.recebido)) : QVariant();

@@ -1,10 +1,9 @@
 // Two workstations approving and cancelling the same inventory movement at the same moment,
 // through a real server: each step moves the stock once, and never twice.
 
-#include "Inventario.h"
+#include "Movimentacao.h"
 #include "apoio/BancoTeste.h"
 #include "apoio/ServidorFirebird.h"
-#include "schema/Atualizacao.h"
 
 #include <QDate>
 #include <atomic>
@@ -18,27 +17,14 @@ TEST(Concorrencia, RacingApprovalsMoveTheStockOncePerStep)
 {
     if (!teste::ServidorFirebird::disponivel()) GTEST_SKIP() << teste::ServidorFirebird::motivoIndisponivel().toStdString();
     teste::ServidorFirebird servidor;
-    const db::Conexao c{servidor.endereco("ORBManager.fdb"), servidor.usuario(), servidor.senha()};
-    esquema::criarBanco(c);
+    const db::Conexao c = servidor.bancoNovo();
     int papel = 0, codigo = 0;
     {
         auto b = db::Banco::abrir(c);
         db::Transacao t(*b);
-        const int grupo = db::escalar(t, "insert into TbGrupos (Codigo, Grupo) values (1, 'ESCRITÓRIO') returning Id").toInt();
-        const int sub = db::escalar(t, "insert into TbGruposSub (Fk, Codigo, Subgrupo) values (:G, 1, 'PAPEL') returning Id", {{"G", grupo}}).toInt();
-        papel = db::escalar(t, "insert into TbInventario (Tipo, Codigo, Descricao, Un, IdGrupo, IdSubgrupo, EstAtual) "
-                               "values ('ESTOQUE', 1, 'Papel A4', 'CX', :G, :S, 0) returning Id", {{"G", grupo}, {"S", sub}}).toInt();
-        const int resp = db::escalar(t, "insert into TbCad (Codigo, Nome, Apelido, Fu, Pessoa) values (77, 'Ana Lima', 'ANA', 'S', 'F') "
-                                        "returning Codigo").toInt();
-        Valores l = novaLinha();
-        l["TIPOMOVIMENTACAO"] = kEntrada;
-        for (const auto &[k, v] : Valores{{"IDGRUPO", grupo}, {"IDSUBGRUPO", sub}, {"IDINVENTARIO", papel}, {"QTD", QVariant::fromValue(db::Decimal("1"))},
-                                          {"ORIGEM", "Fornecedor"}, {"DESTINO", "Almoxarifado"}, {"CODREMETENTE", resp}, {"CODDESTINATARIO", resp}})
-            l[k] = v;
-        Valores cab = novaMovimentacao(QDate(2026, 11, 23));
-        cab["FORMAENVIORECTO"] = kViaOutros;
-        cab["CODRESPMOVIMENTACAO"] = resp;
-        codigo = salvarMovimentacao(t, 0, cab, {l}, teste::administrador(t));
+        const teste::PapelNoAlmoxarifado p(t, 0);
+        papel = p.papel;
+        codigo = salvarMovimentacao(t, 0, p.cabecalho(), {p.linha("1", kEntrada)}, teste::administrador(t));
         t.commit();
     }
 

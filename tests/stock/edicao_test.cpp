@@ -3,7 +3,7 @@
 // before the commit leaves nothing, and deletions log every row that goes.
 
 #include "Estoque.h"
-#include "Inventario.h"
+#include "Movimentacao.h"
 #include "TEstoque.h"
 #include "TInventario.h"
 #include "apoio/TabsTeste.h"
@@ -13,8 +13,6 @@
 #include <QComboBox>
 #include <QImage>
 #include <QLineEdit>
-#include <QFileInfo>
-#include <QProcess>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTableWidget>
@@ -208,31 +206,15 @@ TEST_F(EdicaoTest, DeletionLogsTheItemAndEachDetailRow)
 // writes the header and both lines once.
 TEST_F(EdicaoTest, InventoryMovementFailedLineThenCorrected)
 {
-    int grupo = 0, sub = 0, papel = 0, resp = 0;
+    std::unique_ptr<teste::PapelNoAlmoxarifado> p;
     {
         db::Transacao t(tabs.DbORB());
-        grupo = db::escalar(t, "insert into TbGrupos (Codigo, Grupo) values (1, 'ESCRITÓRIO') returning Id").toInt();
-        sub = db::escalar(t, "insert into TbGruposSub (Fk, Codigo, Subgrupo) values (:G, 1, 'PAPEL') returning Id", {{"G", grupo}}).toInt();
-        papel = db::escalar(t, "insert into TbInventario (Tipo, Codigo, Descricao, Un, IdGrupo, IdSubgrupo, EstAtual) "
-                               "values ('ESTOQUE', 1, 'Papel A4', 'CX', :G, :S, 10) returning Id", {{"G", grupo}, {"S", sub}}).toInt();
-        resp = db::escalar(t, "insert into TbCad (Codigo, Nome, Apelido, Fu, Pessoa) values (77, 'Ana Lima', 'ANA', 'S', 'F') "
-                              "returning Codigo").toInt();
+        p = std::make_unique<teste::PapelNoAlmoxarifado>(t, 10);
         t.commit();
     }
-    auto linha = [&](const QString &obs) {
-        Valores l = novaLinha();
-        l.insert({{"IDGRUPO", grupo}, {"IDSUBGRUPO", sub}, {"IDINVENTARIO", papel}, {"QTD", QVariant::fromValue(D("2"))},
-                  {"ORIGEM", "Almoxarifado"}, {"DESTINO", "Recepção"}, {"CODREMETENTE", resp}, {"CODDESTINATARIO", resp}});
-        l["OBSERVACOES"] = obs;
-        return l;
-    };
-    Valores cab = novaMovimentacao(QDate(2026, 11, 23));
-    cab["FORMAENVIORECTO"] = kViaOutros;
-    cab["CODRESPMOVIMENTACAO"] = resp;
-    Linhas linhas{linha("primeira")};
-    Valores segunda = linha(QString::fromUtf8("urgente \xE2\x9C\x93"));  // a check mark: outside WIN1252
-    segunda["TIPOMOVIMENTACAO"] = kEntrada;
-    linhas << segunda;
+    const Valores cab = p->cabecalho();
+    Linhas linhas{p->linha("2"), p->linha("2", kEntrada)};
+    linhas[1]["OBSERVACOES"] = QString::fromUtf8("urgente \xE2\x9C\x93");  // a check mark: outside WIN1252
 
     db::Transacao &t = tabs.Tr("TrMovInventario");
     t.iniciar();
@@ -257,7 +239,7 @@ TEST_F(EdicaoTest, InventoryMovementFailedLineThenCorrected)
 // before the commit, as a workstation switched off at that moment would.
 TEST(EdicaoInterrompida, Filho)
 {
-    const QString banco = qEnvironmentVariable("ORB_TESTE_BANCO_FILHO");
+    const QString banco = teste::bancoDoFilho();
     if (banco.isEmpty()) GTEST_SKIP() << "só como processo filho";
     TTabs tabs;
     Tabs = &tabs;
@@ -289,21 +271,10 @@ TEST(EdicaoInterrompida, NothingOfTheItemSurvivesAKillBeforeTheCommit)
 {
     teste::BancoTemporario bt;
     Cenario c(bt.banco());
-    bt.fechar();  // the embedded engine opens the file for one process at a time
-    QProcess filho;
-    QProcessEnvironment env = teste::ambienteFilho(QFileInfo(bt.caminho()).absolutePath());
-    env.insert("ORB_TESTE_BANCO_FILHO", bt.caminho());
-    filho.setProcessEnvironment(env);
-    filho.start(QCoreApplication::applicationFilePath(), {"--gtest_filter=EdicaoInterrompida.Filho"});
-    ASSERT_TRUE(filho.waitForFinished(60000));
-    ASSERT_EQ(filho.exitStatus(), QProcess::CrashExit) << filho.readAll().toStdString();
-    bt.reabrir();
+    ASSERT_EQ(teste::filhoInterrompido(bt, "EdicaoInterrompida.Filho"), "");
     db::Transacao t(bt.banco(), db::Modo::Leitura);
-    EXPECT_EQ(contar(t, "select count(*) from TbItens"), 0);
-    EXPECT_EQ(contar(t, "select count(*) from TbItensEst"), 0);
-    EXPECT_EQ(contar(t, "select count(*) from TbItensFotos"), 0);
-    EXPECT_EQ(contar(t, "select count(*) from TbItensForn"), 0);
-    EXPECT_EQ(contar(t, "select count(*) from TbLog"), 0);
+    for (const char *tabela : {"TbItens", "TbItensEst", "TbItensFotos", "TbItensForn", "TbLog"})
+        EXPECT_EQ(contar(t, QString("select count(*) from ") + tabela), 0) << tabela;
 }
 
 } // namespace

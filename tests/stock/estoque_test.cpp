@@ -1,5 +1,6 @@
 // Stock items: the price composition, code uniqueness, the save and delete rules, the browse
-// filters on a small fixture, and one item registered through the screen.
+// filters on a small fixture, and the stock sheet at the keyboard (the first item typed whole:
+// primeira_hora_test).
 
 #include "Estoque.h"
 #include "TEstoque.h"
@@ -22,6 +23,8 @@ using namespace orb;
 using D = db::Decimal;
 
 namespace {
+
+using teste::recusa;
 
 QVariant dec(const char *s) { return QVariant::fromValue(D(s)); }
 D lido(const Valores &v, const QString &c) { return v.at(c).value<D>(); }
@@ -146,15 +149,6 @@ struct EstoqueTest : teste::ComTabs {
         l.minimo = D(minimo);
         l.maximo = D(maximo);
         return salvarItem(t, 0, v, {l}, "CO", teste::administrador(t));
-    }
-    static QString recusa(const std::function<void()> &f)
-    {
-        try {
-            f();
-        } catch (const Recusa &r) {
-            return r.texto;
-        }
-        return {};
     }
 };
 
@@ -338,10 +332,10 @@ TEST_F(EstoqueTest, FiltersSelectTheExpectedItems)
         salvar(t, "F4", "Serrote", {{"DISPVENDA", "N"}, {"DISPWEB", "S"}, {"VERSAO", "C"}}, "6", "2", "10");
         t.commit();
     }
-    auto codigos = [&](const QString &ordem, const QString &texto, const FiltroEstoque &f) {
+    auto codigos = [&](const QString &ordem, const QString &texto, const FiltroEstoque &f, Busca b = Busca::Trecho) {
         std::map<QString, QVariant> p;
         db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
-        db::Consulta q(t, sqlEstoque(ordem, texto, f, p));
+        db::Consulta q(t, sqlEstoque(ordem, texto, f, p, b));
         for (const auto &[k, x] : p) q.bind(k, x);
         q.executar();
         QStringList r;
@@ -378,62 +372,10 @@ TEST_F(EstoqueTest, FiltersSelectTheExpectedItems)
     for (const auto &c : casos) EXPECT_EQ(codigos(c.ordem, c.texto, c.f), c.esperado) << c.nome;
 
     // While typing: the description's start, or a whole code.
-    auto digitando = [&](const QString &ordem, const QString &texto) {
-        std::map<QString, QVariant> p;
-        db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
-        db::Consulta q(t, sqlEstoque(ordem, texto, {}, p, Busca::Inicio));
-        for (const auto &[k, x] : p) q.bind(k, x);
-        q.executar();
-        QStringList r;
-        while (q.proxima()) r << q["CODIGO"].toString();
-        return r.join(",");
-    };
     const struct { QString ordem, texto; const char *esperado; } inicio[] = {
         {"DESCRIÇÃO", "mar", "F3"}, {"DESCRIÇÃO", "arte", ""}, {"TODOS", "F2", "F2"}, {"TODOS", "s", "F4"}, {"TODOS", "obra", ""},
     };
-    for (const auto &c : inicio) EXPECT_EQ(digitando(c.ordem, c.texto), c.esperado) << c.ordem.toStdString() << "/" << c.texto.toStdString();
-}
-
-// As a cashier would: Incluir, type the item with its cost and prices and the shop's stock on the
-// general sheet, Salvar, then find it by its bar code.
-TEST_F(EstoqueTest, ItemRegisteredThroughTheScreen)
-{
-    TEstoque f;
-    f.show();
-    QApplication::setActiveWindow(&f);
-    f.BtIncluirClick();
-    ASSERT_EQ(f.estado(), FormCadastro::Estado::Incluindo);
-    ASSERT_EQ(f.estoques().size(), 1);  // the principal company's row, at once
-    auto digitar = [&](const char *campo, const QString &texto) {
-        auto *e = f.findChild<QLineEdit *>(campo);
-        e->setFocus();
-        e->selectAll();
-        e->insert(texto);
-        e->clearFocus();  // leaving the field runs its rules
-    };
-    digitar("CODIGO", "CAN-01");
-    digitar("CODIGOBARRAS", "7890000000012");
-    digitar("DESCRICAO", "Caneta esferográfica azul");
-    digitar("UN", "UN");
-    f.findChild<QComboBox *>("IDFABRICANTE")->setCurrentIndex(1);
-    digitar("CUSTO", "1,20");
-    digitar("PERCLUCROMINVAR", "100");
-    digitar("PRVENDAVAR", "2,50");
-    EXPECT_EQ(f.valorDoCampo("PRVENDAMINVAR").value<D>(), D("2.4"));  // proposed as the field is left
-    EXPECT_EQ(f.valorDoCampo("PERCMCVAR").value<D>(), D("108.33"));
-    digitar("Z_ESTATUALP", "35");
-    f.BtSalvarClick();
-    ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
-
-    auto *ordem = f.findChild<QComboBox *>("CbOrdem");
-    ordem->setCurrentText("CÓDIGO BARRAS");
-    auto *busca = f.findChild<QLineEdit *>("EdBusca");
-    busca->setText("0000000012");
-    f.pesquisar();
-    ASSERT_EQ(f.modelo()->rowCount(), 1);
-    EXPECT_EQ(f.modelo()->valor(0, "DESCRICAO").toString(), "Caneta esferográfica azul");
-    EXPECT_EQ(f.modelo()->valor(0, "Z_ESTATUAL").value<D>(), D("35"));
-    EXPECT_EQ(f.modelo()->valor(0, "PRVENDAVAR").value<D>(), D("2.5"));
+    for (const auto &c : inicio) EXPECT_EQ(codigos(c.ordem, c.texto, {}, Busca::Inicio), c.esperado) << c.ordem.toStdString() << "/" << c.texto.toStdString();
 }
 
 // The totals per item follow every change of a stock row, whatever writes it, and an existing

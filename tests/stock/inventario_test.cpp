@@ -248,14 +248,7 @@ TEST_F(InventarioTest, ApprovalMovesSuppliesAndCancellingRestoresThem)
         {[&] { salvarMovimentacao(t(), codigo, cabecalho(), linhasDaMovimentacao(t(), codigo), teste::administrador(t())); },
          "Essa movimentação não pode ser alterada por já ter sido aprovada!"},
     };
-    for (const auto &[acao, mensagem] : recusas) {
-        try {
-            acao();
-            ADD_FAILURE() << "aceito: " << mensagem.toStdString();
-        } catch (const Recusa &r) {
-            EXPECT_EQ(r.texto, mensagem);
-        }
-    }
+    for (const auto &[acao, mensagem] : recusas) EXPECT_EQ(teste::recusa(acao), mensagem);
     EXPECT_EQ(estoque(suprimento), db::Decimal("13"));
 
     cancelarAprovacao(t(), codigo, teste::administrador(t()));
@@ -274,14 +267,8 @@ TEST_F(InventarioTest, ApprovalRefusals)
         {codigo, QVariant(), "Escolha o Responsável pela Aprovacao primeiro!"},
         {codigo, cliente, "Funcionário não cadastrado!"},
     };
-    for (const auto &[c, resp, mensagem] : casos) {
-        try {
-            aprovarMovimentacao(t(), c, QDate(2026, 3, 11), resp, teste::administrador(t()));
-            ADD_FAILURE() << "aprovada: " << mensagem.toStdString();
-        } catch (const Recusa &r) {
-            EXPECT_EQ(r.texto, mensagem);
-        }
-    }
+    for (const auto &[c, resp, mensagem] : casos)
+        EXPECT_EQ(teste::recusa([&] { aprovarMovimentacao(t(), c, QDate(2026, 3, 11), resp, teste::administrador(t())); }), mensagem);
     EXPECT_THROW(cancelarAprovacao(t(), 0, teste::administrador(t())), Recusa);
 }
 
