@@ -5,8 +5,8 @@
 #include "ImpVenda.h"
 #include "Vendas.h"
 #include "relatorios/Relatorios.h"
-#include "schema/Atualizacao.h"
 
+#include "Bancos.h"
 #include "Coletor.h"
 
 #include <benchmark/benchmark.h>
@@ -14,14 +14,12 @@
 #include <QApplication>
 #include <QBuffer>
 #include <QImage>
-#include <QTemporaryDir>
 
 using db::Decimal;
 using namespace orb;
 
 namespace {
 
-QTemporaryDir pasta;
 std::unique_ptr<db::Banco> banco;
 int venda = 0;
 Sessao adm;
@@ -29,14 +27,9 @@ Sessao adm;
 db::Banco &preparado()
 {
     if (banco) return *banco;
-    db::Conexao c;
-    c.banco = pasta.filePath("impvenda.fdb");
-    banco = esquema::criarBanco(c);
+    banco = bench::bancoNovo("impvenda");
     db::Transacao t(*banco);
-    db::Consulta q(t, "Select U.Id, U.IdNivel, N.Nivel From TbCad U Join TbNiveis N On N.Id = U.IdNivel Where U.Usuario = 'ADMIN'");
-    q.executar();
-    q.proxima();
-    adm = {q[0].toInt(), "ADMIN", "ADMIN", "D", q[1].toInt(), q[2].toInt(), "&Comercial", "TVendas", {}};
+    adm = bench::administrador(t);
     db::executar(t, "Update TbCad Set Fu = 'S' Where Id = :ID", {{"ID", adm.idUsuario}});
     QImage logo(300, 200, QImage::Format_RGB32);
     logo.fill(QColor("#1d5fa8"));
