@@ -8,6 +8,9 @@
 #include "relatorios/Relatorios.h"
 
 #include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QJsonArray>
 #include <QTcpServer>
 
@@ -124,6 +127,30 @@ TEST_F(EmailTest, AnAccountWithoutServerIsRefusedBeforeAnyExport)
     } catch (const Recusa &r) {
         EXPECT_EQ(r.texto, "O servidor de e-mail não está configurado!");
     }
+}
+
+} // namespace
+
+namespace {
+
+// A 12 pt text is 12 pt on the PDF's page, whatever the resolution the fonts were measured at.
+TEST(RelatorioExportado, PdfKeepsTheFontSizeInPoints)
+{
+    if (!QFile::exists("/usr/bin/pdftotext")) GTEST_SKIP() << "poppler-utils ausente";
+    QTemporaryDir dir;
+    QFile f(dir.filePath("r.pdf"));
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write(exportarRelatorio("<html><body><p style='font-family:DejaVu Sans; font-size:12pt'>MEDIDA</p></body></html>",
+                              FormatoRelatorio::Pdf, "r").conteudo);
+    f.close();
+    QProcess p;
+    p.start("/usr/bin/pdftotext", {"-bbox", f.fileName(), "-"});
+    ASSERT_TRUE(p.waitForFinished(30000));
+    const auto m = QRegularExpression(R"re(yMin="([0-9.]+)" xMax="[0-9.]+" yMax="([0-9.]+)">MEDIDA<)re").match(QString::fromUtf8(p.readAllStandardOutput()));
+    ASSERT_TRUE(m.hasMatch());
+    const double altura = m.captured(2).toDouble() - m.captured(1).toDouble();
+    EXPECT_GT(altura, 10.0);  // the line of a 12 pt font, in points
+    EXPECT_LT(altura, 16.0);
 }
 
 } // namespace

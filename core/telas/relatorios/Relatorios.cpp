@@ -19,9 +19,15 @@ namespace {
 constexpr int kResolucao = 300;  // dots per inch of the PDF
 constexpr int kDpiImagem = 120;  // of the JPEG pages: legible on a phone, small enough to mail
 
-// The report laid out on A4 pages at `dpi`.
-void montar(QTextDocument &doc, const QString &html, int dpi)
+// The report laid out on A4 pages at `dpi`: the fonts are measured on a device of that resolution
+// (`dispositivo`, which must outlive the layout), so that they keep their size in points whatever
+// the screen's resolution, and printing only scales the page to the paper.
+void montar(QTextDocument &doc, QImage &dispositivo, const QString &html, int dpi)
 {
+    dispositivo = QImage(1, 1, QImage::Format_RGB32);
+    dispositivo.setDotsPerMeterX(qRound(dpi / 0.0254));
+    dispositivo.setDotsPerMeterY(qRound(dpi / 0.0254));
+    doc.documentLayout()->setPaintDevice(&dispositivo);
     prepararDocumento(doc, html);
     const QPageLayout pagina(QPageSize(QPageSize::A4), QPageLayout::Portrait, QMarginsF(12, 12, 12, 12), QPageLayout::Millimeter);
     doc.setPageSize(pagina.paintRectPixels(dpi).size());
@@ -37,7 +43,8 @@ QByteArray pdf(const QString &html)
     w.setPageMargins(QMarginsF(12, 12, 12, 12), QPageLayout::Millimeter);
     w.setResolution(kResolucao);
     QTextDocument doc;
-    montar(doc, html, kResolucao);
+    QImage dispositivo;
+    montar(doc, dispositivo, html, kResolucao);
     doc.print(&w);
     return bytes;
 }
@@ -46,7 +53,8 @@ QByteArray pdf(const QString &html)
 QByteArray jpeg(const QString &html)
 {
     QTextDocument doc;
-    montar(doc, html, kDpiImagem);
+    QImage dispositivo;
+    montar(doc, dispositivo, html, kDpiImagem);
     const QSizeF pag = doc.pageSize();
     const int paginas = qMax(1, doc.pageCount());
     const int margem = kDpiImagem / 2;
