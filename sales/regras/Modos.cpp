@@ -95,6 +95,25 @@ QString sqlConsultaOperacoes(const ModoOperacao &m, const QString &ordem)
         .arg(orderBy);
 }
 
+QString sqlBuscaOperacoes(const ModoOperacao &m, const QString &ordem, const QString &texto, bool inicio,
+                          std::map<QString, QVariant> &params)
+{
+    const QString s = sqlConsultaOperacoes(m, ordem);
+    const int corte = int(s.lastIndexOf(" Order By "));
+    QString filtro;
+    const QString t = texto.trimmed();
+    bool numero = false;
+    const int id = t.toInt(&numero);
+    if (!t.isEmpty() && numero && (ordem == "CÓDIGO" || ordem.isEmpty())) {
+        filtro = " and C.Id = :ID";
+        params["ID"] = id;
+    } else if (!t.isEmpty()) {
+        filtro = inicio ? " and Upper(Ca1.Nome) Starting With :T" : " and Upper(Ca1.Nome) Containing :T";
+        params["T"] = t.toUpper();
+    }
+    return s.left(corte) + filtro + s.mid(corte);
+}
+
 QString consultaPadrao(db::Transacao &t, const ModoOperacao &m, const QDate &hoje)
 {
     return db::escalar(t, QString("Select First 1 Consulta From %1 Where Data <= :HOJE Order By Data Desc, Id Desc").arg(m.parametros),

@@ -6,6 +6,8 @@
 #include "db/Banco.h"
 
 #include <QList>
+#include <QVariant>
+#include <map>
 #include <QPair>
 #include <QString>
 #include <QStringList>
@@ -37,6 +39,10 @@ const ModoOperacao &modoDoOp(int op);
 // with Z_ClienteFor, Z_CpfCnpj, TotalFrete, Z_TotalFatBr, Z_TotalAFatBr, Z_APagar, Status,
 // DataEntrega and DataAprovacao; `ordem` is a caption of the mode's orders.
 QString sqlConsultaOperacoes(const ModoOperacao &m, const QString &ordem);
+// The browse under a typed search: a number under the order "CÓDIGO" finds that document, any
+// other text the customer's (or supplier's) name starting with it (`inicio`) or containing it.
+QString sqlBuscaOperacoes(const ModoOperacao &m, const QString &ordem, const QString &texto, bool inicio,
+                          std::map<QString, QVariant> &params);
 // The browse's default text: Consulta of the newest row of the mode's parameter table dated
 // `hoje` or earlier (empty when there is none).
 QString consultaPadrao(db::Transacao &t, const ModoOperacao &m, const QDate &hoje);

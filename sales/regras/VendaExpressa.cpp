@@ -40,13 +40,7 @@ void conferirVendaExpressa(db::Transacao &t, const Documento &d, const QDate &ho
     const Valores &h = d.cabecalho, &f = d.faturamento;
     if (vazio(valor(h, "IDCAD")))
         throw Recusa("Escolha o cliente primeiro!", "IDCAD");
-    const Valores s = primeiraLinha(t, "Select First 1 Situacao, Motivo From TbCadSit Where Fk = :ID and (Data <= :HOJE or Data Is Null) "
-                                       "Order By Data Desc, Id Desc", {{"ID", valor(h, "IDCAD")}, {"HOJE", hoje}});
-    const QString sit = valor(s, "SITUACAO").toString().trimmed();
-    if (sit == "B")
-        throw Recusa("Esse cliente está bloqueado! Motivo: " + valor(s, "MOTIVO").toString(), "IDCAD");
-    if (sit == "E")
-        throw Recusa("Esse cliente está em análise! Motivo: " + valor(s, "MOTIVO").toString(), "IDCAD");
+    conferirSituacaoCliente(t, valor(h, "IDCAD"), hoje);
     if (vazio(valor(h, "IDATENDENTE")))
         throw Recusa("Escolha o(a) atendente primeiro!", "IDATENDENTE");
     // CIF ('1') and FOB ('2') travel with a carrier; under CIF the seller charges the freight.

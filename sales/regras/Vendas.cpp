@@ -271,6 +271,17 @@ void recalcularDocumento(db::Transacao &t, Documento &d)
     recalcular(d.cabecalho, d.linhas, aliquotasDaEmpresa(t, valor(d.cabecalho, "IDEMPRESA")));
 }
 
+void conferirSituacaoCliente(db::Transacao &t, const QVariant &idCad, const QDate &hoje)
+{
+    const Valores s = primeiraLinha(t, "Select First 1 Situacao, Motivo From TbCadSit Where Fk = :ID and (Data <= :HOJE or Data Is Null) "
+                                       "Order By Data Desc, Id Desc", {{"ID", idCad}, {"HOJE", hoje}});
+    const QString sit = valor(s, "SITUACAO").toString().trimmed();
+    if (sit == "B")
+        throw Recusa("Esse cliente está bloqueado! Motivo: " + valor(s, "MOTIVO").toString(), "IDCAD");
+    if (sit == "E")
+        throw Recusa("Esse cliente está em análise! Motivo: " + valor(s, "MOTIVO").toString(), "IDCAD");
+}
+
 // ------------------------------------------------------------------ save
 
 namespace {
@@ -286,15 +297,7 @@ void conferirDocumento(db::Transacao &t, const Documento &d, const ModoOperacao 
         throw Recusa("A data do faturamento deve ser maior ou igual a data da operação!", "TBCOMFAT.DATA");
     if (vazio(valor(h, "IDCAD")))
         throw Recusa(m.op == 4 ? "Escolha o fornecedor primeiro!" : "Escolha o cliente primeiro!", "IDCAD");
-    if (m.op != 4) {
-        const Valores s = primeiraLinha(t, "Select First 1 Situacao, Motivo From TbCadSit Where Fk = :ID and (Data <= :HOJE or Data Is Null) "
-                                           "Order By Data Desc, Id Desc", {{"ID", valor(h, "IDCAD")}, {"HOJE", hoje}});
-        const QString sit = valor(s, "SITUACAO").toString().trimmed();
-        if (sit == "B")
-            throw Recusa("Esse cliente está bloqueado! Motivo: " + valor(s, "MOTIVO").toString(), "IDCAD");
-        if (sit == "E")
-            throw Recusa("Esse cliente está em análise! Motivo: " + valor(s, "MOTIVO").toString(), "IDCAD");
-    }
+    if (m.op != 4) conferirSituacaoCliente(t, valor(h, "IDCAD"), hoje);
     if (vazio(valor(h, "IDATENDENTE")))
         throw Recusa("Escolha o(a) atendente primeiro!", "IDATENDENTE");
     if (vazio(valor(h, "IDEMPRESA")))

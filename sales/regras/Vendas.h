@@ -46,6 +46,9 @@ void conferirLinha(const Valores &linha);
 // exit (the others), and the line may not hold more serials than its quantity.
 void conferirSerial(db::Transacao &t, const Valores &linha, int op);
 
+// The customer's newest situation on `hoje`: "B" blocked and "E" under analysis refuse the sale.
+void conferirSituacaoCliente(db::Transacao &t, const QVariant &idCad, const QDate &hoje);
+
 // ---- recalculation and save
 // The ICMS rates of the selling company's state.
 Aliquotas aliquotasDaEmpresa(db::Transacao &t, const QVariant &idEmpresa);

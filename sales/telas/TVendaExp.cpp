@@ -221,20 +221,7 @@ TVendaExp::TVendaExp(QWidget *parent) : FormCadastro(kClasseVendaExpressa, kTitu
 
 bool TVendaExp::montarBusca(const QString &ordem, const QString &texto, Busca busca, QString &sql, std::map<QString, QVariant> &p)
 {
-    QString s = sqlConsultaOperacoes(venda(), ordem);
-    const int corte = int(s.lastIndexOf(" Order By "));
-    QString filtro;
-    const QString t = texto.trimmed();
-    bool numero = false;
-    const int id = t.toInt(&numero);
-    if (!t.isEmpty() && numero && (ordem == "CÓDIGO" || ordem.isEmpty())) {
-        filtro = " and C.Id = :ID";
-        p["ID"] = id;
-    } else if (!t.isEmpty()) {
-        filtro = busca == Busca::Inicio ? " and Upper(Ca1.Nome) Starting With :T" : " and Upper(Ca1.Nome) Containing :T";
-        p["T"] = t.toUpper();
-    }
-    sql = s.left(corte) + filtro + s.mid(corte);
+    sql = sqlBuscaOperacoes(venda(), ordem, texto, busca == Busca::Inicio, p);
     return true;
 }
 

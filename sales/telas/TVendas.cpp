@@ -269,22 +269,7 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
 
 bool TVendas::montarBusca(const QString &ordem, const QString &texto, Busca busca, QString &sql, std::map<QString, QVariant> &p)
 {
-    QString s = sqlConsultaOperacoes(modo_, ordem);
-    const int corte = int(s.lastIndexOf(" Order By "));
-    QString filtro;
-    const QString t = texto.trimmed();
-    if (!t.isEmpty()) {
-        bool numero = false;
-        const int id = t.toInt(&numero);
-        if ((ordem == "CÓDIGO" || ordem.isEmpty()) && numero) {
-            filtro = " and C.Id = :ID";
-            p["ID"] = id;
-        } else {
-            filtro = busca == Busca::Inicio ? " and Upper(Ca1.Nome) Starting With :T" : " and Upper(Ca1.Nome) Containing :T";
-            p["T"] = t.toUpper();
-        }
-    }
-    sql = s.left(corte) + filtro + s.mid(corte);
+    sql = sqlBuscaOperacoes(modo_, ordem, texto, busca == Busca::Inicio, p);
     return true;
 }
 
