@@ -173,27 +173,6 @@ TEST(Restauracao, RefusedBelowLevel900AndWhileAnotherConnectionIsAttached)
     }
 }
 
-// A restore by the administrator replaces the database; the previous file is gone once the
-// restored one has opened.
-TEST(Restauracao, ReplacesTheDatabaseWithTheCopy)
-{
-    teste::BancoTemporario bt;
-    popular(bt.banco(), 5);
-    const auto naCopia = impressao(bt.banco());
-    const Copia c = fazerCopia(bt.conexao(), pastaCopias(bt), kAgora, false);
-    popular(bt.banco(), 7);  // work after the copy, which the restore takes back
-    int admin = 0;
-    {
-        db::Transacao t(bt.banco());
-        admin = teste::administrador(t).idUsuario;
-    }
-    Restauracao r{bt.conexao(), c, kAgora.addDays(1), admin};
-    auto b = restaurar(r, &bt.banco(), [&] { bt.fechar(); });
-    EXPECT_EQ(impressao(*b), naCopia);
-    EXPECT_FALSE(QFile::exists(nomeAnterior(bt.caminho(), r.agora)));
-    EXPECT_FALSE(QFile::exists(bt.caminho() + ".restauracao"));
-}
-
 // A copy of an older installation comes up upgraded, as any older database does.
 TEST(Restauracao, OlderSchemaCopyComesUpUpgraded)
 {
@@ -221,27 +200,6 @@ TEST(Restauracao, OlderSchemaCopyComesUpUpgraded)
     EXPECT_TRUE(esquema::faltando(*b).isEmpty());
     db::Transacao t(*b, db::Modo::Leitura);
     EXPECT_EQ(db::escalar(t, "select NOME from TBCAD where EM = 'S'").toString(), "LOJA ANTIGA");
-}
-
-// A restore cut short between the two renames: the next open puts the previous file back.
-TEST(Restauracao, InterruptedSwitchPutsThePreviousDatabaseBack)
-{
-    teste::BancoTemporario bt;
-    popular(bt.banco(), 3);
-    const auto antes = impressao(bt.banco());
-    bt.fechar();
-    const QString anterior = nomeAnterior(bt.caminho(), kAgora);
-    ASSERT_TRUE(QFile::rename(bt.caminho(), anterior));
-    {
-        QFile nota(bt.caminho() + ".restauracao");
-        ASSERT_TRUE(nota.open(QIODevice::WriteOnly));
-        nota.write(anterior.toUtf8());
-    }
-    QStringList aplicadas;
-    auto b = esquema::abrirAtualizado(bt.conexao(), aplicadas);
-    EXPECT_EQ(impressao(*b), antes);
-    EXPECT_FALSE(QFile::exists(anterior));
-    EXPECT_FALSE(QFile::exists(bt.caminho() + ".restauracao"));
 }
 
 // Which services manager reaches a database, and the file as that manager sees it.

@@ -217,17 +217,6 @@ TEST_F(ComercialTest, SaveCollectsEveryMissingFieldAndWritesNothing)
     EXPECT_GT(salvarCadastro(t, 0, valido("J", "FO"), modoCadastro("Fo"), {}, atual, kHoje), 0);
 }
 
-// A new installation's company is renamed from its screen as it comes: it starts with a current situation.
-TEST_F(ComercialTest, SeededCompanyIsRenamedAsItComes)
-{
-    const int empresa = sql("Select IdEmpresa From TbParGlobais").toInt();
-    const QDate hoje = QDate::currentDate();
-    EXPECT_EQ(situacaoAtual(t, empresa, hoje), "A");
-    salvarCadastro(t, empresa, {{"NOME", "PADARIA PÃO QUENTE"}}, modoCadastro("Em"), {}, atual, hoje);
-    EXPECT_EQ(ler(empresa, "NOME").toString(), QString("PADARIA PÃO QUENTE"));
-    EXPECT_EQ(contar("Select Count(*) From TbCadSit Where Fk = :ID", empresa), 1);
-}
-
 TEST_F(ComercialTest, SaveClearsTheOtherPersonTypeAndAddsFirstSituation)
 {
     for (const QString pessoa : {"F", "J"}) {

@@ -96,31 +96,6 @@ TEST_F(TCadComerciaisTest, CustomerRegisteredThroughTheForm)
     EXPECT_EQ(f.modelo()->rowCount(), 1);
 }
 
-TEST_F(TCadComerciaisTest, LegalPersonCustomerNeedsCnpjSupplierDoesNot)
-{
-    for (const char *modo : {"Cl", "Fo"}) {
-        SCOPED_TRACE(modo);
-        TCadComerciais f(modo);
-        f.BtIncluirClick();
-        f.definirValor("PESSOA", "J");
-        digitar(f, "NOME", "Padaria Pão Quente Ltda");
-        digitar(f, "APELIDO", "Pão Quente");
-        digitar(f, "RAZAOSOCIAL", "Padaria Pão Quente Ltda");
-        msg.avisos.clear();
-        f.BtSalvarClick();
-        if (QString(modo) == "Cl") {
-            ASSERT_EQ(msg.avisos.size(), 1);
-            EXPECT_TRUE(msg.avisos[0].endsWith("CNPJ")) << msg.avisos[0].toStdString();
-            EXPECT_EQ(f.estado(), FormCadastro::Estado::Incluindo);
-            msg.respostas = {QMessageBox::Yes};
-            f.BtCancelarClick();
-        } else {
-            EXPECT_TRUE(msg.avisos.isEmpty()) << msg.avisos.join(" | ").toStdString();
-            EXPECT_EQ(f.estado(), FormCadastro::Estado::Navegando);
-        }
-    }
-}
-
 TEST_F(TCadComerciaisTest, QuickRegistration)
 {
     TMiniCad mini;
