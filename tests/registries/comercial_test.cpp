@@ -73,12 +73,10 @@ TEST(CpfCnpj, CheckDigits)
 
 TEST(ComercialModos, FlagCaptionAndPerson)
 {
+    // The modes whose flag is not their own code, and the one with no role.
     const struct { QString cod, flag, titulo, pessoa; } casos[] = {
-        {"Cl", "CL", "Clientes", "F"},    {"Fo", "FO", "Fornecedores", "J"}, {"Tr", "TR", "Transportadoras", "J"},
-        {"Re", "RE", "Vendedores", "F"},  {"Fu", "FU", "Funcionarios", "F"}, {"Em", "EM", "Empresas", "J"},
-        {"Md", "MD", "Médicos", "F"},     {"Es", "MD", "Especialistas", "F"}, {"Pr", "CL", "Proprietários", "F"},
-        {"Me", "CO", "Membros", "F"},     {"Mm", "CO", "Membros", "F"},       {"Co", "CO", "Condôminos", "J"},
-        {"Cv", "CV", "Convênios", "J"},   {"", "", "Cadastros", "F"},
+        {"Fo", "FO", "Fornecedores", "J"}, {"Es", "MD", "Especialistas", "F"}, {"Pr", "CL", "Proprietários", "F"},
+        {"Mm", "CO", "Membros", "F"},      {"Co", "CO", "Condôminos", "J"},    {"", "", "Cadastros", "F"},
     };
     for (const auto &c : casos) {
         const ModoCadastro m = modoCadastro(c.cod);
@@ -320,10 +318,6 @@ TEST_F(ComercialTest, DeleteRefusalsInOrder)
     EXPECT_EQ(contar("Select Count(*) From TbCad Where Id = :ID", id), 0);
     for (const QString &tab : detalhes) EXPECT_EQ(contar("Select Count(*) From " + tab + " Where Fk = :ID", id), 0) << tab.toStdString();
 }
-
-} // namespace
-
-namespace {
 
 // Every save logs the whole record as it then stood, in the table's field order, memos left out;
 // text is kept as typed.

@@ -208,12 +208,6 @@ TEST_F(TCadComerciaisTest, AddressByCep)
     b.definirCache({});
 }
 
-} // namespace
-
-namespace {
-
-// Users who edit their own record see the change in their session at once; the references and
-// the photo typed on their tabs are kept with the record.
 // Sistema → Empresas, F3, a new name, F10: the first thing a new installation asks for.
 TEST_F(TCadComerciaisTest, SeededCompanyRenamedWithTheKeys)
 {
@@ -236,6 +230,8 @@ TEST_F(TCadComerciaisTest, SeededCompanyRenamedWithTheKeys)
               "Mercearia Boa Vista");
 }
 
+// Users who edit their own record see the change in their session at once; the references and
+// the photo typed on their tabs are kept with the record.
 TEST_F(TCadComerciaisTest, OwnRecordRefreshesTheSession)
 {
     int id = 0;
