@@ -98,10 +98,7 @@ TEST(CopiaDeSeguranca, RestoresToAnEqualDatabase)
 // A damaged copy is refused with a Portuguese message, marked, and the database is left as it was.
 TEST(CopiaDeSeguranca, DamagedCopyIsRefusedAndTheDatabaseUntouched)
 {
-    struct Caso {
-        const char *nome;
-        std::function<void(QFile &)> estragar;
-    };
+    struct Caso { const char *nome; std::function<void(QFile &)> estragar; };
     const Caso casos[] = {
         {"truncada", [](QFile &f) { f.resize(f.size() / 2); }},
         {"corrompida", [](QFile &f) {
@@ -150,12 +147,7 @@ TEST(Restauracao, RefusedBelowLevel900AndWhileAnotherConnectionIsAttached)
                             {{"N", nivel}}).toInt();
         t.commit();
     }
-    struct Caso {
-        const char *nome;
-        int usuario;
-        int outras;
-        const char *mensagem;
-    };
+    struct Caso { const char *nome; int usuario; int outras; const char *mensagem; };
     const Caso casos[] = {
         {"nível 899", caixa, 0, "Você não tem permissão para efetuar esta operação!"},
         {"uma outra conexão", admin, 1, "Existe 1 outra conexão ao banco de dados"},
@@ -203,10 +195,7 @@ TEST(Restauracao, OlderSchemaCopyComesUpUpgraded)
 // Which services manager reaches a database, and the file as that manager sees it.
 TEST(Servico, ManagerAndPathOfEachKindOfDatabaseName)
 {
-    struct Caso {
-        const char *banco, *gerenciador, *caminho;
-        bool alcancavel;
-    };
+    struct Caso { const char *banco, *gerenciador, *caminho; bool alcancavel; };
     const Caso casos[] = {
         {"/dados/ORBManager.fdb", "service_mgr", "/dados/ORBManager.fdb", true},
         {"C:\\ORB\\ORBManager.fdb", "service_mgr", "C:\\ORB\\ORBManager.fdb", true},
@@ -240,10 +229,7 @@ TEST(Retencao, KeepsExactlyNDailyAndMMonthly)
     // One copy a day from 1 Sep to 24 Nov 2026, two on 24 Nov.
     for (QDate d(2026, 9, 1); d <= QDate(2026, 11, 24); d = d.addDays(1)) copias << copiaEm(QDateTime(d, QTime(18, 0)));
     copias << copiaEm(QDateTime(QDate(2026, 11, 24), QTime(12, 0)));
-    struct Caso {
-        int diarias, mensais;
-        int ficam;
-    };
+    struct Caso { int diarias, mensais; int ficam; };
     // Daily copies fall in November; the monthly ones add 31 Oct and 30 Sep (the newest of each month).
     const Caso casos[] = {{7, 0, 7}, {7, 1, 7}, {7, 2, 8}, {7, 3, 9}, {7, 12, 9}, {30, 3, 31}, {1, 1, 1}};
     for (const Caso &k : casos) {

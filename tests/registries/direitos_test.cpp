@@ -71,10 +71,7 @@ TEST_F(DireitosTest, ClerkCannotReachAboveTheirRights)
     naTelaDeUsuarios.moduloAtual = "TUsuarios";
     const int eu = balconista.idUsuario;
 
-    const struct {
-        const char *caso;
-        std::function<void()> tentar;
-    } casos[] = {
+    const struct { const char *caso; std::function<void()> tentar; } casos[] = {
         {"own level raised on the commercial registry",
          [&] { salvarCadastro(t, eu, {{"IDNIVEL", nivelAdmin}}, modoCadastro("Fu"), {}, balconista, kHoje); }},
         {"own type raised on the commercial registry",

@@ -38,10 +38,7 @@ struct EntradaTest : teste::ComTabs {
 
 TEST_F(EntradaTest, WrongEntriesAreToldAndNothingIsWritten)
 {
-    const struct {
-        const char *caso, *classe, *tabela, *campo;
-        QString texto, mensagem;
-    } casos[] = {
+    const struct { const char *caso, *classe, *tabela, *campo; QString texto, mensagem; } casos[] = {
         {"letras num número", "TIcms", "TBICMS", "PERCICMSO", "abc12,50", "Valor inválido!"},
         // Two decimals leave the column 17 digits before the comma.
         {"18 dígitos", "TIcms", "TBICMS", "PERCICMSO", "123456789012345678", "Valor inválido!"},
