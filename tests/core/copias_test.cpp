@@ -13,7 +13,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
-#include <QTest>
 #include <QThread>
 #include <atomic>
 #include <gtest/gtest.h>

@@ -3,7 +3,6 @@
 #include "apoio/ServidorFirebird.h"
 #include "db/Banco.h"
 
-#include <QCoreApplication>
 #include <QSignalSpy>
 #include <gtest/gtest.h>
 

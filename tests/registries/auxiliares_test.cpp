@@ -13,11 +13,8 @@
 
 #include <QComboBox>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QSignalSpy>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTableView>
