@@ -155,9 +155,7 @@ TEST_F(TCadComerciaisTest, MissingPasswordBringsTheAccessTabForward)
     EXPECT_EQ(recusaVisualizacao("TClientes"), "Você não tem acesso a visualização deste módulo!");
     EXPECT_EQ(recusaVisualizacao("TMembros"), "Você não tem acesso a visualização deste módulo!");
     EXPECT_EQ(recusaVisualizacao("TCidades"), "Você não tem permissão para visualizar esse módulo!");
-    std::unique_ptr<QWidget> membros(criarFormulario("TMembros", nullptr));
-    ASSERT_TRUE(membros);
-    EXPECT_EQ(membros->windowTitle(), "Membros");
+    EXPECT_TRUE(std::unique_ptr<QWidget>(criarFormulario("TMembros", nullptr)));
 }
 
 // Offline the city comes from the registry; a configured service adds street and district, and
