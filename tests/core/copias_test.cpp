@@ -69,7 +69,8 @@ void popular(db::Banco &b, int documentos)
 
 QString pastaCopias(const teste::BancoTemporario &bt) { return QFileInfo(bt.caminho()).absolutePath() + "/Backup"; }
 
-// A backup of a populated database restores to an equal one: the same rows, table by table.
+// A backup of a populated database restores to an equal one, beside it and in its place: the same
+// rows, table by table.
 TEST(CopiaDeSeguranca, RestoresToAnEqualDatabase)
 {
     teste::BancoTemporario bt;
@@ -92,6 +93,16 @@ TEST(CopiaDeSeguranca, RestoresToAnEqualDatabase)
     ASSERT_EQ(lista.size(), 1);
     EXPECT_EQ(lista[0].quando, kAgora);
     EXPECT_FALSE(QFile::exists(c.arquivo + ".verificando"));  // the proof leaves nothing behind
+
+    // Restored in place by the administrator, work done after the copy goes, and so does the previous
+    // file once the restored one has opened.
+    popular(bt.banco(), 7);
+    db::Transacao t(bt.banco());
+    Restauracao rest{bt.conexao(), c, kAgora.addDays(1), teste::administrador(t).idUsuario};
+    t.rollback();
+    EXPECT_EQ(impressao(*restaurar(rest, &bt.banco(), [&] { bt.fechar(); })), antes);
+    EXPECT_FALSE(QFile::exists(nomeAnterior(bt.caminho(), rest.agora)));
+    EXPECT_FALSE(QFile::exists(bt.caminho() + ".restauracao"));
 }
 
 // A damaged copy is refused with a Portuguese message, marked, and the database is left as it was.

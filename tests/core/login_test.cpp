@@ -82,13 +82,7 @@ struct Login : ::testing::Test {
         return sql("insert into TbCad (Usuario, Us, Senha, IdNivel, Apelido, TipoUsuario) values (:U, :US, :S, :N, :A, :T) "
                    "returning Id", {{"U", usuario}, {"US", us}, {"S", senha}, {"N", idNivel}, {"A", apelido}, {"T", tipo}}).toInt();
     }
-    Sessao sessaoDe(int id, const QString &tipo)
-    {
-        Sessao s;
-        s.idUsuario = id;
-        s.tipoUsuario = tipo;
-        return s;
-    }
+    static Sessao sessaoDe(int id, const QString &tipo) { return Sessao{id, {}, {}, tipo}; }
 };
 
 TEST_F(Login, RefusalsNameTheMessageAndTheField)

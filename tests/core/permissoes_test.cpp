@@ -60,12 +60,8 @@ struct PermissoesTest : ::testing::Test {
     {
         db::Transacao t(tabs.DbORB());
         const Sessao admin = teste::administrador(t, "Sistema", "TUsuarios");
-        Sessao s;
-        s.idUsuario = salvarUsuario(t, {0, "maria", "Maria Souza", "Maria", "segredo", tipo, idNivel}, admin);
-        s.idNivel = idNivel;
-        s.nivel = 10;
-        s.menuAtual = "Sistema";
-        s.moduloAtual = "TUsuarios";
+        const Sessao s{salvarUsuario(t, {0, "maria", "Maria Souza", "Maria", "segredo", tipo, idNivel}, admin), {}, {}, {}, idNivel, 10,
+                       "Sistema", "TUsuarios"};
         t.commit();
         return s;
     }
