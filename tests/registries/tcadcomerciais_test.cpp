@@ -148,9 +148,9 @@ TEST_F(TCadComerciaisTest, MissingPasswordBringsTheAccessTabForward)
     EXPECT_EQ(f.findChild<QLineEdit *>(kNovaSenhaWeb)->echoMode(), QLineEdit::Password);
 
     registrarComercial();
-    EXPECT_EQ(recusaVisualizacao("TClientes"), "Você não tem acesso a visualização deste módulo!");
-    EXPECT_EQ(recusaVisualizacao("TMembros"), "Você não tem acesso a visualização deste módulo!");
-    EXPECT_EQ(recusaVisualizacao("TCidades"), "Você não tem permissão para visualizar esse módulo!");
+    const QString registro = "Você não tem acesso a visualização deste módulo!";
+    EXPECT_EQ(QStringList({recusaVisualizacao("TClientes"), recusaVisualizacao("TMembros"), recusaVisualizacao("TCidades")}),
+              QStringList({registro, registro, "Você não tem permissão para visualizar esse módulo!"}));
     EXPECT_TRUE(std::unique_ptr<QWidget>(criarFormulario("TMembros", nullptr)));
 }
 
