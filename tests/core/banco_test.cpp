@@ -163,22 +163,4 @@ TEST_F(BancoTest, TransactionRollsBackUnlessCommitted)
     EXPECT_EQ(db::escalar(t, "select NOME from TBCAD where ID = 1").toString(), "MUDOU");
 }
 
-// The same record changed by two transactions: the second learns at once (nowait).
-TEST_F(BancoTest, SecondWriterIsRefusedAtOnce)
-{
-    db::Transacao a(bt.banco()), b(bt.banco());
-    db::executar(a, "update TBCAD set NOME = 'PRIMEIRA' where ID = 1");
-    db::ErroBanco erro(TipoErro::Outro, {}, {});
-    try {
-        db::executar(b, "update TBCAD set NOME = 'SEGUNDA' where ID = 1");
-        FAIL() << "a segunda alteração deveria ser recusada";
-    } catch (const db::ErroBanco &e) {
-        erro = e;
-    }
-    EXPECT_EQ(erro.tipo(), TipoErro::Conflito);
-    EXPECT_TRUE(erro.mensagem().contains("outra estação")) << erro.mensagem().toStdString();
-    a.commit();
-    EXPECT_EQ(db::escalar(b, "select NOME from TBCAD where ID = 1").toString(), "PRIMEIRA");
-}
-
 } // namespace

@@ -140,11 +140,7 @@ TEST(CriacaoInterrompida, UnfinishedDatabaseIsFinishedFromWhereItStopped)
 // --upgrade on a database ADMIN cannot log into exits non-zero naming what is missing.
 TEST(CriacaoInterrompida, UpgradeRefusesADatabaseAdminCannotLogInto)
 {
-    struct Caso {
-        teste::Forma forma;
-        const char *estrago;
-        const char *falta;
-    };
+    struct Caso { teste::Forma forma; const char *estrago; const char *falta; };
     const Caso casos[] = {
         {teste::Forma::Atual, "delete from TBCAD where USUARIO = 'ADMIN'", "usuário ADMIN"},
         {teste::Forma::Atual, "update TBCAD set SENHA = null where USUARIO = 'ADMIN'", "usuário ADMIN"},

@@ -18,42 +18,23 @@ std::string s(const QString &q) { return q.toStdString(); }
 
 } // namespace
 
+constexpr auto V = Leitura::Valida, I = Leitura::Invalida;
+
 TEST(Datas, TypedDates)
 {
     struct { const char *texto; Leitura::Estado estado; QDate data; } casos[] = {
         // the forms people type
-        {"25122026", Leitura::Valida, {2026, 12, 25}},
-        {"25/12/2026", Leitura::Valida, {2026, 12, 25}},
-        {"251226", Leitura::Valida, {2026, 12, 25}},
-        {"2512", Leitura::Valida, {2026, 12, 25}},
-        {"5/3/24", Leitura::Valida, {2024, 3, 5}},
-        {"05.03.2024", Leitura::Valida, {2024, 3, 5}},
-        {"15/03", Leitura::Valida, {2026, 3, 15}},
-        {" 15032020 ", Leitura::Valida, {2020, 3, 15}},
+        {"25122026", V, {2026, 12, 25}}, {"25/12/2026", V, {2026, 12, 25}}, {"251226", V, {2026, 12, 25}}, {"2512", V, {2026, 12, 25}},
+        {"5/3/24", V, {2024, 3, 5}},     {"05.03.2024", V, {2024, 3, 5}},   {"15/03", V, {2026, 3, 15}}, {" 15032020 ", V, {2020, 3, 15}},
         // impossible dates are refused, never moved to the month's end
-        {"29022024", Leitura::Valida, {2024, 2, 29}},
-        {"29/02/2023", Leitura::Invalida, {}},
-        {"29/02/2000", Leitura::Valida, {2000, 2, 29}},
-        {"29/02/1900", Leitura::Invalida, {}},
-        {"31/02/2024", Leitura::Invalida, {}},
-        {"3104", Leitura::Invalida, {}},
-        {"31/04/2026", Leitura::Invalida, {}},
-        {"00/01/2026", Leitura::Invalida, {}},
-        {"01/13/2026", Leitura::Invalida, {}},
+        {"29022024", V, {2024, 2, 29}}, {"29/02/2023", I, {}}, {"29/02/2000", V, {2000, 2, 29}}, {"29/02/1900", I, {}},
+        {"31/02/2024", I, {}}, {"3104", I, {}}, {"00/01/2026", I, {}}, {"01/13/2026", I, {}},
         // slips
-        {"2512202", Leitura::Invalida, {}},
-        {"25/12/202", Leitura::Invalida, {}},
-        {"25//2026", Leitura::Invalida, {}},
-        {"25/12/2026/1", Leitura::Invalida, {}},
-        {"01/01/0026", Leitura::Invalida, {}},
+        {"2512202", I, {}}, {"25/12/202", I, {}}, {"25//2026", I, {}}, {"25/12/2026/1", I, {}}, {"01/01/0026", I, {}},
         // nothing typed is no date (NULL): whether it may stay so is the field's rule
-        {"", Leitura::Vazia, {}},
-        {"   ", Leitura::Vazia, {}},
+        {"", Leitura::Vazia, {}}, {"   ", Leitura::Vazia, {}},
         // two-digit years: up to 20 years ahead of this one, else the century before
-        {"010146", Leitura::Valida, {2046, 1, 1}},
-        {"010147", Leitura::Valida, {1947, 1, 1}},
-        {"31/12/99", Leitura::Valida, {1999, 12, 31}},
-        {"01/01/00", Leitura::Valida, {2000, 1, 1}},
+        {"010146", V, {2046, 1, 1}}, {"010147", V, {1947, 1, 1}}, {"31/12/99", V, {1999, 12, 31}}, {"01/01/00", V, {2000, 1, 1}},
     };
     for (const auto &c : casos) {
         SCOPED_TRACE(c.texto);
@@ -75,10 +56,8 @@ TEST(Datas, CenturyPivotMovesWithTheYear)
 TEST(Datas, TypedTimes)
 {
     struct { const char *texto; Leitura::Estado estado; QTime hora; } casos[] = {
-        {"0830", Leitura::Valida, {8, 30}},   {"08:30", Leitura::Valida, {8, 30}}, {"8:30", Leitura::Valida, {8, 30}},
-        {"2359", Leitura::Valida, {23, 59}},  {"00:00", Leitura::Valida, {0, 0}},  {"25:00", Leitura::Invalida, {}},
-        {"2400", Leitura::Invalida, {}},      {"08:60", Leitura::Invalida, {}},    {"830", Leitura::Invalida, {}},
-        {"08:3", Leitura::Invalida, {}},      {"", Leitura::Vazia, {}},
+        {"0830", V, {8, 30}}, {"08:30", V, {8, 30}}, {"8:30", V, {8, 30}}, {"2359", V, {23, 59}}, {"00:00", V, {0, 0}},
+        {"25:00", I, {}}, {"2400", I, {}}, {"08:60", I, {}}, {"830", I, {}}, {"08:3", I, {}}, {"", Leitura::Vazia, {}},
     };
     for (const auto &c : casos) {
         SCOPED_TRACE(c.texto);
@@ -98,21 +77,13 @@ TEST(Datas, NumbersAsTheEditorShowsThem)
 {
     using C = CampoForm;
     struct { C campo; const char *texto; const char *esperado; } casos[] = {
-        {{"VALOR", "", C::Decimal}, "1.234,56", "1234.56"},
-        {{"VALOR", "", C::Decimal}, "12,5", "12.50"},
-        {{"PERCICMSO", "", C::Decimal}, "12,5", "12.50"},
-        {{"PERCICMSO", "", C::Decimal}, "12,50%", "12.50"},
-        {{"PERCICMSO", "", C::Decimal}, "12,5 %", "12.50"},
-        {{"PRUNITARIO", "", C::Decimal, {}, 0, 4}, "3,1416", "3.1416"},
-        {{"CODIGO", "", C::Inteiro}, "000003", "3"},
-        {{"CFOP", "", C::Inteiro}, "5.102", "5102"},
-        {{"PRAZO", "", C::Inteiro}, "30 dia(s)", "30"},
-        {{"VALOR", "", C::Decimal}, "", ""},
-        {{"VALOR", "", C::Decimal}, "abc", "Valor inválido!"},
-        {{"PERCICMSO", "", C::Decimal}, "12,5%%", "Valor inválido!"},
-        {{"CODIGO", "", C::Inteiro}, "1,5", "Valor inválido!"},
-        {{"CODIGO", "", C::Inteiro}, "3000000000", "Valor inválido!"},
-        {{"CODIGO", "", C::Inteiro}, "12a", "Valor inválido!"},
+        {{"VALOR", "", C::Decimal}, "1.234,56", "1234.56"},  {{"VALOR", "", C::Decimal}, "12,5", "12.50"},
+        {{"PERCICMSO", "", C::Decimal}, "12,50%", "12.50"}, {{"PERCICMSO", "", C::Decimal}, "12,5 %", "12.50"},
+        {{"PRUNITARIO", "", C::Decimal, {}, 0, 4}, "3,1416", "3.1416"}, {{"CODIGO", "", C::Inteiro}, "000003", "3"},
+        {{"CFOP", "", C::Inteiro}, "5.102", "5102"},        {{"PRAZO", "", C::Inteiro}, "30 dia(s)", "30"},
+        {{"VALOR", "", C::Decimal}, "", ""},                {{"VALOR", "", C::Decimal}, "abc", "Valor inválido!"},
+        {{"PERCICMSO", "", C::Decimal}, "12,5%%", "Valor inválido!"}, {{"CODIGO", "", C::Inteiro}, "1,5", "Valor inválido!"},
+        {{"CODIGO", "", C::Inteiro}, "3000000000", "Valor inválido!"}, {{"CODIGO", "", C::Inteiro}, "12a", "Valor inválido!"},
     };
     for (const auto &c : casos) {
         SCOPED_TRACE(std::string(c.texto) + " em " + s(c.campo.coluna));

@@ -3,7 +3,6 @@
 #include "apoio/ServidorFirebird.h"
 #include "db/Banco.h"
 
-#include <QCoreApplication>
 #include <QSignalSpy>
 #include <gtest/gtest.h>
 
@@ -65,25 +64,6 @@ TEST_F(EstacoesTest, EventsPostedByOneArriveAtTheOther)
     EXPECT_EQ(spy.count(), 2);
     EXPECT_EQ(spy.at(0).at(0).toString(), "AGENDA");
     EXPECT_EQ(spy.at(0).at(1).toInt(), 1);
-}
-
-TEST_F(EstacoesTest, ServerThatWentAwayIsReportedAsSuch)
-{
-    auto proprio = std::make_unique<ServidorFirebird>();
-    db::Conexao c{proprio->endereco("curto.fdb"), proprio->usuario(), proprio->senha()};
-    auto b = db::Banco::criar(c);
-    db::Transacao t(*b);
-    EXPECT_EQ(db::escalar(t, "select 1 from rdb$database").toInt(), 1);
-    t.commit();
-    proprio.reset();
-    try {
-        db::Transacao t2(*b);
-        db::escalar(t2, "select 1 from rdb$database");
-        FAIL() << "o servidor caiu; a consulta não poderia responder";
-    } catch (const db::ErroBanco &e) {
-        EXPECT_EQ(e.tipo(), db::TipoErro::Conexao) << e.tecnico().toStdString();
-    }
-    EXPECT_FALSE(b->vivo());
 }
 
 } // namespace

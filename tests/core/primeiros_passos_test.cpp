@@ -5,7 +5,6 @@
 #include "principal/PrimeirosPassos.h"
 
 #include <gtest/gtest.h>
-#include <functional>
 
 using namespace orb;
 
@@ -19,50 +18,32 @@ QStringList feitos(db::Transacao &t)
     return r;
 }
 
-void senhaDoAdmin(db::Transacao &t, const QString &senha)
-{
-    db::executar(t, "update TbCad set SenhaHash = :H, Senha = null where Usuario = 'ADMIN'", {{"H", hashSenha(senha)}});
-}
-
 TEST(PrimeirosPassos, EachStepIsDoneByWhatItAsksAndNothingElse)
 {
-    const struct {
-        const char *caso;
-        std::function<void(db::Transacao &)> fazer;
-        QStringList feitos;
-    } casos[] = {
-        {"instalação nova", [](db::Transacao &) {}, {}},
-        {"empresa renomeada",
-         [](db::Transacao &t) { db::executar(t, "update TbCad set Nome = 'Mercearia Boa Vista' where Id = (select IdEmpresa from TbParGlobais)"); },
-         {"empresa"}},
-        {"empresa com o nome de fábrica em minúsculas",
-         [](db::Transacao &t) { db::executar(t, "update TbCad set Nome = 'Sua Empresa Aqui' where Id = (select IdEmpresa from TbParGlobais)"); },
-         {}},
-        {"outra empresa que não a principal",
-         [](db::Transacao &t) { db::executar(t, "insert into TbCad (Codigo, Nome, Em) values (10, 'Filial', 'S')"); }, {}},
+    const QString empresa = "update TbCad set Nome = :V where Id = (select IdEmpresa from TbParGlobais)";
+    const QString hash = "update TbCad set SenhaHash = :V, Senha = null where Usuario = 'ADMIN'";
+    const struct { const char *caso; QString sql; QVariant v; QStringList feitos; } casos[] = {
+        {"instalação nova", {}, {}, {}},
+        {"empresa renomeada", empresa, "Mercearia Boa Vista", {"empresa"}},
+        {"empresa com o nome de fábrica em minúsculas", empresa, "Sua Empresa Aqui", {}},
+        {"outra empresa que não a principal", "insert into TbCad (Codigo, Nome, Em) values (10, 'Filial', 'S')", {}, {}},
         // The login writes the strong hash of the first password before asking for a new one.
-        {"ADMIN ainda com a senha inicial", [](db::Transacao &t) { senhaDoAdmin(t, "admin"); }, {}},
-        {"ADMIN com senha nova", [](db::Transacao &t) { senhaDoAdmin(t, "nova123"); }, {"senha"}},
-        {"ADMIN com senha nova do tempo do MD5",
-         [](db::Transacao &t) { db::executar(t, "update TbCad set Senha = :M where Usuario = 'ADMIN'", {{"M", MD5("nova123")}}); },
-         {"senha"}},
-        {"usuário cadastrado",
-         [](db::Transacao &t) { db::executar(t, "insert into TbCad (Codigo, Nome, Us, Usuario) values (10, 'Caixa', 'S', 'CAIXA')"); },
-         {"usuario"}},
-        {"cadastro com login mas sem acesso",
-         [](db::Transacao &t) { db::executar(t, "insert into TbCad (Codigo, Nome, Us, Usuario) values (10, 'Ex', 'N', 'EX')"); }, {}},
-        {"cliente cadastrado",
-         [](db::Transacao &t) { db::executar(t, "insert into TbCad (Codigo, Nome, Cl) values (10, 'Ana', 'S')"); }, {"cliente"}},
-        {"fornecedor não é cliente",
-         [](db::Transacao &t) { db::executar(t, "insert into TbCad (Codigo, Nome, Fo) values (10, 'Atacado', 'S')"); }, {}},
-        {"mercadoria cadastrada", [](db::Transacao &t) { db::executar(t, "insert into TbItens (Descricao) values ('Arroz 5 kg')"); },
-         {"item"}},
+        {"ADMIN ainda com a senha inicial", hash, hashSenha("admin"), {}},
+        {"ADMIN com senha nova", hash, hashSenha("nova123"), {"senha"}},
+        {"ADMIN com senha nova do tempo do MD5", "update TbCad set Senha = :V where Usuario = 'ADMIN'", MD5("nova123"), {"senha"}},
+        {"usuário cadastrado", "insert into TbCad (Codigo, Nome, Us, Usuario) values (10, 'Caixa', 'S', 'CAIXA')", {}, {"usuario"}},
+        {"cadastro com login mas sem acesso", "insert into TbCad (Codigo, Nome, Us, Usuario) values (10, 'Ex', 'N', 'EX')", {}, {}},
+        {"cliente cadastrado", "insert into TbCad (Codigo, Nome, Cl) values (10, 'Ana', 'S')", {}, {"cliente"}},
+        {"fornecedor não é cliente", "insert into TbCad (Codigo, Nome, Fo) values (10, 'Atacado', 'S')", {}, {}},
+        {"mercadoria cadastrada", "insert into TbItens (Descricao) values ('Arroz 5 kg')", {}, {"item"}},
     };
+    teste::BancoTemporario bt;
     for (const auto &c : casos) {
         SCOPED_TRACE(c.caso);
-        teste::BancoTemporario bt;
-        db::Transacao t(bt.banco());
-        c.fazer(t);
+        db::Transacao t(bt.banco());  // rolled back at the end of each case
+        std::map<QString, QVariant> p;
+        if (c.v.isValid()) p["V"] = c.v;
+        if (!c.sql.isEmpty()) db::executar(t, c.sql, p);
         ASSERT_EQ(primeirosPassos(t).size(), 5);
         EXPECT_EQ(feitos(t), c.feitos);
     }

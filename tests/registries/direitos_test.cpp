@@ -40,13 +40,8 @@ struct DireitosTest : ::testing::Test {
                     gravarPermissao(t, op.tipo, op.id, op.texto == "Alterar" && mo.texto != "Níveis de Acesso");
             }
         }
-        balconista.idUsuario = salvarUsuario(t, {0, "clara", "Clara Lima", "Clara", "segredo1", "U", nivel}, adm);
-        balconista.usuario = "CLARA";
-        balconista.tipoUsuario = "U";
-        balconista.idNivel = nivel;
-        balconista.nivel = 5;
-        balconista.menuAtual = "Cadastros";
-        balconista.moduloAtual = "TClientes";
+        balconista = {salvarUsuario(t, {0, "clara", "Clara Lima", "Clara", "segredo1", "U", nivel}, adm), "CLARA", {}, "U", nivel, 5,
+                      "Cadastros", "TClientes"};
         cliente = db::escalar(t, "Insert Into TbCad (Codigo, Nome, Apelido, Pessoa, Cl, RazaoSocial, Cnpj) "
                                  "Values (900, 'LOJA ALFA', 'ALFA', 'J', 'S', 'ALFA LTDA', '11222333000181') "
                                  "Returning Id").toInt();
@@ -71,10 +66,7 @@ TEST_F(DireitosTest, ClerkCannotReachAboveTheirRights)
     naTelaDeUsuarios.moduloAtual = "TUsuarios";
     const int eu = balconista.idUsuario;
 
-    const struct {
-        const char *caso;
-        std::function<void()> tentar;
-    } casos[] = {
+    const struct { const char *caso; std::function<void()> tentar; } casos[] = {
         {"own level raised on the commercial registry",
          [&] { salvarCadastro(t, eu, {{"IDNIVEL", nivelAdmin}}, modoCadastro("Fu"), {}, balconista, kHoje); }},
         {"own type raised on the commercial registry",

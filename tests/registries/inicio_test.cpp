@@ -7,7 +7,6 @@
 
 #include <QDir>
 #include <QLabel>
-#include <QTabWidget>
 #include <gtest/gtest.h>
 
 using namespace orb;

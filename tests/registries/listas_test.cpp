@@ -3,6 +3,7 @@
 
 #include "Auxiliares.h"
 #include "FormsCadastros.h"
+#include "EstacaoTeste.h"
 #include "apoio/ServidorFirebird.h"
 #include "apoio/TabsTeste.h"
 #include "dados/Avisos.h"
@@ -76,25 +77,16 @@ TEST(ListasEstacoes, SecondWorkstationsEntryReachesTheOpenList)
     if (!teste::ServidorFirebird::disponivel()) GTEST_SKIP() << teste::ServidorFirebird::motivoIndisponivel().toStdString();
     teste::ServidorFirebird servidor;
     const db::Conexao c = servidor.bancoNovo();
-    TTabs tabs;
-    Tabs = &tabs;
-    tabs.conectar(db::Banco::abrir(c));
-    {
-        ComboConsulta grupo("Select Id, Grupo From TbGrupos Order By Grupo");
-        QSignalSpy aviso(&avisosTabelas(), &AvisosTabelas::mudou);
-        auto outra = db::Banco::abrir(c);
-        db::Transacao t(*outra);
-        db::executar(t, "insert into TbGrupos (Codigo, Grupo, Tipo) values (7, 'ELÉTRICA', 'M')");
-        t.commit();
-        while (!grupo.desatualizada() && aviso.wait(20000)) {
-        }
-        EXPECT_TRUE(grupo.desatualizada());
-        grupo.showPopup();
-        grupo.hidePopup();
-        EXPECT_GE(grupo.findText("ELÉTRICA"), 1);
+    teste::Estacao estacao(c);
+    ComboConsulta grupo("Select Id, Grupo From TbGrupos Order By Grupo");
+    QSignalSpy aviso(&avisosTabelas(), &AvisosTabelas::mudou);
+    teste::gravar(c, "insert into TbGrupos (Codigo, Grupo, Tipo) values (7, 'ELÉTRICA', 'M') returning Id");
+    while (!grupo.desatualizada() && aviso.wait(20000)) {
     }
-    tabs.desconectar();
-    Tabs = nullptr;
+    EXPECT_TRUE(grupo.desatualizada());
+    grupo.showPopup();
+    grupo.hidePopup();
+    EXPECT_GE(grupo.findText("ELÉTRICA"), 1);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include "Auxiliares.h"
 #include "acesso/Sessao.h"
+#include "EstacaoTeste.h"
 #include "apoio/ServidorFirebird.h"
 #include "dados/Tabs.h"
 #include "ui/FormRegistro.h"
@@ -29,27 +30,16 @@ TEST(Reconexao, EditIsDiscardedAndWorkGoesOnWhenTheServerIsBack)
         db::Transacao t(*b, db::Modo::Leitura);
         return db::escalar(t, "select count(*) from TbBancos where Banco = :B", {{"B", banco}}).toInt();
     };
-    {
-        auto b = db::Banco::abrir(c);
-        db::Transacao t(*b);
-        db::executar(t, "insert into TbBancos (Numero, Banco) values ('237', 'Bradesco')");
-        t.commit();
-    }
+    teste::gravar(c, "insert into TbBancos (Numero, Banco) values ('237', 'Bradesco') returning Id");
     QTemporaryDir erros;
     definirPastaErros(erros.path());
-    TTabs tabs;
-    Tabs = &tabs;
-    tabs.conectar(db::Banco::abrir(c));
-    sessao().idUsuario = 2;
-    sessao().nivel = 999;
-    MensageiroTeste msg;
+    teste::Estacao estacao(c);
+    auto &msg = estacao.msg;
     const QString foraDoAr = db::mensagemPara(db::TipoErro::Conexao, {});
 
-    const struct {
-        const char *nome;
-        bool alterar;        // the open edit changes the existing bank instead of adding one
-        bool voltouAntes;    // the server is already back when the user acts (a restart unnoticed)
-    } casos[] = {
+    // alterar: the open edit changes the existing bank instead of adding one; voltouAntes: the server is
+    // already back when the user acts (a restart unnoticed).
+    const struct { const char *nome; bool alterar, voltouAntes; } casos[] = {
         {"inclusão com o servidor fora", false, false},
         {"alteração depois de reiniciado", true, true},
     };
@@ -115,8 +105,5 @@ TEST(Reconexao, EditIsDiscardedAndWorkGoesOnWhenTheServerIsBack)
     EXPECT_EQ(contar("Perdido"), 0);
     EXPECT_EQ(contar("Bradesco"), 1);
     EXPECT_TRUE(QDir(erros.filePath("Erros")).isEmpty()) << "nenhum relatório de erro";
-    tabs.desconectar();
-    Tabs = nullptr;
     definirPastaErros({});
-    sessao() = Sessao{};
 }

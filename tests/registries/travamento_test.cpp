@@ -3,6 +3,7 @@
 #include "Auxiliares.h"
 #include "ui/FormRegistro.h"
 #include "acesso/Sessao.h"
+#include "EstacaoTeste.h"
 #include "apoio/ServidorFirebird.h"
 #include "dados/Tabs.h"
 #include "ui/Mensagens.h"
@@ -19,19 +20,9 @@ TEST(Travamento, SecondWorkstationIsToldTheRecordIsInUse)
     if (!teste::ServidorFirebird::disponivel()) GTEST_SKIP() << teste::ServidorFirebird::motivoIndisponivel().toStdString();
     teste::ServidorFirebird servidor;
     const db::Conexao c = servidor.bancoNovo();
-    int taubate = 0;
-    {
-        auto b = db::Banco::abrir(c);
-        db::Transacao t(*b);
-        taubate = db::escalar(t, "insert into TbCidades (Cidade, Uf, Cep) values ('Taubaté', 'SP', '12010000') returning Id").toInt();
-        t.commit();
-    }
-    TTabs tabs;  // this workstation
-    Tabs = &tabs;
-    tabs.conectar(db::Banco::abrir(c));
-    sessao().idUsuario = 2;
-    sessao().nivel = 999;
-    MensageiroTeste msg;
+    const int taubate = teste::gravar(c, "insert into TbCidades (Cidade, Uf, Cep) values ('Taubaté', 'SP', '12010000') returning Id").toInt();
+    teste::Estacao estacao(c);  // this workstation
+    auto &msg = estacao.msg;
     {
         FormRegistro primeira(*registroAuxiliar("TCidades"));
         auto escolher = [&] { primeira.grade()->setCurrentIndex(primeira.modelo()->index(primeira.modelo()->linhaDoId(taubate), 0)); };
@@ -55,9 +46,6 @@ TEST(Travamento, SecondWorkstationIsToldTheRecordIsInUse)
         EXPECT_EQ(primeira.findChild<QLineEdit *>("CIDADE")->text(), "Taubaté (centro)");
         primeira.BtCancelarClick();
     }
-    tabs.desconectar();
-    Tabs = nullptr;
-    sessao() = Sessao{};
 }
 
 // While a record's details are being edited (nothing written yet), the record stays locked.
@@ -66,20 +54,10 @@ TEST(Travamento, RecordStaysLockedWhileItsDetailsAreEdited)
     if (!teste::ServidorFirebird::disponivel()) GTEST_SKIP() << teste::ServidorFirebird::motivoIndisponivel().toStdString();
     teste::ServidorFirebird servidor;
     const db::Conexao c = servidor.bancoNovo();
-    int funcao = 0, cidade = 0;
-    {
-        auto b = db::Banco::abrir(c);
-        db::Transacao t(*b);
-        funcao = db::escalar(t, "insert into TbFuncoes (Funcao) values ('Balconista') returning Id").toInt();
-        cidade = db::escalar(t, "insert into TbCidades (Cidade, Uf, Cep) values ('Lorena', 'SP', '12600000') returning Id").toInt();
-        t.commit();
-    }
-    TTabs tabs;
-    Tabs = &tabs;
-    tabs.conectar(db::Banco::abrir(c));
-    sessao().idUsuario = 2;
-    sessao().nivel = 999;
-    MensageiroTeste msg;
+    const int funcao = teste::gravar(c, "insert into TbFuncoes (Funcao) values ('Balconista') returning Id").toInt();
+    const int cidade = teste::gravar(c, "insert into TbCidades (Cidade, Uf, Cep) values ('Lorena', 'SP', '12600000') returning Id").toInt();
+    teste::Estacao estacao(c);
+    auto &msg = estacao.msg;
     {
         FormRegistro f(*registroAuxiliar("TFuncoes"));
         f.BtAlterarClick();
@@ -108,7 +86,4 @@ TEST(Travamento, RecordStaysLockedWhileItsDetailsAreEdited)
         db::Transacao l(*outra, db::Modo::Leitura);
         EXPECT_EQ(db::escalar(l, "select count(*) from TbFuncoesSal where Fk = :F", {{"F", funcao}}).toInt(), 1);
     }
-    tabs.desconectar();
-    Tabs = nullptr;
-    sessao() = Sessao{};
 }
