@@ -91,20 +91,12 @@ struct ImpVendaTest : ::testing::Test {
                         "Where Id = :ID", {{"ID", c.cliente}});
         db::executar(t, "Update TbCad Set RazaoSocial = 'LOJA BOA LTDA', Cnpj = '11222333000181', Foto = :F Where Id = :ID",
                      {{"ID", c.empresa}, {"F", QByteArray("\x89PNG\r\n\x1a\n", 8)}});
-        Documento d = incluirDocumento(t, modoOperacao(modo), adm, kAgora);
-        d.cabecalho["IDCAD"] = c.cliente;
-        d.cabecalho["IDATENDENTE"] = c.atendente;
-        d.cabecalho["IDEMPRESA"] = c.empresa;
+        Documento d = c.documento(t, modo, adm, kAgora, {{"040", "3.0000"}, {"000", "2.0000"}});
         d.cabecalho["DATAPREVENTREGA"] = kAgora;
         d.cabecalho["OBSERVACOES"] = "Entregar pela manhã <portaria>.";
         d.cabecalho["IDACOND"] = db::escalar(t, "Insert Into TbAcond (Nome) Values ('CAIXA 1') Returning Id");
         d.cabecalho["ACOND"] = "CAIXA 1";
-        for (const auto &[item, qtd] : {std::pair{"040", "3.0000"}, std::pair{"000", "2.0000"}}) {
-            Valores l = linhaDoItem(t, c.itens[item], "V");
-            l["QTD"] = QVariant::fromValue(Decimal(qtd));
-            if (QString(item) == "000") l["Z_SERIAIS"] = QStringList{"SN001", "SN002"};
-            d.linhas.append(l);
-        }
+        d.linhas[1]["Z_SERIAIS"] = QStringList{"SN001", "SN002"};
         d.faturamento["CONDPAGTO"] = "P";
         d.faturamento["PARCELAS"] = "03";
         d.faturamento["PRIMVENC"] = 30;
