@@ -208,22 +208,13 @@ TEST_F(InventarioTest, LineChecksInOrder)
                   conferirLinha(t(), gravada, {});
               }),
               mensagens(passos));
-    EXPECT_EQ(gravada["UN"].toString(), "UN");
-    EXPECT_EQ(gravada["REMETENTE"].toString(), "Distribuidora Lima");
-    EXPECT_EQ(gravada["DESTINATARIO"].toString(), "Mercado Sol");
+    EXPECT_EQ(gravada["UN"].toString() + "|" + gravada["REMETENTE"].toString() + "|" + gravada["DESTINATARIO"].toString(),
+              "UN|Distribuidora Lima|Mercado Sol");
     // The same item, way and parties again in one movement is refused; the other way is a new line.
     Valores repetida = gravada;
     EXPECT_THROW(conferirLinha(t(), repetida, {gravada}), Recusa);
     repetida["TIPOMOVIMENTACAO"] = kSaida;
     EXPECT_NO_THROW(conferirLinha(t(), repetida, {gravada}));
-}
-
-TEST_F(InventarioTest, NewMovementAndLineDefaults)
-{
-    EXPECT_EQ(novaMovimentacao(QDate(2026, 3, 10)).at("FORMAENVIORECTO").toString(), "TRANSPORTADORA");
-    const Valores l = novaLinha();
-    EXPECT_EQ(l.at("TIPOITEM").toString() + "/" + l.at("TIPOMOVIMENTACAO").toString() + "/" + l.at("TIPOREMETENTE").toString(),
-              "ESTOQUE/SAÍDA/INTERNO");
 }
 
 // ENTRADA 5 and SAÍDA 2 of one supply raise it by 3; the asset in the same movement keeps its quantity;
@@ -237,8 +228,7 @@ TEST_F(InventarioTest, ApprovalMovesSuppliesAndCancellingRestoresThem)
     saida["TIPODESTINATARIO"] = kExtCliente;
     const int codigo = salvarMovimentacao(t(), 0, cabecalho(), {linha(suprimento, kEntrada, "5"), saida, linha(ativo, kEntrada, "1")}, teste::administrador(t()));
     aprovarMovimentacao(t(), codigo, QDate(2026, 3, 11), funcionario, teste::administrador(t()));
-    EXPECT_EQ(estoque(suprimento), db::Decimal("13"));
-    EXPECT_EQ(estoque(ativo), db::Decimal("1"));
+    EXPECT_EQ(estoque(suprimento).texto() + " " + estoque(ativo).texto(), "13.0000 1.0000");
     EXPECT_EQ(sql("Select DataAprovacao || '/' || CodRespAprovacao || '/' || RespAprovacao From TbMovInventario Where Codigo = :C",
                   {{"C", codigo}}).toString(), "2026-03-11/501/Joana");
 
@@ -252,8 +242,7 @@ TEST_F(InventarioTest, ApprovalMovesSuppliesAndCancellingRestoresThem)
     EXPECT_EQ(estoque(suprimento), db::Decimal("13"));
 
     cancelarAprovacao(t(), codigo, teste::administrador(t()));
-    EXPECT_EQ(estoque(suprimento), db::Decimal("10"));
-    EXPECT_EQ(estoque(ativo), db::Decimal("1"));
+    EXPECT_EQ(estoque(suprimento).texto() + " " + estoque(ativo).texto(), "10.0000 1.0000");
     EXPECT_TRUE(sql("Select RespAprovacao From TbMovInventario Where Codigo = :C", {{"C", codigo}}).isNull());
     excluirMovimentacao(t(), codigo, teste::administrador(t()));
     EXPECT_EQ(sql("Select Count(*) From TbItensMovInventario Where Movimentacao = :C", {{"C", codigo}}).toInt(), 0);
