@@ -157,18 +157,14 @@ TEST_F(LeiturasTest, PickingTheMachineCopiesPointOperatorRouteAreaAndPercentages
     EXPECT_EQ(maquinaDoSelo(*tr, "S-999"), 0);
 }
 
-TEST_F(LeiturasTest, SaveStoresTheMoneyOfTheCountersStampedAndInCents)
+// The save stores the money of the counters ("Centavos" above), stamped, with the machine's area;
+// changed, the reading's money is computed again (never taken as typed) and its stamp kept.
+TEST_F(LeiturasTest, SaveStoresTheMoneyOfTheCountersAndAChangeRecomputesIt)
 {
     const int id = ler(QDate(2026, 3, 2), 2000, 1000, 700, 200);
-    // The "Centavos" split above, the stamp of the save and the machine's area.
     EXPECT_EQ(db::escalar(*tr, "Select HpMoedas || ' ' || HpTotal || ' ' || ComPonto || ' ' || AReceber || ' ' || ComOper || ' ' || "
                                "Liquido || ' ' || Emissao || ' ' || IdArea From TBFL_LEITURAS Where Id = :ID", {{"ID", id}}).toString(),
               QString("800 8.00 2.40 5.60 0.56 5.04 2026-03-02 10:00:00.0000 %1").arg(area));
-}
-
-TEST_F(LeiturasTest, ChangingAReadingRecomputesItsMoneyAndKeepsItsStamp)
-{
-    const int id = ler(QDate(2026, 3, 2), 2000, 1000, 700, 200);
     Valores v = {{"IDMAQ", maquina}, {"DATA", QDate(2026, 3, 2)}, {"LEEI", 1000}, {"LEEF", 1500}, {"DIFEE", 500},
                  {"LESI", 500}, {"LESF", 600}, {"DIFES", 100}, {"PERCCOMPONTO", dec("30")}, {"PERCCOMOPER", dec("10")},
                  {"HPTOTAL", dec("999.99")}, {"EMISSAO", QDateTime(QDate(2030, 1, 1), QTime(0, 0))}};
