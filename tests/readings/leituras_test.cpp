@@ -17,70 +17,46 @@ namespace {
 
 QVariant dec(const char *s) { return QVariant::fromValue(Decimal(s)); }
 
-// ------------------------------------------------------------------ money
+// ------------------------------------------------------------------ money and counters
 
-struct CasoRateio {
-    const char *nome;
-    qint64 difEntrada, difSaida;
-    const char *moeda, *percPonto, *percOper;
-    qint64 moedas;
-    const char *total, *comPonto, *aReceber, *comOper, *liquido;
-};
-
-class RateioTest : public ::testing::TestWithParam<CasoRateio> {};
-
-TEST_P(RateioTest, SplitsTheTakingsToTheCent)
+// The coin value multiplies the counted difference (none or a negative one: the counters count cents);
+// the operator's share comes from what the point left; half a cent goes away from zero, as the
+// database stores it, on both sides of zero.
+TEST(Rateio, SplitsTheTakingsToTheCent)
 {
-    const CasoRateio &c = GetParam();
-    const Rateio r = ratear(c.difEntrada, c.difSaida, Decimal(c.moeda), Decimal(c.percPonto), Decimal(c.percOper));
-    EXPECT_EQ(QStringList({QString::number(r.moedas), r.total.texto(), r.comPonto.texto(), r.aReceber.texto(), r.comOper.texto(), r.liquido.texto()}),
-              QStringList({QString::number(c.moedas), c.total, c.comPonto, c.aReceber, c.comOper, c.liquido}));
+    const struct { qint64 difEntrada, difSaida; const char *moeda, *percPonto, *percOper; QString esperado; } casos[] = {
+        {1000, 200, "0", "30", "10", "800 8.00 2.40 5.60 0.56 5.04"},
+        {1000, 200, "-0.50", "30", "10", "800 8.00 2.40 5.60 0.56 5.04"},
+        {1000, 200, "0.25", "30", "10", "800 200.00 60.00 140.00 14.00 126.00"},
+        {333, 0, "1", "12.5", "7", "333 333.00 41.63 291.37 20.40 270.97"},
+        {500, 500, "0.25", "30", "10", "0 0.00 0.00 0.00 0.00 0.00"},
+        {100, 300, "0", "30", "10", "-200 -2.00 -0.60 -1.40 -0.14 -1.26"},
+        {1, 0, "0", "50", "50", "1 0.01 0.01 0.00 0.00 0.00"},
+        {0, 1, "0", "50", "50", "-1 -0.01 -0.01 0.00 0.00 0.00"},
+        {1234, 34, "0.10", "0", "0", "1200 120.00 0.00 120.00 0.00 120.00"},
+    };
+    for (const auto &c : casos) {
+        const Rateio r = ratear(c.difEntrada, c.difSaida, Decimal(c.moeda), Decimal(c.percPonto), Decimal(c.percOper));
+        EXPECT_EQ(QStringList({QString::number(r.moedas), r.total.texto(), r.comPonto.texto(), r.aReceber.texto(), r.comOper.texto(),
+                               r.liquido.texto()}).join(' '), c.esperado) << c.difEntrada << "/" << c.difSaida << " x " << c.moeda;
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Leituras, RateioTest,
-    ::testing::Values(
-        // No coin value: the counters count cents; the operator's share comes from what the point left.
-        CasoRateio{"Centavos", 1000, 200, "0", "30", "10", 800, "8.00", "2.40", "5.60", "0.56", "5.04"},
-        CasoRateio{"MoedaNegativaContaCentavos", 1000, 200, "-0.50", "30", "10", 800, "8.00", "2.40", "5.60", "0.56", "5.04"},
-        CasoRateio{"QuartoDeReal", 1000, 200, "0.25", "30", "10", 800, "200.00", "60.00", "140.00", "14.00", "126.00"},
-        CasoRateio{"UmRealQuebrado", 333, 0, "1", "12.5", "7", 333, "333.00", "41.63", "291.37", "20.40", "270.97"},
-        CasoRateio{"DiferencaZero", 500, 500, "0.25", "30", "10", 0, "0.00", "0.00", "0.00", "0.00", "0.00"},
-        CasoRateio{"DiferencaNegativa", 100, 300, "0", "30", "10", -200, "-2.00", "-0.60", "-1.40", "-0.14", "-1.26"},
-        // Half a cent goes away from zero, as the database stores it, on both sides of zero.
-        CasoRateio{"MeioCentavo", 1, 0, "0", "50", "50", 1, "0.01", "0.01", "0.00", "0.00", "0.00"},
-        CasoRateio{"MeioCentavoNegativo", 0, 1, "0", "50", "50", -1, "-0.01", "-0.01", "0.00", "0.00", "0.00"},
-        CasoRateio{"SemComissoes", 1234, 34, "0.10", "0", "0", 1200, "120.00", "0.00", "120.00", "0.00", "120.00"}),
-    [](const auto &i) { return std::string(i.param.nome); });
-
-// ------------------------------------------------------------------ counters
-
-struct CasoTriplo {
-    const char *nome;
-    Triplo antes;
-    Editado editado;
-    Triplo depois;
-};
-
-class TriploTest : public ::testing::TestWithParam<CasoTriplo> {};
-
-TEST_P(TriploTest, FillsTheOtherField)
+// The field not typed follows the other two; a zero or negative difference comes from the final.
+TEST(Triplo, FillsTheOtherField)
 {
-    EXPECT_EQ(recalcular(GetParam().antes, GetParam().editado), GetParam().depois);
+    const struct { Triplo antes; Editado editado; Triplo depois; } casos[] = {
+        {{1000, 0, 150}, Editado::Diferenca, {1000, 1150, 150}},
+        {{1000, 1200, 150}, Editado::Diferenca, {1000, 1150, 150}},
+        {{1000, 1200, 0}, Editado::Diferenca, {1000, 1200, 200}},
+        {{1000, 900, -5}, Editado::Diferenca, {1000, 900, -100}},
+        {{1000, 1200, 150}, Editado::InicialOuFinal, {1000, 1200, 200}},
+        {{1000, 900, 0}, Editado::InicialOuFinal, {1000, 900, -100}},
+        {{1000, 0, 150}, Editado::InicialOuFinal, {1000, 1150, 150}},
+        {{1000, 0, 0}, Editado::InicialOuFinal, {1000, 1000, 0}},
+    };
+    for (const auto &c : casos) EXPECT_EQ(recalcular(c.antes, c.editado), c.depois);
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Leituras, TriploTest,
-    ::testing::Values(
-        CasoTriplo{"DiferencaMoveOFinal", {1000, 0, 150}, Editado::Diferenca, {1000, 1150, 150}},
-        CasoTriplo{"DiferencaSobrepoeFinal", {1000, 1200, 150}, Editado::Diferenca, {1000, 1150, 150}},
-        CasoTriplo{"DiferencaZeroVemDoFinal", {1000, 1200, 0}, Editado::Diferenca, {1000, 1200, 200}},
-        CasoTriplo{"DiferencaNegativaVemDoFinal", {1000, 900, -5}, Editado::Diferenca, {1000, 900, -100}},
-        CasoTriplo{"FinalDaADiferenca", {1000, 1200, 150}, Editado::InicialOuFinal, {1000, 1200, 200}},
-        CasoTriplo{"FinalMenorQueInicial", {1000, 900, 0}, Editado::InicialOuFinal, {1000, 900, -100}},
-        CasoTriplo{"SemFinalVemDaDiferenca", {1000, 0, 150}, Editado::InicialOuFinal, {1000, 1150, 150}},
-        CasoTriplo{"InicialSozinho", {1000, 0, 0}, Editado::InicialOuFinal, {1000, 1000, 0}}),
-    [](const auto &i) { return std::string(i.param.nome); });
 
 // ------------------------------------------------------------------ with a database
 
