@@ -52,9 +52,8 @@ TEST_F(CaixaTest, OpeningTakesTheDefaultResponsiblesOfTheParametersValidToday)
     db::executar(t, "Insert Into TbParContas (Data, IdRespAberturaAE, IdRespEncerramentoAE) Values ('2026-01-01', :A, :B)", {{"A", a}, {"B", b}});
     db::executar(t, "Insert Into TbParContas (Data, IdRespAberturaAE, IdRespEncerramentoAE) Values ('2026-12-01', :B, :A)", {{"A", a}, {"B", b}});
     const Valores v = abrirMovimento(t, adm, kAgora);
-    EXPECT_EQ(v.at("IDRESPAB").toInt(), a);
-    EXPECT_EQ(v.at("IDRESPENC").toInt(), b);
-    EXPECT_EQ(v.at("DATA").toDate(), kAgora.date());
+    EXPECT_EQ(QString("%1 %2 %3").arg(v.at("IDRESPAB").toInt()).arg(v.at("IDRESPENC").toInt()).arg(v.at("DATA").toDate().toString("dd/MM")),
+              QString("%1 %2 10/03").arg(a).arg(b));
 }
 
 TEST_F(CaixaTest, SaveChecksInOrderAndRefusesTomorrow)
@@ -135,21 +134,15 @@ TEST_F(CaixaTest, SummaryTotalsTheCashPaymentsOfTheDayPerForm)
     pagamento(kAgora.date(), "CARTÃO", "33.33");
     pagamento(kAgora.date().addDays(-1), "DINHEIRO", "99.00");  // another day
     ResumoCaixa r = resumoCaixa(t, id, adm);
-    EXPECT_EQ(r.titulo, "RESUMO DE CAIXA - 10/03/2026");
-    ASSERT_EQ(r.formas.size(), 2);
-    EXPECT_EQ(r.formas[0].first, "CARTÃO");
-    EXPECT_EQ(r.formas[0].second, Decimal("33.33"));
-    EXPECT_EQ(r.formas[1].second, Decimal("10.30"));
+    QStringList formas{r.titulo};
+    for (const auto &[forma, valor] : r.formas) formas << forma + " " + valor.texto();
+    EXPECT_EQ(formas, QStringList({"RESUMO DE CAIXA - 10/03/2026", "CARTÃO 33.33", "DINHEIRO 10.30"}));
     EXPECT_EQ(r.total, Decimal("43.63"));
     encerrarMovimento(t, id, adm.idUsuario, adm, kAgora);
     EXPECT_EQ(resumoCaixa(t, id, adm).titulo, "FECHAMENTO DE CAIXA - 10/03/2026");
     db::executar(t, "Update TbCCor Set Conta = 'OUTRA' Where Conta = 'CAIXA'");
     EXPECT_EQ(recusa(t, [&] { resumoCaixa(t, id, adm); }).left(28), "Conta CAIXA não encontrada! ");
 }
-
-} // namespace
-
-namespace {
 
 TEST_F(CaixaTest, TheSummaryIsRenderedFromItsTemplateAndWrittenAsPdf)
 {

@@ -34,7 +34,6 @@ TEST(CondPagto, SavedWithItsRows)
     teste::BancoTemporario bt;
     db::Transacao t(bt.banco());
     const DeclaracaoRegistro d = declaracaoCondPagto();
-    EXPECT_EQ(d.titulo, "Comercial - Condições de Pagamento");
     Valores v = {{"CONDPAGTO", "30/60/90"}, {"PARCELAS", "03"}, {"ENTRADA", "N"}, {"PRIMVENC", 30}, {"INTVENC", 30}};
     EdicaoDetalhes e(d.detalhes.size());
     refazerParcelasCondPagto(v, e[0]);

@@ -2,6 +2,7 @@
 // A sales scenario on a test database: a selling company in a state with ICMS rates, a customer,
 // an attendant and merchandise of each CST group.
 
+#include "Vendas.h"
 #include "apoio/BancoTeste.h"
 #include "db/Banco.h"
 
@@ -44,6 +45,21 @@ struct CenarioVendas {
                                         {"IPI", QVariant::fromValue(db::Decimal(g.ipi))}}).toInt();
         itens["SERV"] = db::escalar(t, "Insert Into TbItens (Codigo, CodigoBarras, Descricao, Tipo, Un, PrVendaAt, PrVendaVar) Values "
                                        "('S1', '7890001', 'INSTALAÇÃO', 'S', 'H', 50, 60) Returning Id").toInt();
+    }
+    // A new document of `modo` for the customer, by the attendant, from the company, with lines of (item, quantity).
+    orb::Documento documento(db::Transacao &t, const QString &modo, const orb::Sessao &s, const QDateTime &quando,
+                             const QList<QPair<const char *, const char *>> &linhas = {})
+    {
+        orb::Documento d = orb::incluirDocumento(t, orb::modoOperacao(modo), s, quando);
+        d.cabecalho["IDCAD"] = cliente;
+        d.cabecalho["IDATENDENTE"] = atendente;
+        d.cabecalho["IDEMPRESA"] = empresa;
+        for (const auto &[item, qtd] : linhas) {
+            orb::Valores l = orb::linhaDoItem(t, itens[item], d.cabecalho["TIPO"].toString());
+            l["QTD"] = QVariant::fromValue(db::Decimal(qtd));
+            d.linhas.append(l);
+        }
+        return d;
     }
 };
 

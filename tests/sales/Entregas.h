@@ -27,10 +27,7 @@ struct VendaPronta {
     // A sale (op 1) or a purchase (op 4) of `qtd` of `idItem`, in `parcelas` instalments.
     int salvar(const char *qtd = "2.0000", const QString &parcelas = "03", const QString &geraFin = "A", int idItem = 0, int op = 1)
     {
-        orb::Documento d = orb::incluirDocumento(t, orb::modoDoOp(op), adm, kDia);
-        d.cabecalho["IDCAD"] = c.cliente;
-        d.cabecalho["IDATENDENTE"] = c.atendente;
-        d.cabecalho["IDEMPRESA"] = c.empresa;
+        orb::Documento d = c.documento(t, orb::modoDoOp(op).codigo, adm, kDia);
         orb::Valores l = orb::linhaDoItem(t, idItem ? idItem : item, "V");
         l["QTD"] = QVariant::fromValue(db::Decimal(qtd));
         l["PRUNITARIO"] = QVariant::fromValue(db::Decimal("50.0000"));

@@ -1,6 +1,6 @@
 // The road of a sale through the screens, as a cashier goes: open the day, sell on credit in three,
-// approve, deliver (the stock goes down), receive the first instalment, try to cancel the delivery
-// (refused), close the day and print its summary.
+// approve, deliver (the stock goes down), receive the first instalment, close the day and print its
+// summary.
 
 #include "Entregas.h"
 #include "TAbEncMovimento.h"
@@ -115,11 +115,6 @@ TEST_F(CenarioCaixa, OpenSellApproveDeliverReceiveCloseAndPrint)
         EXPECT_EQ(db::escalar(t, "Select Sum(Valor) From TbContasPagtos").value<Decimal>(), Decimal("33.33"));
     }
 
-    // The delivery can no longer be cancelled.
-    venda.grade()->selectRow(venda.modelo()->linhaDoId(id));
-    venda.BtEntregarClick();
-    ASSERT_EQ(msg.avisos.size(), 1);
-    EXPECT_EQ(msg.avisos[0], "A entrega desta operação não pode ser cancelada pois a mesma já possui parcela(s) Quitada(s)!");
     definirRespostaDialogo({});
 
     // Night: the day closed (Encerrar, the responsible, Salvar; Cancelar leaves it open) and its summary printed.

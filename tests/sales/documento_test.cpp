@@ -31,35 +31,22 @@ struct DocumentoTest : ::testing::Test {
 
     Documento venda(const QList<QPair<const char *, const char *>> &linhas = {{"000", "2.0000"}, {"010", "1.5000"}})
     {
-        Documento d = incluirDocumento(t, modoOperacao("Ven"), adm, kAgora);
-        d.cabecalho["IDCAD"] = c.cliente;
-        d.cabecalho["IDATENDENTE"] = c.atendente;
-        d.cabecalho["IDEMPRESA"] = c.empresa;
-        for (const auto &[item, qtd] : linhas) {
-            Valores l = linhaDoItem(t, c.itens[item], d.cabecalho["TIPO"].toString());
-            l["QTD"] = dv(qtd);
-            d.linhas.append(l);
-        }
-        return d;
+        return c.documento(t, "Ven", adm, kAgora, linhas);
     }
-
-    int total(const QString &tabela) { return contar(t, "Select Count(*) From " + tabela); }
 };
 
 TEST_F(DocumentoTest, IncluirTakesTheNewestParametersAndTheCustomersAddress)
 {
-    db::executar(t, "Insert Into TbParVendas (Data, IdCliente, IdAtendente, IdEmpresa, DefPreco, TipoDesconto, GeraFin) "
-                    "Values ('2025-01-01', :C, :A, :E, 'V', 'I', 'A')", {{"C", c.atendente}, {"A", c.atendente}, {"E", c.empresa}});
-    db::executar(t, "Insert Into TbParVendas (Data, IdCliente, IdAtendente, IdEmpresa, DefPreco, TipoDesconto, GeraFin) "
-                    "Values ('2026-01-01', :C, :A, :E, 'A', 'S', 'E')", {{"C", c.cliente}, {"A", c.atendente}, {"E", c.empresa}});
+    for (const auto &[data, cliente, nivel, desconto, geraFin] : {std::tuple{"2025-01-01", c.atendente, "V", "I", "A"},
+                                                                  {"2026-01-01", c.cliente, "A", "S", "E"}})
+        db::executar(t, "Insert Into TbParVendas (Data, IdCliente, IdAtendente, IdEmpresa, DefPreco, TipoDesconto, GeraFin) "
+                        "Values (:D, :C, :A, :E, :P, :TD, :G)",
+                     {{"D", data}, {"C", cliente}, {"A", c.atendente}, {"E", c.empresa}, {"P", nivel}, {"TD", desconto}, {"G", geraFin}});
     const Documento d = incluirDocumento(t, modoOperacao("Ven"), adm, kAgora);
-    EXPECT_EQ(d.cabecalho.at("IDCAD").toInt(), c.cliente);
-    EXPECT_EQ(d.cabecalho.at("TIPO").toString(), "A");
-    EXPECT_EQ(d.cabecalho.at("TIPODESCONTO").toString(), "S");
-    EXPECT_EQ(d.faturamento.at("GERAFIN").toString(), "E");
-    EXPECT_EQ(d.faturamento.at("PARCELAS").toString(), "01");
-    EXPECT_EQ(d.faturamento.at("CONDPAGTO").toString(), "V");
-    EXPECT_TRUE(d.faturamento.at("ENDCOBRANCA").toString().startsWith("RUA DAS FLORES, 10, CENTRO - ")) << d.faturamento.at("ENDCOBRANCA").toString().toStdString();
+    EXPECT_EQ(QStringList({d.cabecalho.at("IDCAD").toString(), d.cabecalho.at("TIPO").toString(), d.cabecalho.at("TIPODESCONTO").toString(),
+                           d.faturamento.at("GERAFIN").toString(), d.faturamento.at("PARCELAS").toString(),
+                           d.faturamento.at("CONDPAGTO").toString(), d.faturamento.at("ENDCOBRANCA").toString().left(29)}),
+              QStringList({QString::number(c.cliente), "A", "S", "E", "01", "V", "RUA DAS FLORES, 10, CENTRO - "}));
     // Wholesale level: the line takes PRVENDAAT.
     EXPECT_EQ(decimal(linhaDoItem(t, c.itens["000"], "A"), "PRUNITARIO"), Decimal("9.8765"));
     EXPECT_EQ(decimal(linhaDoItem(t, c.itens["000"], "V"), "PRUNITARIO"), Decimal("12.3457"));
@@ -94,11 +81,15 @@ TEST_F(DocumentoTest, SaveChecksInTheirOrderAndWritesNothingOnARefusal)
         {"Escolha a Empresa primeiro!", [&](Documento &d) { d.cabecalho["IDEMPRESA"] = c.empresa; }},
         {"Escolha a Transportadora primeiro!", [&](Documento &d) { d.faturamento["IDTRANSPORTADORA"] = c.transportadora; }},
     };
-    const int antes = total("TbCom") + total("TbComItens") + total("TbComFat") + total("TbComSt") + total("TbContas");
+    const auto linhas = [&] {
+        return contar(t, "Select (Select Count(*) From TbCom) + (Select Count(*) From TbComItens) + (Select Count(*) From TbComFat) + "
+                         "(Select Count(*) From TbComSt) + (Select Count(*) From TbContas) From Rdb$Database");
+    };
+    const int antes = linhas();
     for (const Passo &p : passos) {
         Documento copia = d;
         EXPECT_EQ(recusa([&] { salvarDocumento(t, copia, adm, kAgora); }), p.mensagem);
-        EXPECT_EQ(total("TbCom") + total("TbComItens") + total("TbComFat") + total("TbComSt") + total("TbContas"), antes);
+        EXPECT_EQ(linhas(), antes);
         p.corrigir(d);
     }
     EXPECT_GT(salvarDocumento(t, d, adm, kAgora), 0);
@@ -118,34 +109,22 @@ TEST_F(DocumentoTest, SaveChecksInTheirOrderAndWritesNothingOnARefusal)
               "Esse Acondicionamento está sendo utilizado na Ordem de Serviço " + QString::asprintf("%06d", primeira));
 }
 
-TEST_F(DocumentoTest, ABillingDateOneDayBeforeTheOperationIsRefused)
-{
-    for (int dias : {-1, 0, 1}) {
-        Documento d = venda();
-        d.faturamento["DATA"] = QDate(2026, 3, 10).addDays(dias);
-        if (dias < 0)
-            EXPECT_THROW(salvarDocumento(t, d, adm, kAgora), Recusa);
-        else
-            EXPECT_GT(salvarDocumento(t, d, adm, kAgora), 0);
-    }
-}
-
 TEST_F(DocumentoTest, StatusFollowsPriceCompleteness)
 {
+    // The history only grows; the newest row's note says why a price is missing.
+    auto historico = [&](int id) {
+        return db::escalar(t, "Select List(Status, '>') From (Select Status From TbComSt Where Fk = :ID Order By Id)", {{"ID", id}}).toString() +
+               " " + db::escalar(t, "Select First 1 Observacoes From TbComSt Where Fk = :ID Order By Id Desc", {{"ID", id}}).toString();
+    };
     Documento d = venda();
     const int id = salvarDocumento(t, d, adm, kAgora);
     EXPECT_EQ(statusAtual(t, id), "AA");
     d.linhas.first()["PRUNITARIO"] = dv("0");
     salvarDocumento(t, d, adm, kAgora);
-    EXPECT_EQ(statusAtual(t, id), "AO");
-    EXPECT_EQ(db::escalar(t, "Select First 1 Observacoes From TbComSt Where Fk = :ID Order By Id Desc", {{"ID", id}}).toString(), kAlertaSemPreco);
-    EXPECT_EQ(contar(t, "Select Count(*) From TbComSt Where Fk = :ID", {{"ID", id}}), 3);  // AO, AA, AO: nothing overwritten
-
+    EXPECT_EQ(historico(id), "AO>AA>AO " + kAlertaSemPreco);
     Documento sem = venda();
     sem.linhas.first()["PRUNITARIO"] = dv("0");
-    const int id2 = salvarDocumento(t, sem, adm, kAgora);
-    EXPECT_EQ(statusAtual(t, id2), "AO");
-    EXPECT_EQ(db::escalar(t, "Select Observacoes From TbComSt Where Fk = :ID", {{"ID", id2}}).toString(), kSemPreco);
+    EXPECT_EQ(historico(salvarDocumento(t, sem, adm, kAgora)), "AO " + kSemPreco);
 }
 
 TEST_F(DocumentoTest, BillingAndInstalmentsFollowTheLines)
@@ -192,8 +171,8 @@ TEST_F(DocumentoTest, PaidAndChangeFollowThePaymentsOfTheInstalments)
     db::executar(t, "Insert Into TbContasPagtos (Data, Valor, Fk) Select '2026-03-10', :V, Id From TbContas Where Fks = 1 and Fk = :F",
                  {{"V", QVariant::fromValue(total + Decimal("7.50"))}, {"F", d.faturamento["ID"]}});
     salvarDocumento(t, d, adm, kAgora);
-    EXPECT_EQ(db::escalar(t, "Select TotalPago From TbCom Where Id = :ID", {{"ID", id}}).value<Decimal>(), total + Decimal("7.50"));
-    EXPECT_EQ(db::escalar(t, "Select Troco From TbCom Where Id = :ID", {{"ID", id}}).value<Decimal>(), Decimal("7.50"));
+    EXPECT_EQ(db::escalar(t, "Select TotalPago || '|' || Troco From TbCom Where Id = :ID", {{"ID", id}}).toString(),
+              (total + Decimal("7.50")).texto() + "|7.50");
 }
 
 TEST_F(DocumentoTest, APurchaseEffectsItsSupplyOrderOutsideEngineering)
@@ -273,16 +252,10 @@ TEST(VendaInterrompida, Filho)
     db::Transacao t(*b);
     const Sessao adm = teste::administrador(t, "&Comercial", "TVendas");
     Documento d = incluirDocumento(t, modoOperacao("Ven"), adm, kAgora);
-    d.cabecalho["IDCAD"] = db::escalar(t, "Select Id From TbCad Where Nome = 'CLIENTE BOM'");
-    d.cabecalho["IDATENDENTE"] = db::escalar(t, "Select Id From TbCad Where Nome = 'ATENDENTE'");
-    d.cabecalho["IDEMPRESA"] = db::escalar(t, "Select Id From TbCad Where Nome = 'LOJA'");
-    db::Consulta q(t, "Select Id From TbItens Where Tipo = 'M'");
-    q.executar();
-    QList<int> itens;
-    while (q.proxima()) itens << q[0].toInt();
-    q.fechar();
-    for (int i : itens) {
-        Valores l = linhaDoItem(t, i, "V");
+    for (const auto &[coluna, nome] : {std::pair{"IDCAD", "CLIENTE BOM"}, {"IDATENDENTE", "ATENDENTE"}, {"IDEMPRESA", "LOJA"}})
+        d.cabecalho[coluna] = db::escalar(t, "Select Id From TbCad Where Nome = :N", {{"N", nome}});
+    for (const QString &cst : {"000", "010", "020", "070", "030", "040", "260"}) {
+        Valores l = linhaDoItem(t, db::escalar(t, "Select Id From TbItens Where Codigo = :C", {{"C", "M" + cst}}).toInt(), "V");
         l["QTD"] = dv("1");
         d.linhas.append(l);
     }

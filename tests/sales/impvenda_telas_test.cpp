@@ -35,13 +35,7 @@ struct ImpVendaTelaTest : teste::ComTabs {
         teste::CenarioVendas c(t);
         db::executar(t, "Update TbCad Set Email = 'cliente@exemplo.com.br' Where Id = :ID", {{"ID", c.cliente}});
         const Sessao adm = teste::administrador(t, "&Comercial", "TVendas");
-        Documento d = incluirDocumento(t, modoOperacao("Ven"), adm, QDateTime::currentDateTime());
-        d.cabecalho["IDCAD"] = c.cliente;
-        d.cabecalho["IDATENDENTE"] = c.atendente;
-        d.cabecalho["IDEMPRESA"] = c.empresa;
-        Valores l = linhaDoItem(t, c.itens["000"], "V");
-        l["QTD"] = QVariant::fromValue(db::Decimal("3"));
-        d.linhas.append(l);
+        Documento d = c.documento(t, "Ven", adm, QDateTime::currentDateTime(), {{"000", "3"}});
         id = salvarDocumento(t, d, adm, QDateTime::currentDateTime());
         numero = QString("%1").arg(id, 6, 10, QChar('0'));
         total = db::escalar(t, "Select Total From TbCom Where Id = :ID", {{"ID", id}}).value<db::Decimal>().textoBR(2);

@@ -33,20 +33,16 @@ TEST(ImpVendaModelo, TitleAndTemplateByKindAndPrintType)
     };
     for (const auto &c : casos) {
         const ModeloImpressao m = modeloImpressao(c.op, c.tipo);
-        EXPECT_EQ(m.titulo, QString(c.titulo)) << c.op << c.tipo;
-        EXPECT_EQ(m.modelo, QString(c.modelo)) << c.op << c.tipo;
+        EXPECT_EQ(m.titulo + "/" + m.modelo, QString(c.titulo) + "/" + c.modelo) << c.op << c.tipo;
     }
     EXPECT_THROW(modeloImpressao(8, "F"), Recusa);
 }
 
 TEST(ImpVendaModelo, BrazilianMasks)
 {
-    EXPECT_EQ(mascararDocumento("12345678909"), "123.456.789-09");
-    EXPECT_EQ(mascararDocumento("11222333000181"), "11.222.333/0001-81");
-    EXPECT_EQ(mascararDocumento("123"), "123");
-    EXPECT_EQ(mascararCep("01001000"), "01001-000");
-    EXPECT_EQ(textoQuantidade(Decimal("2.0000")), "2");
-    EXPECT_EQ(textoQuantidade(Decimal("1234.1250")), "1.234,125");
+    EXPECT_EQ(QStringList({mascararDocumento("12345678909"), mascararDocumento("11222333000181"), mascararDocumento("123"),
+                           mascararCep("01001000"), textoQuantidade(Decimal("2.0000")), textoQuantidade(Decimal("1234.1250"))}),
+              QStringList({"123.456.789-09", "11.222.333/0001-81", "123", "01001-000", "2", "1.234,125"}));
 }
 
 // The documents' templates are made of parts: {{> nome}} includes reports/nome.html, parts include
@@ -91,20 +87,12 @@ struct ImpVendaTest : ::testing::Test {
                         "Where Id = :ID", {{"ID", c.cliente}});
         db::executar(t, "Update TbCad Set RazaoSocial = 'LOJA BOA LTDA', Cnpj = '11222333000181', Foto = :F Where Id = :ID",
                      {{"ID", c.empresa}, {"F", QByteArray("\x89PNG\r\n\x1a\n", 8)}});
-        Documento d = incluirDocumento(t, modoOperacao(modo), adm, kAgora);
-        d.cabecalho["IDCAD"] = c.cliente;
-        d.cabecalho["IDATENDENTE"] = c.atendente;
-        d.cabecalho["IDEMPRESA"] = c.empresa;
+        Documento d = c.documento(t, modo, adm, kAgora, {{"040", "3.0000"}, {"000", "2.0000"}});
         d.cabecalho["DATAPREVENTREGA"] = kAgora;
         d.cabecalho["OBSERVACOES"] = "Entregar pela manhã <portaria>.";
         d.cabecalho["IDACOND"] = db::escalar(t, "Insert Into TbAcond (Nome) Values ('CAIXA 1') Returning Id");
         d.cabecalho["ACOND"] = "CAIXA 1";
-        for (const auto &[item, qtd] : {std::pair{"040", "3.0000"}, std::pair{"000", "2.0000"}}) {
-            Valores l = linhaDoItem(t, c.itens[item], "V");
-            l["QTD"] = QVariant::fromValue(Decimal(qtd));
-            if (QString(item) == "000") l["Z_SERIAIS"] = QStringList{"SN001", "SN002"};
-            d.linhas.append(l);
-        }
+        d.linhas[1]["Z_SERIAIS"] = QStringList{"SN001", "SN002"};
         d.faturamento["CONDPAGTO"] = "P";
         d.faturamento["PARCELAS"] = "03";
         d.faturamento["PRIMVENC"] = 30;
@@ -123,26 +111,20 @@ TEST_F(ImpVendaTest, DatasetsOfASavedSaleInBrazilianFormats)
     const Impressao i = prepararImpressao(t, 1, id, {}, {}, adm);
     EXPECT_EQ(i.modelo, "RelImpVendaCp");  // no parameters: neither 'F' nor 'C'
     EXPECT_EQ(i.numero, QString("%1").arg(id, 6, 10, QChar('0')));
+    // The company's picture goes inline.
     const QVariantMap cab = i.dados["cabecalho"].toMap();
-    EXPECT_EQ(cab["CLIENTE"], "CLIENTE BOM");
-    EXPECT_EQ(cab["Z_CPFCNPJ"], "123.456.789-09");
-    EXPECT_EQ(cab["Z_ROTULOCPFCNPJ"], "CPF");
-    EXPECT_EQ(cab["CNPJEMPRESA"], "11.222.333/0001-81");
-    EXPECT_EQ(cab["CEP"], "01001-000");
-    EXPECT_EQ(cab["TELEFONE1"], "(11)98765-4321");
-    EXPECT_EQ(cab["Z_UF"], "SP");
-    EXPECT_EQ(cab["DATA"], "10/03/2026");
-    EXPECT_EQ(cab["OBSERVACOES"], "Entregar pela manhã <portaria>.");
-    EXPECT_EQ(cab["LOGOMARCA"], "data:image/png;base64,iVBORw0KGgo=");  // the company's picture inline
-    EXPECT_EQ(cab["TOTAL"], db::escalar(t, "Select Total From TbCom Where Id = :ID", {{"ID", id}}).value<Decimal>().textoBR(2));
+    QStringList campos;
+    for (const char *c : {"CLIENTE", "Z_CPFCNPJ", "Z_ROTULOCPFCNPJ", "CNPJEMPRESA", "CEP", "TELEFONE1", "Z_UF", "DATA", "OBSERVACOES", "LOGOMARCA", "TOTAL"})
+        campos << cab[c].toString();
+    EXPECT_EQ(campos, QStringList({"CLIENTE BOM", "123.456.789-09", "CPF", "11.222.333/0001-81", "01001-000", "(11)98765-4321", "SP",
+                                   "10/03/2026", "Entregar pela manhã <portaria>.", "data:image/png;base64,iVBORw0KGgo=",
+                                   db::escalar(t, "Select Total From TbCom Where Id = :ID", {{"ID", id}}).value<Decimal>().textoBR(2)}));
     // Lines by the item's code, quantities without needless decimals, serials on their line.
-    const QVariantList m = i.dados["mercadorias"].toList();
-    ASSERT_EQ(m.size(), 2);
-    EXPECT_EQ(m[0].toMap()["CODIGO"], "M000");
-    EXPECT_EQ(m[0].toMap()["QTD"], "2");
-    EXPECT_EQ(m[0].toMap()["PRUNITARIO"], "12,3457");
-    EXPECT_EQ(m[0].toMap()["SERIAIS"], "SN001, SN002");
-    EXPECT_EQ(m[1].toMap()["CODIGO"], "M040");
+    QStringList linhas;
+    for (const QVariant &l : i.dados["mercadorias"].toList())
+        linhas << QStringList({l.toMap()["CODIGO"].toString(), l.toMap()["QTD"].toString(), l.toMap()["PRUNITARIO"].toString(),
+                               l.toMap()["SERIAIS"].toString()}).join(" ");
+    EXPECT_EQ(linhas, QStringList({"M000 2 12,3457 SN001, SN002", "M040 3 12,3457 "}));
     EXPECT_EQ(i.dados["seriais"].toList().size(), 2);
     EXPECT_TRUE(i.dados["servicos"].toList().isEmpty());
     const QVariantList p = i.dados["parcelas"].toList();
@@ -164,12 +146,11 @@ TEST_F(ImpVendaTest, QuotationUntilApprovedAndClosingMessagesByStep)
     };
     for (const auto &k : casos) {
         if (k.status) status(id, k.status);
+        // Two copies: the internal control one.
         const Impressao i = prepararImpressao(t, 2, id, k.apr, k.ent, adm);
-        EXPECT_EQ(i.titulo, QString(k.titulo)) << k.status;
-        EXPECT_EQ(i.dados["MENSFINAL"].toString(), QString(k.mensagem)) << k.status;
-        EXPECT_EQ(i.modelo, "RelImpOServicoTk");
-        EXPECT_EQ(i.dados["GARANTIA"], "90 DIAS");
-        EXPECT_EQ(i.dados["vias"].toList().size(), 2);  // the internal control copy
+        EXPECT_EQ(QStringList({i.titulo, i.dados["MENSFINAL"].toString(), i.modelo, i.dados["GARANTIA"].toString(),
+                               QString::number(i.dados["vias"].toList().size())}),
+                  QStringList({k.titulo, k.mensagem, "RelImpOServicoTk", "90 DIAS", "2"})) << k.status;
     }
 }
 
@@ -182,8 +163,7 @@ TEST_F(ImpVendaTest, TheExpressSaleHasPrintSettingsOfItsOwn)
         {"", "RelImpVenda", "Volte sempre!"}, {"VE", "RelImpVendaTk", "Obrigado, volte sempre!"}};
     for (const auto &k : casos) {
         const Impressao i = prepararImpressao(t, 1, id, {}, {}, adm, k.sufixo);
-        EXPECT_EQ(i.modelo, QString(k.modelo));
-        EXPECT_EQ(i.dados["MENSAGEM"], QString(k.mensagem));
+        EXPECT_EQ(i.modelo + "|" + i.dados["MENSAGEM"].toString(), QString(k.modelo) + "|" + k.mensagem);
     }
 }
 

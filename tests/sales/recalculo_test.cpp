@@ -152,12 +152,9 @@ TEST_F(RecalculoTest, LinesAndTotalsAreTheServersToTheCent)
         EXPECT_EQ(decimal(h, "ICMS"), soma("Icms"));
         EXPECT_EQ(decimal(h, "BCICMS"), soma("Case When PercIcms > 0 Then Subtotal Else 0 End"));
         EXPECT_EQ(decimal(h, "TOTAL"), soma("Total") + Decimal("1.00"));
-        const Decimal comRep = db::escalar(t, "Select Cast(Cast(:S As Numeric(18,2)) * 3.33 / 100 As Numeric(18,2)) From Rdb$Database",
-                                           {{"S", h.at("SUBTOTALM")}}).value<Decimal>();
-        EXPECT_EQ(decimal(h, "COMREPM"), comRep);
-        const Decimal comAt = db::escalar(t, "Select Cast(Cast(:S As Numeric(18,2)) * 7.77 / 100 As Numeric(18,2)) From Rdb$Database",
-                                          {{"S", h.at("SUBTOTALS")}}).value<Decimal>();
-        EXPECT_EQ(decimal(h, "COMATS"), comAt);
+        for (const auto &[comissao, base, perc] : {std::tuple{"COMREPM", "SUBTOTALM", "3.33"}, {"COMATS", "SUBTOTALS", "7.77"}})
+            EXPECT_EQ(decimal(h, comissao), db::escalar(t, QString("Select Cast(Cast(:S As Numeric(18,2)) * %1 / 100 As Numeric(18,2)) "
+                                                                   "From Rdb$Database").arg(perc), {{"S", h.at(base)}}).value<Decimal>()) << comissao;
         if (QString(k.tipoDesconto) == "I")
             EXPECT_EQ(decimal(h, "DESCONTOM"), soma("Case When Tipo = 'M' Then Desconto Else 0 End"));
     }

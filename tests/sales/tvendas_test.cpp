@@ -40,84 +40,48 @@ struct TVendasTest : teste::ComTabs {
 using teste::escolher;
 using teste::partes;
 
-// Every kind a menu names opens the one form in its own mode: caption of the party, total label and the
-// fields only that kind has.
-TEST_F(TVendasTest, EveryMenuKindOpensTheFormInItsMode)
+// Each menu kind opens the one form in its own mode: only a service order has technician and packaging.
+TEST_F(TVendasTest, OnlyTheServiceModeHasTechnicianAndPackaging)
 {
     registrarVendas();
-    struct { const char *classe, *total, *parte; bool servico, previsao; } casos[] = {
-        {"TVendas", "Total da Venda", "Cliente", false, false},    {"TServicos", "Total da OS", "Cliente", true, true},
-        {"TContratos", "Total do Contrato", "Cliente", false, false}, {"TCompras", "Total da Compra", "Fornecedor", false, false},
-        {"TProjetos", "Total do Projeto", "Cliente", false, false},
-    };
-    for (const auto &c : casos) {
-        SCOPED_TRACE(c.classe);
-        std::unique_ptr<QWidget> w(criarFormulario(c.classe, nullptr));
-        auto *f = qobject_cast<TVendas *>(w.get());
-        ASSERT_NE(f, nullptr);
-        f->show();
-        EXPECT_TRUE(f->findChild<QLabel *>("LbTotal")->text().startsWith(QString(c.total) + ": R$ "));
-        bool rotulo = false;
-        for (auto *l : f->findChildren<QLabel *>()) rotulo |= l->text() == c.parte;
-        EXPECT_TRUE(rotulo);
-        EXPECT_EQ(f->findChild<ComboConsulta *>("CbTecnico") != nullptr, c.servico);
-        EXPECT_EQ(f->findChild<ComboConsulta *>("CbAcond") != nullptr, c.servico);
+    for (const auto &[classe, servico] : {std::pair{"TVendas", false}, {"TServicos", true}, {"TCompras", false}}) {
+        std::unique_ptr<QWidget> w(criarFormulario(classe, nullptr));
+        ASSERT_NE(qobject_cast<TVendas *>(w.get()), nullptr) << classe;
+        EXPECT_EQ(w->findChild<ComboConsulta *>("CbTecnico") != nullptr, servico) << classe;
+        EXPECT_EQ(w->findChild<ComboConsulta *>("CbAcond") != nullptr, servico) << classe;
     }
-    EXPECT_FALSE(formularioExiste("TLocacoes"));
-    EXPECT_TRUE(msg.avisos.isEmpty()) << msg.avisos.join(" | ").toStdString();
 }
 
-// A service order through its fields: technician, packaging, forecast and the equipment saved; a second
-// order may not take the packaging the first still holds.
-TEST_F(TVendasTest, AServiceOrderKeepsItsPackagingUntilDelivered)
+// A service order through its fields: technician, packaging, forecast and the equipment saved (the
+// packaging a second order may not take: documento_test).
+TEST_F(TVendasTest, AServiceOrderSavesItsFields)
 {
     int pasta = 0;
     const teste::CenarioVendas c = cenario([&](db::Transacao &t, teste::CenarioVendas &) {
         pasta = db::escalar(t, "Insert Into TbAcond (Codigo, Nome) Values (1, 'PASTA 01') Returning Id").toInt();
     });
-    const int tecnico = c.atendente;
     TVendas f("Ser");
     f.definirMenu("&Comercial", "TServicos");
     f.show();
-    auto novaOrdem = [&](const QString &placa) {
-        f.BtIncluirClick();
-        EXPECT_EQ(f.estado(), FormCadastro::Estado::Incluindo) << msg.avisos.join(" | ").toStdString();
-        partes(f, c);
-        escolher(f.findChild<ComboConsulta *>("CbTecnico"), tecnico);
-        escolher(f.comboItem(), c.itens["SERV"]);
-        f.campoQtd()->setText("1");
-        f.BtIncluirLinhaClick();
-        for (auto *e : f.findChildren<QLineEdit *>())
-            if (e->maxLength() == 7) e->setText(placa);
-        f.findChild<QPlainTextEdit *>("SOLICITACOES")->setPlainText("Não liga.\nTrocar a tela.");
-        f.findChild<QPlainTextEdit *>("LAUDOTECNICO")->setPlainText("Fonte queimada.");
-    };
-    novaOrdem("abc1d23");
-    f.BtSalvarClick();
-    EXPECT_EQ(msg.avisos.value(0), "Digite a data de Previsão de Entrega primeiro!");
+    f.BtIncluirClick();
+    ASSERT_EQ(f.estado(), FormCadastro::Estado::Incluindo) << msg.avisos.join(" | ").toStdString();
+    partes(f, c);
+    escolher(f.findChild<ComboConsulta *>("CbTecnico"), c.atendente);
+    escolher(f.comboItem(), c.itens["SERV"]);
+    f.campoQtd()->setText("1");
+    f.BtIncluirLinhaClick();
+    for (auto *e : f.findChildren<QLineEdit *>())
+        if (e->maxLength() == 7) e->setText("abc1d23");  // the plate, upper-cased
+    f.findChild<QPlainTextEdit *>("SOLICITACOES")->setPlainText("Não liga.\nTrocar a tela.");
+    f.findChild<QPlainTextEdit *>("LAUDOTECNICO")->setPlainText("Fonte queimada.");
     f.findChild<CampoData *>("EdPrevEntrega")->setText("20/12/2026");
-    f.BtSalvarClick();
-    EXPECT_EQ(msg.avisos.value(1), "Defina o Acondicionamento (Pasta, Mochila, Caixa) primeiro!");
     escolher(f.findChild<ComboConsulta *>("CbAcond"), pasta);
     f.BtSalvarClick();
     ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
-    int primeira;
-    {
-        db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
-        primeira = db::escalar(t, "Select Max(Id) From TbCom").toInt();
-        EXPECT_EQ(db::escalar(t, "Select Op || '|' || IdTecnico || '|' || Acond || '|' || Placa || '|' || Cast(DataPrevEntrega As Date) "
-                                 "From TbCom Where Id = :ID", {{"ID", primeira}}).toString(),
-                  QString("2|%1|PASTA 01|ABC1D23|2026-12-20").arg(tecnico));
-        EXPECT_EQ(db::escalar(t, "Select Solicitacoes || '|' || LaudoTecnico From TbCom Where Id = :ID", {{"ID", primeira}}).toString(),
-                  "Não liga.\nTrocar a tela.|Fonte queimada.");
-    }
-    msg.avisos.clear();
-    novaOrdem("XYZ9A87");
-    f.findChild<CampoData *>("EdPrevEntrega")->setText("21/12/2026");
-    escolher(f.findChild<ComboConsulta *>("CbAcond"), pasta);
-    f.BtSalvarClick();
-    EXPECT_EQ(msg.avisos.value(0), "Esse Acondicionamento está sendo utilizado na Ordem de Serviço " + QString::asprintf("%06d", primeira));
-    EXPECT_NE(f.estado(), FormCadastro::Estado::Navegando);
+    db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+    EXPECT_EQ(db::escalar(t, "Select Op || '|' || IdTecnico || '|' || Acond || '|' || Placa || '|' || Cast(DataPrevEntrega As Date) || '|' || "
+                             "Solicitacoes || '|' || LaudoTecnico From TbCom").toString(),
+              QString("2|%1|PASTA 01|ABC1D23|2026-12-20|Não liga.\nTrocar a tela.|Fonte queimada.").arg(c.atendente));
 }
 
 QStringList textos(const QAbstractItemModel *m)
@@ -146,9 +110,6 @@ TEST_F(TVendasTest, ATermSaleInThreeShowsTheSameFiguresWhenOpenedAgain)
     f.BtIncluirClick();
     ASSERT_EQ(f.estado(), FormCadastro::Estado::Incluindo) << msg.avisos.join(" | ").toStdString();
     partes(f, c);
-    escolher(f.comboItem(), itens[0]);
-    f.BtIncluirLinhaClick();
-    EXPECT_EQ(msg.avisos.value(0), "Digite a quantidade primeiro!");
     const char *qtds[] = {"3", "2,5", "1"};
     for (int i = 0; i < 3; ++i) {
         escolher(f.comboItem(), itens[i]);
@@ -177,16 +138,12 @@ TEST_F(TVendasTest, ATermSaleInThreeShowsTheSameFiguresWhenOpenedAgain)
     emit dataFat->editingFinished();
     EXPECT_EQ(msg.avisos.last(), "A Data do Faturamento deve ser maior ou igual a Data da Operação!");
     EXPECT_EQ(dataFat->text(), antes);
-    // The line's freight needs the carrier.
-    f.BtSalvarClick();
-    EXPECT_EQ(msg.avisos.last(), "Escolha a Transportadora primeiro!");
     escolher(f.findChild<QComboBox *>("TBCOMFAT.IDTRANSPORTADORA"), transportadora);
     f.BtSalvarClick();
     ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
 
     db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
     const int id = db::escalar(t, "Select Max(Id) From TbCom").toInt();
-    EXPECT_EQ(db::escalar(t, "Select Count(*) From TbComItens Where Fk = :ID", {{"ID", id}}).toInt(), 4);
     EXPECT_EQ(db::escalar(t, "Select Total From TbCom Where Id = :ID", {{"ID", id}}).value<db::Decimal>(),
               f.documento().cabecalho.at("TOTAL").value<db::Decimal>());
     const auto fat = db::escalar(t, "Select Valor From TbComFat Where Fk = :ID", {{"ID", id}}).value<db::Decimal>();
@@ -225,53 +182,26 @@ TEST_F(TVendasTest, ATermSaleInThreeShowsTheSameFiguresWhenOpenedAgain)
         }
 }
 
-// Serials typed on the line marked: refused where the item does not control them on this side or the
-// line already has as many as its quantity; kept with the sale and shown again when it is reopened.
+// Serials typed on the line marked (their refusals: documento_test): one too many is refused and stays
+// typed to be corrected; those kept go with the sale and show again when it is reopened.
 TEST_F(TVendasTest, SerialsOnTheMarkedLine)
 {
-    const teste::CenarioVendas c = cenario([](db::Transacao &t, teste::CenarioVendas &c) {
-        db::executar(t, "Update TbItens Set ContrSerial = 'ENT' Where Id = :ID", {{"ID", c.itens["010"]}});
-        db::executar(t, "Update TbCad Set Fo = 'S' Where Id = :ID", {{"ID", c.cliente}});
-    });
-    const int saida = c.itens["000"], entrada = c.itens["010"];  // 'SAÍ', 'ENT'
-    auto serial = [](TVendas &f) { return f.findChild<QLineEdit *>("SERIAL"); };
-    auto digitar = [&](TVendas &f, int linha, const QString &s) {
-        f.gradeLinhas()->selectRow(linha);
-        serial(f)->setText(s);
-        f.BtIncluirSerialClick();
-    };
-    struct { const char *modo; int item; const char *recusa; } casos[] = {
-        {"Ven", entrada, "Essa mercadoria não controla seriais na saída!"},
-        {"Com", saida, "Essa mercadoria não controla seriais na entrada!"},
-    };
-    for (const auto &c : casos) {
-        SCOPED_TRACE(c.modo);
-        msg.avisos.clear();
-        TVendas f(c.modo);
-        f.show();
-        f.BtIncluirClick();
-        escolher(f.comboItem(), c.item);
-        f.campoQtd()->setText("2");
-        f.BtIncluirLinhaClick();
-        digitar(f, 0, "SN-1");
-        EXPECT_EQ(msg.avisos.value(0), c.recusa);
-        EXPECT_EQ(serial(f)->text(), "SN-1");  // what was typed stays to be corrected
-        f.BtCancelarClick();
-    }
-
-    msg.avisos.clear();
+    const teste::CenarioVendas c = cenario();
     TVendas f("Ven");
     f.show();
     f.BtIncluirClick();
     partes(f, c);
-    escolher(f.comboItem(), saida);
+    escolher(f.comboItem(), c.itens["000"]);  // controls serials on exit
     f.campoQtd()->setText("2");
     f.BtIncluirLinhaClick();
-    digitar(f, 0, "SN-1");
-    digitar(f, 0, "SN-2");
-    EXPECT_TRUE(msg.avisos.isEmpty()) << msg.avisos.join(" | ").toStdString();
-    digitar(f, 0, "SN-3");
-    EXPECT_EQ(msg.avisos.value(0), "A quantidade de seriais já atingiu a quantidade da mercadoria!");
+    auto *serial = f.findChild<QLineEdit *>("SERIAL");
+    for (const char *s : {"SN-1", "SN-2", "SN-3"}) {
+        f.gradeLinhas()->selectRow(0);
+        serial->setText(s);
+        f.BtIncluirSerialClick();
+    }
+    EXPECT_EQ(msg.avisos, QStringList{"A quantidade de seriais já atingiu a quantidade da mercadoria!"});
+    EXPECT_EQ(serial->text(), "SN-3");
     f.BtSalvarClick();
     ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
     TVendas g("Ven");

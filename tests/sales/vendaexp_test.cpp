@@ -74,9 +74,8 @@ TEST_F(VendaExpTest, AWholesaleCustomerGetsTheWholesalePriceAnyOtherTheRetail)
     for (const auto &c : casos) {
         db::executar(t, "Update TbCad Set TipoCliente = :T Where Id = :ID", {{"T", c.tipoCliente}, {"ID", v.c.cliente}});
         const Valores l = linhaPorCodigo(t, "789", c.semCliente ? QVariant() : QVariant(v.c.cliente), Decimal("3"));
-        EXPECT_EQ(decimal(l, "PRUNITARIO"), Decimal(c.preco)) << c.tipoCliente.toString().toStdString() << c.semCliente;
-        EXPECT_EQ(valor(l, "IDITEM").toInt(), x);
-        EXPECT_EQ(decimal(l, "QTD"), Decimal("3"));
+        EXPECT_EQ(QString("%1 %2 %3").arg(valor(l, "IDITEM").toInt()).arg(decimal(l, "QTD").texto(), decimal(l, "PRUNITARIO").texto()),
+                  QString("%1 3 %2").arg(x).arg(c.preco)) << c.tipoCliente.toString().toStdString() << c.semCliente;
     }
 }
 
@@ -88,20 +87,12 @@ TEST_F(VendaExpTest, IncluirTakesTheExpressColumnsOfTheNewestParametersRow)
                     ":EM, 'A', 'S', 'E', 'P', '3', 'S', 15, 30, 'DATA EMISSÃO', :OUTRO)",
                  {{"CL", v.c.cliente}, {"AT", v.c.atendente}, {"EM", v.c.empresa}, {"OUTRO", v.c.transportadora}});
     const Documento d = incluirVendaExpressa(t, quem, kDia);
-    const Valores &h = d.cabecalho, &f = d.faturamento;
-    EXPECT_EQ(valor(h, "OP").toInt(), 1);
-    EXPECT_EQ(valor(h, "IDCAD").toInt(), v.c.cliente);
-    EXPECT_EQ(valor(h, "IDATENDENTE").toInt(), v.c.atendente);
-    EXPECT_EQ(valor(h, "IDEMPRESA").toInt(), v.c.empresa);
-    EXPECT_EQ(valor(h, "TIPO").toString(), "A");
-    EXPECT_EQ(valor(h, "TIPODESCONTO").toString(), "S");
-    EXPECT_EQ(valor(f, "GERAFIN").toString(), "E");
-    EXPECT_EQ(valor(f, "CONDPAGTO").toString(), "P");
-    EXPECT_EQ(valor(f, "PARCELAS").toString(), "03");
-    EXPECT_EQ(valor(f, "ENTRADA").toString(), "S");
-    EXPECT_EQ(valor(f, "PRIMVENC").toInt(), 15);
-    EXPECT_EQ(valor(f, "DATAPRIMVENC").toDate(), kDia.date().addDays(15));
-    EXPECT_TRUE(valor(f, "ENDENTREGA").toString().startsWith("RUA DAS FLORES, 10"));
+    QStringList r;
+    for (const char *c : {"OP", "IDCAD", "IDATENDENTE", "IDEMPRESA", "TIPO", "TIPODESCONTO"}) r << valor(d.cabecalho, c).toString();
+    for (const char *c : {"GERAFIN", "CONDPAGTO", "PARCELAS", "ENTRADA", "PRIMVENC", "DATAPRIMVENC"}) r << valor(d.faturamento, c).toString();
+    r << valor(d.faturamento, "ENDENTREGA").toString().left(18);
+    EXPECT_EQ(r, QStringList({"1", QString::number(v.c.cliente), QString::number(v.c.atendente), QString::number(v.c.empresa), "A", "S",
+                              "E", "P", "03", "S", "15", "2026-03-25", "RUA DAS FLORES, 10"}));
     EXPECT_EQ(consultaVendaExpressa(t, kDia.date()), "DATA EMISSÃO");
     EXPECT_EQ(legendaVendaExpressa(12), "Nova Venda Expressa (000012)");
 }
@@ -134,9 +125,8 @@ TEST_F(VendaExpTest, TheSaveChecksRunInOrderEachStoppingTheSaveAndWritingNothing
         corrigir();
     }
     const int id = salvarVendaExpressa(t, d, quem, kDia);
-    EXPECT_EQ(statusAtual(t, id), "AA");
-    EXPECT_EQ(escalar("Select First 1 Observacoes From TbComSt Where Fk = :ID Order By Id Desc", id).toString(), "Pronto ser aprovação.");
-    EXPECT_EQ(escalar("Select Count(*) From TbComItens Where Fk = :ID", id).toInt(), 1);
+    EXPECT_EQ(escalar("Select First 1 Status || '|' || Observacoes From TbComSt Where Fk = :ID Order By Id Desc", id).toString(),
+              "AA|Pronto ser aprovação.");
 }
 
 TEST_F(VendaExpTest, AnyOtherFreightModeNeedsNoCarrier)
@@ -216,8 +206,7 @@ TEST_F(VendaExpTest, FinishingApprovesReceivesWhatIsDueNowAndDelivers)
         QList<Decimal> parcelas;
         while (q.proxima()) parcelas << q[0].value<Decimal>();
         EXPECT_EQ(parcelas, c.parcelasEsperadas);
-        EXPECT_EQ(escalar("Select TotalPago From TbCom Where Id = :ID", id).value<Decimal>(), Decimal(c.pago));
-        EXPECT_EQ(escalar("Select Troco From TbCom Where Id = :ID", id).value<Decimal>(), Decimal(c.troco));
+        EXPECT_EQ(escalar("Select TotalPago || '|' || Troco From TbCom Where Id = :ID", id).toString(), QString(c.pago) + "|" + c.troco);
     }
 }
 

@@ -117,8 +117,10 @@ struct EdicaoTest : teste::ComTabs {
 };
 
 // A stock row with a character the database cannot hold fails the save after the item was
-// written; corrected, the next Salvar writes the item with every detail exactly once.
-TEST_F(EdicaoTest, FailedSaveLeavesNothingAndTheCorrectedOneWritesAllOnce)
+// written; corrected, the next Salvar writes the item with every detail exactly once. Then detail
+// changes are only the edit's until Salvar (Cancelar leaves the database as it was), and the
+// deleted item logs itself and each row that goes with it.
+TEST_F(EdicaoTest, FailedSaveCorrectedCancelledEditAndDeletion)
 {
     TEstoque f;
     f.show();
@@ -136,19 +138,12 @@ TEST_F(EdicaoTest, FailedSaveLeavesNothingAndTheCorrectedOneWritesAllOnce)
     f.BtGravarEstoqueClick();
     f.BtSalvarClick();
     ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
-    db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
-    EXPECT_EQ(contagem(t), "1 itens, 2 estoques, 2 fotos, 1 fornecedores");
-    EXPECT_EQ(db::escalar(t, "select Localizacao from TbItensEst where IdEmpresa = :E", {{"E", c->filial}}).toString(), "Prateleira 4");
-}
+    {
+        db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+        EXPECT_EQ(contagem(t), "1 itens, 2 estoques, 2 fotos, 1 fornecedores");
+        EXPECT_EQ(db::escalar(t, "select Localizacao from TbItensEst where IdEmpresa = :E", {{"E", c->filial}}).toString(), "Prateleira 4");
+    }
 
-// Changes to details are only the edit's until Salvar: Cancelar leaves the database as it was.
-TEST_F(EdicaoTest, CancelUndoesDetailChanges)
-{
-    TEstoque f;
-    f.show();
-    novoItem(f, "Prateleira 1");
-    f.BtSalvarClick();
-    ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
     const int fotos = detalhe(f, "TBITENSFOTOS");
     ASSERT_EQ(f.modeloDetalhe(fotos)->rowCount(), 2);
 
@@ -160,10 +155,18 @@ TEST_F(EdicaoTest, CancelUndoesDetailChanges)
     incluirLinhas(f, "TBITENSFORN", {{{"IDFORNECEDOR", c->fornecedor}, {"CODFORN", "DS-78"}}});
     EXPECT_EQ(f.modeloDetalhe(fotos)->rowCount(), 1);
     f.BtCancelarClick();
-
-    db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
-    EXPECT_EQ(contagem(t), "1 itens, 2 estoques, 2 fotos, 1 fornecedores");
+    {
+        db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+        EXPECT_EQ(contagem(t), "1 itens, 2 estoques, 2 fotos, 1 fornecedores");
+    }
     EXPECT_EQ(f.modeloDetalhe(fotos)->rowCount(), 2);
+
+    msg.respostas << QMessageBox::Yes;
+    f.BtExcluirClick();
+    db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
+    EXPECT_EQ(db::escalar(t, "select List(Tabela || '=' || n) from (select Tabela, count(*) n from TbLog where Acao = 'EXCLUSÃO' "
+                             "group by Tabela order by Tabela)").toString(), "TBITENS=1,TBITENSEST=2,TBITENSFORN=1,TBITENSFOTOS=2");
+    EXPECT_EQ(contar(t, "select count(*) from TbItens where Codigo = 'FUR-10'"), 0);
 }
 
 // A detail's own check at Salvar stops it with its message, its tab in front.
@@ -181,25 +184,6 @@ TEST_F(EdicaoTest, DetailCheckStopsTheSaveOnItsTab)
     auto *abas = f.findChild<QTabWidget *>("PcDetalhes");
     EXPECT_EQ(abas->currentIndex(), fotos);
     EXPECT_EQ(contagem(tabs.Tr("TrMercadorias")), "0 itens, 0 estoques, 0 fotos, 0 fornecedores");
-}
-
-// A deleted item logs itself and each row that goes with it.
-TEST_F(EdicaoTest, DeletionLogsTheItemAndEachDetailRow)
-{
-    TEstoque f;
-    f.show();
-    novoItem(f, "Prateleira 1");
-    f.BtSalvarClick();
-    ASSERT_EQ(f.estado(), FormCadastro::Estado::Navegando) << msg.avisos.join(" | ").toStdString();
-    msg.respostas << QMessageBox::Yes;
-    f.BtExcluirClick();
-    db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
-    db::Consulta q(t, "select Tabela, count(*) from TbLog where Acao = 'EXCLUSÃO' group by Tabela order by Tabela");
-    q.executar();
-    QStringList r;
-    while (q.proxima()) r << q.valor(0).toString() + "=" + q.valor(1).toString();
-    EXPECT_EQ(r, (QStringList{"TBITENS=1", "TBITENSEST=2", "TBITENSFORN=1", "TBITENSFOTOS=2"}));
-    EXPECT_EQ(contar(t, "select count(*) from TbItens where Codigo = 'FUR-10'"), 0);
 }
 
 // A movement whose line the database refuses is not left without its lines: the corrected save
