@@ -80,22 +80,10 @@ TVendaExp::TVendaExp(QWidget *parent) : FormCadastro(kClasseVendaExpressa, kTitu
     registrarCampo("QTD", edQtd_);
 
     // The header in two short rows.
-    auto linha = [this](const QString &titulo, const QList<std::tuple<QString, QString, QWidget *, int>> &campos) {
-        auto *w = new QWidget(this);
-        auto *h = new QHBoxLayout(w);
-        h->setContentsMargins(0, 0, 0, 0);
-        for (const auto &[nome, legenda, campo, esticar] : campos) {
-            if (campo != std::get<2>(campos.first())) h->addWidget(new QLabel(legenda, w));
-            h->addWidget(campo, esticar);
-            registrarCampo(nome, campo);
-        }
-        if (campos.size() < 3) h->addStretch(1);
-        adicionarLinha(titulo, w);
-    };
     cbCliente_ = new ComboConsulta("Select Id, Nome From TbCad Where Cl = 'S' Order By Nome", {}, this);
     cbAtendente_ = new ComboConsulta("Select Id, Nome From TbCad Where Fu = 'S' Order By Nome", {}, this);
     cbEmpresa_ = new ComboConsulta("Select Id, Apelido From TbCad Where Em = 'S' Order By Apelido", {}, this);
-    linha("Cliente", {{"IDCAD", "Cliente", cbCliente_, 3}, {"IDATENDENTE", "Atendente", cbAtendente_, 2}, {"IDEMPRESA", "Empresa", cbEmpresa_, 1}});
+    adicionarCampos("Cliente", {{"IDCAD", "Cliente", cbCliente_, 3}, {"IDATENDENTE", "Atendente", cbAtendente_, 2}, {"IDEMPRESA", "Empresa", cbEmpresa_, 1}});
     cbCondPagto_ = new QComboBox(this);
     cbCondPagto_->addItem("A VISTA", "V");
     cbCondPagto_->addItem("A PRAZO", "P");
@@ -112,7 +100,7 @@ TVendaExp::TVendaExp(QWidget *parent) : FormCadastro(kClasseVendaExpressa, kTitu
     cbTransportadora_ = new ComboConsulta("Select Id, Nome From TbCad Where Tr = 'S' Order By Nome", {}, this);
     edFrete_ = new CampoNumero(C{"TOTALFRETE", "Valor do frete", C::Decimal}, this);
     edFrete_->setFixedWidth(100);
-    linha("Pagamento", {{"TBCOMFAT.CONDPAGTO", "Condição", cbCondPagto_, 0}, {"TBCOMFAT.PARCELAS", "Parcelas", cbParcelas_, 0},
+    adicionarCampos("Pagamento", {{"TBCOMFAT.CONDPAGTO", "Condição", cbCondPagto_, 0}, {"TBCOMFAT.PARCELAS", "Parcelas", cbParcelas_, 0},
                         {"TBCOMFAT.FRETE", "Frete", cbFrete_, 0}, {"TBCOMFAT.IDTRANSPORTADORA", "Transportadora", cbTransportadora_, 2},
                         {"TBCOMFAT.TOTALFRETE", "Valor do frete", edFrete_, 0}});
     // Names the tests and the refusals find them by, after the fields took their columns' names.

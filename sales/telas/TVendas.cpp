@@ -61,25 +61,14 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
     : FormCadastro(classeDo(modoOperacao(modo)), modoOperacao(modo).titulo, "TrVendas", parent), modo_(modoOperacao(modo))
 {
     // The header in two rows of fields side by side: the billing and the lines keep the height.
-    auto linha = [this](const QString &rotulo, const QList<std::tuple<QString, QString, QWidget *, int>> &campos) {
-        auto *w = new QWidget(this);
-        auto *h = new QHBoxLayout(w);
-        h->setContentsMargins(0, 0, 0, 0);
-        for (const auto &[nome, legenda, campo, esticar] : campos) {
-            if (campo != std::get<2>(campos.first())) h->addWidget(new QLabel(legenda, w));
-            h->addWidget(campo, esticar);
-            registrarCampo(nome, campo);
-        }
-        adicionarLinha(rotulo, w);
-    };
     edData_ = new CampoData(CampoData::Data, this);
     edData_->setMaximumWidth(120);
     cbCliente_ = new ComboConsulta(modo_.op == 4 ? "Select Id, Nome From TbCad Where Fo = 'S' Order By Nome"
                                                  : "Select Id, Nome From TbCad Where Cl = 'S' Order By Nome", {}, this);
     cbAtendente_ = new ComboConsulta("Select Id, Nome From TbCad Where Fu = 'S' Order By Nome", {}, this);
     cbEmpresa_ = new ComboConsulta("Select Id, Apelido From TbCad Where Em = 'S' Order By Apelido", {}, this);
-    linha("Data", {{"DATA", "Data", edData_, 0}, {"IDCAD", modo_.op == 4 ? "Fornecedor" : "Cliente", cbCliente_, 1}});
-    QList<std::tuple<QString, QString, QWidget *, int>> segunda = {
+    adicionarCampos("Data", {{"DATA", "Data", edData_, 0}, {"IDCAD", modo_.op == 4 ? "Fornecedor" : "Cliente", cbCliente_, 1}});
+    QList<CampoNaLinha> segunda = {
         {"IDATENDENTE", modo_.op == 4 ? "Comprador" : "Atendente", cbAtendente_, 1}, {"IDEMPRESA", "Empresa", cbEmpresa_, 1}};
     // The freight of each line goes with the document's carrier.
     cbTransportadora_ = new ComboConsulta("Select Id, Nome From TbCad Where Tr = 'S' Order By Nome", {}, this);
@@ -89,7 +78,7 @@ TVendas::TVendas(const QString &modo, QWidget *parent)
         edPrevEntrega_->setMaximumWidth(120);
         segunda.append({"DATAPREVENTREGA", "Previsão de entrega", edPrevEntrega_, 0});
     }
-    linha(modo_.op == 4 ? "Comprador" : "Atendente", segunda);
+    adicionarCampos(modo_.op == 4 ? "Comprador" : "Atendente", segunda);
     // Names the tests and the refusals find them by, after the fields took their columns' names.
     cbCliente_->setObjectName("CbCliente");
     cbAtendente_->setObjectName("CbAtendente");
@@ -351,8 +340,7 @@ QPlainTextEdit *TVendas::criarMemo(const QString &coluna, const QString &rotulo,
 void TVendas::mostrarDocumento()
 {
     const QScopedValueRollback<bool> ocupado(mostrando_, true);
-    const Valores &h = doc_.cabecalho, &f = doc_.faturamento;
-    auto valor = [](const Valores &v, const char *c) { const auto it = v.find(c); return it == v.end() ? QVariant() : it->second; };
+    const Valores &h = doc_.cabecalho;
     edData_->definir(valor(h, "DATA").toDateTime().date());
     escolher(cbCliente_, valor(h, "IDCAD"));
     escolher(cbAtendente_, valor(h, "IDATENDENTE"));
@@ -367,10 +355,10 @@ void TVendas::mostrarDocumento()
         escolher(cbAcond_, valor(h, "IDACOND"));
         if (valor(h, "IDTECNICO").isNull()) cbTecnico_->setCurrentIndex(-1);
         if (valor(h, "IDACOND").isNull()) cbAcond_->setCurrentIndex(-1);
-        for (const auto &[coluna, e] : textosServico_) e->setText(valor(h, coluna.toUtf8().constData()).toString());
+        for (const auto &[coluna, e] : textosServico_) e->setText(valor(h, coluna).toString());
         edKilom_->definir(valor(h, "KILOM"));
     }
-    for (const auto &[coluna, e] : memos_) e->setPlainText(valor(h, coluna.toUtf8().constData()).toString());
+    for (const auto &[coluna, e] : memos_) e->setPlainText(valor(h, coluna).toString());
     mostrarCondicoes();
     linhas_->removeRows(0, linhas_->rowCount());
     for (const Valores &l : doc_.linhas) {
@@ -393,13 +381,12 @@ void TVendas::mostrarCondicoes()
 {
     const QScopedValueRollback<bool> ocupado(mostrando_, true);
     const Valores &f = doc_.faturamento;
-    auto valor = [&f](const char *c) { const auto it = f.find(c); return it == f.end() ? QVariant() : it->second; };
-    edDataFat_->definir(valor("DATA"));
-    escolher(cbCondPagto_, valor("CONDPAGTO").isNull() ? QVariant("V") : valor("CONDPAGTO"));
-    escolher(cbParcelas_, valor("PARCELAS").toString().trimmed().isEmpty() ? QVariant("01") : QVariant(valor("PARCELAS").toString().trimmed()));
-    edPrimVenc_->definir(valor("PRIMVENC"));
-    edIntVenc_->definir(valor("INTVENC"));
-    escolher(cbTransportadora_, valor("IDTRANSPORTADORA"));
+    edDataFat_->definir(valor(f, "DATA"));
+    escolher(cbCondPagto_, valor(f, "CONDPAGTO").isNull() ? QVariant("V") : valor(f, "CONDPAGTO"));
+    escolher(cbParcelas_, valor(f, "PARCELAS").toString().trimmed().isEmpty() ? QVariant("01") : QVariant(valor(f, "PARCELAS").toString().trimmed()));
+    edPrimVenc_->definir(valor(f, "PRIMVENC"));
+    edIntVenc_->definir(valor(f, "INTVENC"));
+    escolher(cbTransportadora_, valor(f, "IDTRANSPORTADORA"));
 }
 
 void TVendas::EditDescontoExit()

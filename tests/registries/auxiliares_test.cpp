@@ -206,7 +206,9 @@ TEST_F(AuxiliaresTest, DeleteQuestionsAndTraces)
         db::Transacao t(tabs.DbORB(), db::Modo::Leitura);
         EXPECT_EQ(db::escalar(t, "select count(*) from " + d.tabela + " where " + d.chave + " = :ID", {{"ID", id}}).toInt(), 0);
         EXPECT_TRUE(msg.perguntas[0].startsWith("Tem certeza que deseja excluir")) << msg.perguntas[0].toStdString();
-        if (!d.traco.isEmpty()) EXPECT_TRUE(tabs.trilha().contains(d.traco + QString::number(id) + ")"));
+        if (!d.traco.isEmpty()) {
+            EXPECT_TRUE(tabs.trilha().contains(d.traco + QString::number(id) + ")"));
+        }
     }
 }
 

@@ -297,6 +297,19 @@ void FormCadastro::adicionarLinha(const QString &rotulo, QWidget *w, const QStri
     }
 }
 
+void FormCadastro::adicionarCampos(const QString &rotulo, const QList<CampoNaLinha> &campos)
+{
+    auto *w = new QWidget(this);
+    auto *h = new QHBoxLayout(w);
+    h->setContentsMargins(0, 0, 0, 0);
+    for (const auto &[nome, legenda, campo, esticar] : campos) {
+        if (campo != std::get<2>(campos.first())) h->addWidget(new QLabel(legenda, w));
+        h->addWidget(campo, esticar);
+        registrarCampo(nome, campo);
+    }
+    adicionarLinha(rotulo, w);
+}
+
 void FormCadastro::adicionarCampo(const QString &nome, const QString &rotulo, QWidget *w, const QString &aba)
 {
     registrarCampo(nome, w);

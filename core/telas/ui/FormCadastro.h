@@ -12,6 +12,7 @@
 #include <QHash>
 #include <functional>
 #include <map>
+#include <tuple>
 #include <QSet>
 #include <QWidget>
 
@@ -96,6 +97,10 @@ protected:
     void registrarCampo(const QString &nome, QWidget *w);
     // A row of the edit area (or of a tab page) holding a widget the caller composed.
     void adicionarLinha(const QString &rotulo, QWidget *w, const QString &aba = {});
+    // A row of fields side by side, each after its caption (the first under the row's own), registered
+    // as fields: column, caption, widget, stretch.
+    using CampoNaLinha = std::tuple<QString, QString, QWidget *, int>;
+    void adicionarCampos(const QString &rotulo, const QList<CampoNaLinha> &campos);
     QWidget *campo(const QString &nome) const { return campos_.value(nome); }
     QVBoxLayout *corpo() const { return corpo_; }
     // A panel under the edit area (details), sharing the height with the grid and the fields.
